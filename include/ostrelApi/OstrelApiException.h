@@ -1,0 +1,68 @@
+#pragma once
+
+#include <ostrel/Export.h>
+
+#include <cstdint>
+#include <exception>
+#include <string>
+
+namespace ostrelApi
+{
+
+/// What every failing operation of the public API throws: a coarse ErrorId for
+/// programs to branch on, and a message that names it and, where there is one,
+/// the daemon's return code with its text. For example, return code 33 reads
+/// "Error 6: Already present (33 - The certificate authority already exist)".
+///
+/// The library uses the daemon's return codes for its own failures too: 1
+/// "Action Failed", 7 "This target doesn't exist for this service".
+///
+/// Threads: an object may be read from several threads at once. Building one
+/// throws std::bad_alloc when memory is exhausted.
+class OSTREL_API OstrelApiException : public std::exception
+{
+public:
+    enum ErrorId : std::int32_t {
+        GenericException = -1,
+        TooManyCertificates = 0,
+        InvalidFileFormat = 1,
+        NotACertificate = 2,
+        NotACertificateAuthority = 3,
+        NoCsrPending = 4,
+        CsrMismatch = 5,
+        AlreadyPresent = 6,
+        OperationForbidden = 7,
+    };
+
+    /// From a category alone: "Error 6: Already present".
+    explicit OstrelApiException(ErrorId id);
+
+    /// From a return code of the daemon, 0 to 43.
+    explicit OstrelApiException(int returnCode);
+
+    ~OstrelApiException() override;
+
+    /// The message; valid as long as the exception lives.
+    const char* what() const noexcept override;
+
+    /// A copy of the message.
+    virtual std::string getErrorMessage() const;
+
+    /// The category.
+    ErrorId getErrorId() const;
+
+    /// The category of a return code; GenericException for most of them.
+    ErrorId returnCodeToErrorId(int returnCode) const;
+
+private:
+    ErrorId errorId;
+    std::string message;
+};
+
+/// Text of an ErrorId; "Unknown" for any other number.
+OSTREL_API std::string errorIdToString(int id);
+
+/// The daemon's text of a return code; "Unknown" for any other number.
+OSTREL_API std::string globalOstrelMessage(int returnCode);
+
+} // namespace ostrelApi

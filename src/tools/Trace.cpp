@@ -1,0 +1,16 @@
+#include "tools/Trace.h"
+
+#include <iostream>
+
+namespace ostrel
+{
+
+std::atomic<bool> gDebug{false};
+
+void writeTraceLine(const std::string& line)
+{
+    // One insertion, so that lines of concurrent threads stay whole.
+    std::cerr << line + '\n' << std::flush;
+}
+
+} // namespace ostrel
