@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -48,6 +49,17 @@ private:
 };
 
 /// Writes all of `bytes`; false at the first write that fails.
-bool writeAll(const Descriptor& file, std::string_view bytes);
+inline bool writeAll(const Descriptor& file, std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(file.get(), bytes.data(), bytes.size());
+        if (written >= 0) {
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
+}
 
 } // namespace ostrel

@@ -1,0 +1,177 @@
+#pragma once
+
+#include <ostrel/Commands.h>
+#include <ostrel/Export.h>
+#include <ostrelApi/OstrelApiException.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ostrel
+{
+class ExternalCertificatesAccessor;
+class InternalCertificatesAccessor;
+class ServiceConfiguration;
+} // namespace ostrel
+
+namespace ostrelApi
+{
+
+/// One service of the device, and the certificates that the daemon keeps for
+/// it: up to three stores, which are its own server certificate, the
+/// certificate authorities (CAs) that it trusts, and its trusted clients.
+///
+///     ostrelApi::OstrelService web("web");
+///     std::string id = web.addCAFile("root.pem");
+///     for (const std::string& ca : web.getCAList()) ...
+///     web.revokeCA(id);
+///
+/// Queries read the daemon's files. Changes go to the daemon as one command
+/// for each call.
+///
+/// Blocking: a query reads files and waits for nobody. A change waits, without
+/// a limit, as long as the daemon takes; but where another thread or process is
+/// in the middle of a change of the same service, it fails at once with return
+/// code 2, "Api is locked".
+///
+/// Threads: an object never changes once built, so any thread may call any of
+/// its members at any time, and changes of one service exclude each other as
+/// above. Not for signal handlers.
+///
+/// Ownership: the object owns what it was built from, results belong to the
+/// caller, and nothing stays open between calls.
+///
+/// Errors: OstrelApiException, by the daemon's return code. "Error 7" below
+/// stands for one of return code 7. Every operation on a store that the service
+/// does not have fails with error 7 before it does anything. What asks the
+/// daemon may fail with 11 (it does not run), 3 (its lock cannot be opened), 2
+/// (locked), 1 (the exchange failed), with the daemon's own code, or with a
+/// std::runtime_error that carries the text of EINTR when a signal interrupted
+/// the wait for the reply.
+class OSTREL_API OstrelService
+{
+public:
+    /// Reads the service's configuration. Throws std::runtime_error when it is
+    /// missing or refused, or the daemon's own configuration is.
+    explicit OstrelService(const std::string& serviceName);
+
+    virtual ~OstrelService();
+    OstrelService(const OstrelService&) = delete;
+    OstrelService& operator=(const OstrelService&) = delete;
+
+    // The order of the virtual operations is fixed: programs that were built
+    // against an earlier release of this library rely on it.
+
+    /// Whether the service has a store for its server certificate.
+    virtual bool hasServer() const;
+    /// Whether the service has a store of CAs, and how many it takes at most;
+    /// 0 stands for no limit.
+    virtual bool hasCA() const;
+    virtual unsigned short maxCA() const;
+    /// Whether the service has a store of trusted clients, and how many it
+    /// takes at most; 0 stands for no limit.
+    virtual bool hasTrustedClient() const;
+    virtual unsigned short maxTrustedClient() const;
+
+    /// The service's name for people, from its configuration.
+    virtual std::string getServiceName() const;
+
+    /// Asks the daemon whether it serves this service. A daemon that does not
+    /// run is error 11, not false.
+    virtual bool isServiceRunning();
+
+    /// Has the daemon read the service's configuration again. This object
+    /// keeps the configuration that it was built with.
+    virtual void reloadService();
+
+    /// Adds one CA, given as PEM text or as a PEM file, and returns what the
+    /// daemon says of it: its id. Error 1 for whatever goes wrong, the daemon's
+    /// refusals included; the debug trace tells the reason.
+    virtual std::string addCA(const std::string& certificate);
+    virtual std::string addCAFile(const std::string& path);
+
+    /// Revokes one CA; error 30 unless the daemon says that it revoked it.
+    virtual void revokeCA(const std::string& id);
+    /// Revokes several and returns the ids that were revoked, ascending.
+    virtual std::vector<std::string> revokeCA(const std::vector<std::string>& ids);
+
+    /// The ids of all CAs, ascending. Error 1 when the list cannot be read.
+    virtual std::vector<std::string> getCAList();
+    /// The ids of the CAs with this common name, compared byte by byte,
+    /// ascending. Error 1 when the map of names cannot be read.
+    virtual std::vector<std::string> getCAListByCN(const std::string& cn);
+
+    /// The CA as PEM text; error 30 when it is missing or cannot be read.
+    virtual std::string getCA(const std::string& id);
+
+    /// The directory of the CAs' PEM files, with a trailing slash.
+    virtual std::string getCADirectory();
+
+    /// The id of the stored CA that is the same certificate as a PEM file, or
+    /// an empty string. The first one by id, where the store has several.
+    virtual std::string getIdCAPath(const std::string& path);
+    /// The same for PEM text, which has to match the stored text line by line.
+    virtual std::string getIdCA(const std::string& pem);
+
+    /// The same operations on the trusted clients; error 40 stands where the
+    /// CAs have error 30.
+    virtual std::string addTrustedClient(const std::string& certificate);
+    virtual std::string addTrustedClientFile(const std::string& path);
+    virtual void revokeTrustedClient(const std::string& id);
+    virtual std::vector<std::string> revokeTrustedClient(const std::vector<std::string>& ids);
+    virtual std::vector<std::string> getTrustedClientList();
+    virtual std::vector<std::string> getTrustedClientListByCN(const std::string& cn);
+    virtual std::string getTrustedClient(const std::string& id);
+    virtual std::string getTrustedClientDirectory();
+    virtual std::string getIdTrustedClient(const std::string& pem);
+    virtual std::string getIdTrustedClientPath(const std::string& path);
+
+    /// The names of all configured services, in no particular order. Throws
+    /// std::runtime_error when the daemon's configuration cannot be read.
+    static std::vector<std::string> getServiceList();
+
+    /// Always 1: for callers that poll a status. There is no check behind it.
+    static int getHealthStatus();
+    static int getOperatingStatus();
+
+    // Workers that the operations above share; open to callers that know the
+    // paths of a store.
+
+    /// The first certificate of the PEM file `path`. A file without one gives
+    /// its last line. When it is missing or cannot be read: error 20, 30 or 40
+    /// by target, 1 for any other target.
+    std::string getCertificate(ostrel::TypeTarget target, const std::string& path);
+
+    /// The ids of a list file, ascending; error 1 when it cannot be read.
+    std::vector<std::string> getList(const std::string& listPath);
+
+    /// The ids with this common name in a map file, ascending; error 1 when it
+    /// cannot be read.
+    std::vector<std::string> getListByCN(const std::string& cnMapPath, const std::string& cn);
+
+    /// Hands a certificate to the daemon and returns its reply. Error 1 for
+    /// whatever goes wrong.
+    std::string addCertificate(ostrel::TypeTarget target, const std::string& certificate);
+    std::string addCertificateFile(ostrel::TypeTarget target, const std::string& path);
+
+    /// Sends one command, whose user and pid it fills in, and returns the
+    /// payload of the daemon's reply.
+    std::string sendCommandToServer(ostrel::Commands& command);
+
+private:
+    struct ExternalStore;
+    ExternalStore caStore() const;
+    ExternalStore trustedClientStore() const;
+    std::string idOfText(const ExternalStore& store, const std::string& pem,
+                         std::string (OstrelService::*idOfFile)(const std::string&));
+    std::vector<std::string> revoke(const ExternalStore& store,
+                                    const std::vector<std::string>& ids);
+
+    std::unique_ptr<ostrel::ServiceConfiguration> m_configuration;
+    std::unique_ptr<ostrel::ExternalCertificatesAccessor> m_caAccessor;
+    std::unique_ptr<ostrel::ExternalCertificatesAccessor> m_trustedClientAccessor;
+    std::unique_ptr<ostrel::InternalCertificatesAccessor> m_serverAccessor;
+};
+
+} // namespace ostrelApi
