@@ -1,0 +1,44 @@
+#pragma once
+
+#include <ostrel/Export.h>
+#include <ostrl/CDistinguishedName.h>
+#include <ostrl/v3Ext.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace ostrl
+{
+
+/// The description of one certificate signing request, as the daemon answers
+/// it. A value; text form, threads and errors are those of CCertificateData.
+///
+///     subject_name C=US, CN=web.example.com
+///     public_key_size_bits 2048
+///     csr_version 3
+///     public_key_type RSA
+///     signatureAlgorithm_type sha256WithRSAEncryption
+class OSTREL_API CCSRData
+{
+public:
+    CCSRData();
+
+    /// Replaces `out` by the text form.
+    void to(std::string& out);
+
+    /// Takes the fields that `text` holds; the others keep their values, and
+    /// extensions are added to those already there, in the byte-wise order of
+    /// their keys.
+    void from(const std::string& text);
+
+    CDistinguishedName subjectName;
+    std::vector<v3Ext> v3Extensions;
+    std::int32_t publicKeySizeBits = 2048;
+    std::int32_t csrVersion = 3;
+    std::string publicKeyType;
+    /// Intended: empty at first, unlike a certificate's.
+    std::string signatureAlgorithmType;
+};
+
+} // namespace ostrl

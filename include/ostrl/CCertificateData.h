@@ -1,0 +1,68 @@
+#pragma once
+
+#include <ostrel/Export.h>
+#include <ostrl/CDistinguishedName.h>
+#include <ostrl/v3Ext.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace ostrl
+{
+
+/// The description of one X.509 certificate, as the daemon answers it. A
+/// value, which starts with what a self-signed certificate is made with.
+///
+/// Its text form holds one field on each line, the key, one space and the
+/// value; values are single-line, and each extension is followed by an empty
+/// line:
+///
+///     public_key_size_bits 2048
+///     cert_serial 2
+///     ...
+///     subject_name C=US, CN=web.example.com
+///     v3Extention0 obj_id 2.5.29.19|short_name basicConstraints|...
+///
+/// Threads: as any value. Errors: nothing but std::bad_alloc; a line that does
+/// not fit is skipped.
+class OSTREL_API CCertificateData
+{
+public:
+    static const std::string DEFAULT_CERT_SERIAL;
+    static const std::string DEFAULT_SIGN_ALGO_TYPE;
+
+    /// Extension values of a self-signed authority, in the syntax of OpenSSL's
+    /// configuration files, for the daemon's use.
+    static const std::string CERTIFICATE_v3_EXT_BASIC_CONSTRAINTS;
+    static const std::string CERTIFICATE_v3_EXT_KEY_USAGE;
+    static const std::string CERTIFICATE_v3_EXT_SUB_KEY_IDENTIFIER;
+    static const std::string CERTIFICATE_v3_EXT_NETSCAPE_CERT_TYPE;
+    static const std::string CERTIFICATE_v3_EXT_NETSCAPE_COMMENT;
+
+    CCertificateData();
+
+    /// Replaces `out` by the text form.
+    void to(std::string& out);
+
+    /// Takes the fields that `text` holds; the others keep their values, and
+    /// extensions are added to those already there, in the byte-wise order of
+    /// their keys: number 10 comes before number 2. A date may be octal (0...)
+    /// or hexadecimal (0x...).
+    void from(const std::string& text);
+
+    CDistinguishedName subjectName;
+    CDistinguishedName issuerName;
+    std::int32_t publicKeySizeBits = 2048;
+    std::string certSerial = DEFAULT_CERT_SERIAL;
+    std::int32_t validityDays = 365;
+    std::int32_t certVersion = 3;
+    std::vector<v3Ext> v3Extensions;
+    std::string signatureAlgorithmType = DEFAULT_SIGN_ALGO_TYPE;
+    std::string publicKeyType;
+    std::uint64_t validNotBeforeDate = 0;
+    std::uint64_t validNotAfterDate = 0;
+    std::string publicKey;
+};
+
+} // namespace ostrl

@@ -1,0 +1,78 @@
+#pragma once
+
+// The text form of certificate and CSR records: one line for each field, the
+// key, one space and the value, and behind them one line for each extension.
+// A record class is a table of rows, and both directions walk it.
+
+#include <ostrl/CDistinguishedName.h>
+#include <ostrl/v3Ext.h>
+
+#include "config/ConfigText.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace ostrl
+{
+
+/// A field of `Record`: its key and where its value lies. Rows stand in the
+/// order of the text form.
+template <class Record>
+struct FieldRow {
+    const char* key;
+    std::variant<std::int32_t Record::*, std::uint64_t Record::*, std::string Record::*,
+                 CDistinguishedName Record::*>
+        member;
+};
+
+/// The value of a field as text; numbers are decimal in every locale.
+std::string valueText(std::int32_t number);
+std::string valueText(std::uint64_t number);
+std::string valueText(const std::string& text);
+std::string valueText(const CDistinguishedName& name);
+
+/// Takes a field's value from text. A number is what the leading digits give.
+void takeValue(std::int32_t& number, const std::string& text);
+void takeValue(std::uint64_t& number, const std::string& text);
+void takeValue(std::string& member, const std::string& text);
+void takeValue(CDistinguishedName& name, const std::string& text);
+
+/// Appends the lines of `extensions`, each followed by an empty one.
+void appendExtensions(std::string& text, const std::vector<v3Ext>& extensions);
+
+/// Adds the extension that the pair holds, if its key says that it is one.
+void takeExtension(std::vector<v3Ext>& extensions, const std::string& key,
+                   const std::string& value);
+
+template <class Record, std::size_t N>
+std::string recordText(const Record& record, const FieldRow<Record> (&rows)[N])
+{
+    std::string text;
+    for (const FieldRow<Record>& row : rows) {
+        const auto value = [&](auto member) { return valueText(record.*member); };
+        text.append(row.key).append(" ").append(std::visit(value, row.member)) += '\n';
+    }
+    appendExtensions(text, record.v3Extensions);
+    return text;
+}
+
+template <class Record, std::size_t N>
+void takeRecord(Record& record, const FieldRow<Record> (&rows)[N], const std::string& text)
+{
+    for (const auto& pair : ostrel::configMapOf(text)) {
+        const auto hasKey = [&](const FieldRow<Record>& row) { return row.key == pair.first; };
+        const auto row = std::find_if(std::begin(rows), std::end(rows), hasKey);
+        if (row != std::end(rows)) {
+            std::visit([&](auto member) { takeValue(record.*member, pair.second); }, row->member);
+        } else {
+            takeExtension(record.v3Extensions, pair.first, pair.second);
+        }
+    }
+}
+
+} // namespace ostrl

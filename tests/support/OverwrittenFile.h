@@ -1,0 +1,61 @@
+#pragma once
+
+#include "support/TextFiles.h"
+
+#include <ostrelApi/OverwrittenData.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+/// A test with an ".overwrite" file, not there at first, whose modification
+/// time it sets by hand: nothing depends on when the test runs.
+class OverwrittenFileTest : public testing::Test
+{
+protected:
+    /// A time at which nothing has looked at the file yet.
+    static constexpr std::int64_t longAgo = 1000000000;
+
+    bool isThere() const { return std::filesystem::exists(m_path); }
+    std::string text() const { return support::readText(m_path); }
+
+    void put(const std::string& content) const { support::writeText(m_path, content); }
+
+    void put(const std::string& content, std::int64_t seconds, long nanoseconds = 0) const
+    {
+        put(content);
+        setTime(seconds, nanoseconds);
+    }
+
+    void setTime(std::int64_t seconds, long nanoseconds = 0) const
+    {
+        timespec time{};
+        time.tv_sec = static_cast<std::time_t>(seconds);
+        time.tv_nsec = nanoseconds;
+        const timespec times[] = {time, time};
+        ASSERT_EQ(::utimensat(AT_FDCWD, m_path.c_str(), times, 0), 0) << m_path;
+    }
+
+    /// In place of the file: one that can be found but not opened.
+    void putUnopenable() const
+    {
+        std::filesystem::remove(m_path);
+        ASSERT_EQ(::mknod(m_path.c_str(), S_IFSOCK | 0600, 0), 0) << m_path;
+    }
+
+    const support::TemporaryDirectory m_directory;
+    const std::string m_path = m_directory / "1.overwrite";
+};
+
+/// Shows what an object last read, and when.
+struct OpenData : ostrelApi::OverwrittenData {
+    using OverwrittenData::OverwrittenData;
+
+    std::int64_t lastUpdate() const { return m_lastUpdate; }
+    const std::map<std::string, std::string>& fileData() const { return m_fileData; }
+    const std::map<std::string, std::string>& pendingData() const { return m_pendingData; }
+};

@@ -1,0 +1,166 @@
+#include "support/OverwrittenFile.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <iterator>
+#include <new>
+#include <utility>
+
+namespace
+{
+
+using ostrelApi::OverwrittenData;
+using Map = std::map<std::string, std::string>;
+
+// Writes down which operations run.
+class RecordedData : public OpenData
+{
+public:
+    using OpenData::OpenData;
+
+    void setData(const std::string& key, const std::string& value) override
+    {
+        m_calls += "setData ";
+        OverwrittenData::setData(key, value);
+    }
+    std::string getData(const std::string& key) override
+    {
+        m_calls += "getData ";
+        return OverwrittenData::getData(key);
+    }
+    std::string operator[](const std::string& key) override
+    {
+        m_calls += "[] ";
+        return OverwrittenData::operator[](key);
+    }
+    Map getMap() override
+    {
+        m_calls += "getMap ";
+        return OverwrittenData::getMap();
+    }
+    bool isUpToDate() override
+    {
+        m_calls += "isUpToDate ";
+        return OverwrittenData::isUpToDate();
+    }
+    void write() override
+    {
+        m_calls += "write ";
+        OverwrittenData::write();
+    }
+    void update() override
+    {
+        m_calls += "update ";
+        OverwrittenData::update();
+    }
+    void discardAll() override
+    {
+        m_calls += "discardAll ";
+        OverwrittenData::discardAll();
+    }
+    void discard(const std::string& key) override
+    {
+        m_calls += "discard ";
+        OverwrittenData::discard(key);
+    }
+
+    std::string takeCalls() { return std::exchange(m_calls, ""); }
+
+private:
+    std::string m_calls;
+};
+
+struct Row {
+    const char* sentence;
+    void (*call)(OverwrittenData& data);
+    const char* expected;
+};
+
+class OverwriteSteps : public OverwrittenFileTest
+{
+};
+
+TEST_F(OverwriteSteps, CallEachOtherVirtually)
+{
+    const Row rows[] = {
+        {"setData", [](OverwrittenData& data) { data.setData("a", ""); }, "setData "},
+        {"getData", [](OverwrittenData& data) { data.getData("a"); }, "getData update isUpToDate "},
+        {"operator[]", [](OverwrittenData& data) { data["a"]; }, "[] getData update isUpToDate "},
+        {"getMap", [](OverwrittenData& data) { data.getMap(); }, "getMap update isUpToDate "},
+        {"isUpToDate", [](OverwrittenData& data) { data.isUpToDate(); }, "isUpToDate "},
+        {"update", [](OverwrittenData& data) { data.update(); }, "update isUpToDate "},
+        {"write with a change", [](OverwrittenData& data) { data.write(); },
+         "write update isUpToDate update isUpToDate "},
+        {"write without one", [](OverwrittenData& data) { data.write(); },
+         "write update isUpToDate "},
+        {"discard", [](OverwrittenData& data) { data.discard("a"); }, "discard "},
+        {"discardAll", [](OverwrittenData& data) { data.discardAll(); }, "discardAll "},
+    };
+    RecordedData data(m_path);
+    for (const Row& row : rows) {
+        row.call(data);
+        EXPECT_EQ(data.takeCalls(), row.expected) << row.sentence;
+    }
+}
+
+// A step of its own in place of reading the file.
+struct FixedData : OverwrittenData {
+    using OverwrittenData::OverwrittenData;
+    void update() override { m_fileData = {{"a", "fixed"}}; }
+};
+
+TEST_F(OverwriteSteps, CanBeReplacedOneByOne)
+{
+    FixedData data(m_path);
+    EXPECT_EQ(data["a"], "fixed");
+    EXPECT_EQ(data.getMap(), (Map{{"a", "fixed"}}));
+    data.setData("b", "2");
+    data.write();
+    EXPECT_EQ(text(), "a fixed\nb 2\n");
+}
+
+// The slot of a virtual operation in the table of its class. Both layouts of
+// the pointer, ARM's and everyone else's, have the slot's offset in their first
+// word; the lowest bit is the others' mark of a virtual operation.
+template <class Operation>
+std::size_t slotOf(Operation operation)
+{
+    std::size_t word = 0;
+    std::memcpy(&word, &operation, sizeof word);
+    return word / sizeof(void*);
+}
+
+TEST(OverwrittenData, HasItsOperationsInTheirFixedOrder)
+{
+    const std::size_t slots[] = {
+        slotOf(&OverwrittenData::setData),    slotOf(&OverwrittenData::getData),
+        slotOf(&OverwrittenData::operator[]), slotOf(&OverwrittenData::getMap),
+        slotOf(&OverwrittenData::isUpToDate), slotOf(&OverwrittenData::write),
+        slotOf(&OverwrittenData::update),     slotOf(&OverwrittenData::discardAll),
+        slotOf(&OverwrittenData::discard),
+    };
+    for (std::size_t i = 0; i < std::size(slots); ++i) {
+        EXPECT_EQ(slots[i], i) << "programs already built call it by this number";
+    }
+}
+
+// What ends an object by the number of its destructor's slot.
+TEST(OverwrittenData, HasItsDestructorLast)
+{
+    static bool isDestroyed;
+    struct Witness : OverwrittenData {
+        using OverwrittenData::OverwrittenData;
+        ~Witness() override { isDestroyed = true; }
+    };
+    alignas(Witness) unsigned char storage[sizeof(Witness)];
+    auto* object = new (storage) Witness("/nonexistent");
+    using Destructor = void (*)(Witness*);
+    Destructor* table = nullptr;
+    std::memcpy(&table, static_cast<void*>(object), sizeof table);
+    isDestroyed = false;
+    table[slotOf(&OverwrittenData::discard) + 1](object);
+    EXPECT_TRUE(isDestroyed);
+}
+
+} // namespace
