@@ -24,7 +24,7 @@ using testing::ElementsAre;
 TEST(ReadTextFile, ReadsAFileOfAnySizeToItsEnd)
 {
     const support::TemporaryDirectory directory;
-    for (const std::size_t size : {0, 1, 4095, 4096, 4097, 100000}) {
+    for (const std::size_t size : {0U, 1U, 4095U, 4096U, 4097U, 100000U}) {
         std::string text(size, 'x');
         text.append(size, '\0');
         support::writeText(directory / "file", text);
