@@ -4,9 +4,6 @@
 #include "support/TextFiles.h"
 
 #include <fstream>
-#include <stdexcept>
-
-#include <sched.h>
 
 namespace support
 {
@@ -58,16 +55,6 @@ bool Accounts::hasOtherIds()
     unsigned long count = 0;
     map >> inside >> outside >> count;
     return count > 1;
-}
-
-void Accounts::leaveAllIdsButRoot()
-{
-    if (::unshare(CLONE_NEWUSER) != 0) {
-        throw std::runtime_error("no namespace for users");
-    }
-    std::ofstream("/proc/self/setgroups") << "deny";
-    std::ofstream("/proc/self/uid_map") << "0 0 1";
-    std::ofstream("/proc/self/gid_map") << "0 0 1";
 }
 
 } // namespace support

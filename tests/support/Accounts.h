@@ -22,9 +22,6 @@ public:
     /// Whether a file can be given to anybody but root: an ordinary user's
     /// namespace holds no other id.
     static bool hasOtherIds();
-
-    /// Puts the process, which has one thread, into such a namespace.
-    static void leaveAllIdsButRoot();
 };
 
 } // namespace support

@@ -2,7 +2,6 @@
 
 #include "support/Thrown.h"
 
-#include <cstdlib>
 #include <new>
 #include <stdexcept>
 
@@ -12,43 +11,15 @@ namespace support
 namespace
 {
 
-// Of this thread: the failure that is due, and the allocations that pass before it.
-thread_local Failure dueFailure = nullptr;
-thread_local std::size_t passing = 0;
-
-void failWhenDue()
-{
-    if (dueFailure != nullptr && passing-- == 0) {
-        const Failure failure = dueFailure;
-        dueFailure = nullptr;
-        failure();
-    }
-}
-
-void* allocate(std::size_t size)
-{
-    failWhenDue();
-    void* const memory = std::malloc(size != 0 ? size : 1);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    return memory;
-}
-
-/// A failure that is due while the object lives, and no longer.
+/// A fault that is armed while the object lives, and no longer.
 class ArmedFault
 {
 public:
-    ArmedFault(std::size_t number, Failure failure, bool& wasReached) : m_wasReached(wasReached)
+    ArmedFault(std::size_t passing, Failure failure, bool& wasReached) : m_wasReached(wasReached)
     {
-        passing = number;
-        dueFailure = failure;
+        armAllocationFault(passing, failure);
     }
-    ~ArmedFault()
-    {
-        m_wasReached = dueFailure == nullptr;
-        dueFailure = nullptr;
-    }
+    ~ArmedFault() { m_wasReached = disarmAllocationFault(); }
     ArmedFault(const ArmedFault&) = delete;
     ArmedFault& operator=(const ArmedFault&) = delete;
 
@@ -76,10 +47,10 @@ void failWithAStranger()
 std::set<std::string> thrownWithoutMemory(const std::function<void()>& work, Failure failure)
 {
     std::set<std::string> thrown;
-    for (std::size_t number = 0;; ++number) {
+    for (std::size_t passing = 0;; ++passing) {
         bool wasReached = false;
         const std::string text = thrownBy([&] {
-            const ArmedFault fault(number, failure, wasReached);
+            const ArmedFault fault(passing, failure, wasReached);
             work();
         });
         if (!wasReached) {
@@ -90,45 +61,3 @@ std::set<std::string> thrownWithoutMemory(const std::function<void()>& work, Fai
 }
 
 } // namespace support
-
-// The whole family, so that what one of them allocates any of them frees.
-
-void* operator new(std::size_t size)
-{
-    return support::allocate(size);
-}
-
-void* operator new[](std::size_t size)
-{
-    return support::allocate(size);
-}
-
-void* operator new(std::size_t size, const std::nothrow_t& /*noThrow*/) noexcept
-{
-    return std::malloc(size != 0 ? size : 1);
-}
-
-void* operator new[](std::size_t size, const std::nothrow_t& /*noThrow*/) noexcept
-{
-    return std::malloc(size != 0 ? size : 1);
-}
-
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t /*size*/) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory, std::size_t /*size*/) noexcept
-{
-    std::free(memory);
-}

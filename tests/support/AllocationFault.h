@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/FaultyAllocator.h"
+
 #include <functional>
 #include <set>
 #include <string>
@@ -7,8 +9,7 @@
 namespace support
 {
 
-/// What an allocation that fails throws.
-using Failure = void (*)();
+/// The failures to choose from.
 [[noreturn]] void failAsOutOfMemory();
 [[noreturn]] void failWithRuntimeError();
 [[noreturn]] void failWithAStranger();

@@ -197,6 +197,10 @@ TEST(BadDaemonConfiguration, IsNotPrinted)
 
 TEST(BadDaemonConfiguration, FailsEveryThreadUntilAGoodOneIsThere)
 {
+#ifdef __SANITIZE_THREAD__
+    GTEST_SKIP() << "g++'s thread sanitizer does not follow a one-time initialisation that fails: "
+                    "it reports a race, or hangs, in any program that has one";
+#endif
     Device::writeDaemonConfiguration("");
     std::atomic<int> failures{0};
     std::vector<std::thread> threads;
