@@ -100,10 +100,10 @@ bool changeGroup(const std::string& path, gid_t gid)
 // Intended: changeUser() by name passes its failure on as it is, this one translates it.
 bool changeGroup(const std::string& path, const std::string& groupName)
 {
-    const std::string suffix = " exception caught while changing group for file '" + path + "'";
+    const std::string suffix = " caught while changing group for file '" + path + "'";
     return orRuntimeError<std::runtime_error>(
-        {("Runtime" + suffix + ": ").c_str(), ("Std" + suffix + ": ").c_str(),
-         ("Generic" + suffix + ".").c_str()},
+        {("Runtime error" + suffix + ": ").c_str(), ("Std exception" + suffix + ": ").c_str(),
+         ("Generic exception" + suffix + ".").c_str()},
         [&] {
             const GroupEntry group = groupByName(groupName);
             return group.isFound() && changeGroup(path, group->gr_gid);

@@ -4,7 +4,6 @@
 
 #include <cerrno>
 #include <istream>
-#include <sstream>
 
 #include <sys/stat.h>
 
@@ -56,10 +55,14 @@ TextFile readTextFile(const std::string& path)
 std::string readRest(std::istream& in)
 {
     std::string text;
-    char buffer[smallestRead];
+    std::string line;
     while (in.good()) {
-        in.read(buffer, sizeof buffer);
-        text.append(buffer, static_cast<std::size_t>(in.gcount()));
+        // Line by line: a read() that fails half-way drops what came before the failure.
+        std::getline(in, line);
+        text += line;
+        if (in.good()) {
+            text += '\n';
+        }
     }
     return text;
 }

@@ -9,22 +9,15 @@
 namespace support
 {
 
-namespace
-{
-
-// The private directory of the box that the test runs in. Without one, the
-// /etc in sight is the machine's own, which no test may write.
 std::string boxDirectory()
 {
     const char* directory = std::getenv("OSTREL_SANDBOX");
     if (directory == nullptr) {
-        throw std::runtime_error("this test writes /etc: run it by ctest, or through "
-                                 "scripts/sandbox --bare");
+        throw std::runtime_error("this test changes the machine that it sees: run it by ctest, or "
+                                 "through scripts/sandbox --bare");
     }
     return directory;
 }
-
-} // namespace
 
 Device::Device()
     : m_storeDirectory(boxDirectory() + "/store"), m_pipesDirectory(boxDirectory() + "/run"),

@@ -5,6 +5,10 @@
 namespace support
 {
 
+/// The private directory of the box that the test runs in. Throws when there is
+/// none: then the /etc in sight is the machine's own, which no test may write.
+std::string boxDirectory();
+
 /// The device that one test runs on: its configuration in the test's private
 /// /etc, and directories of its own for everything else.
 ///

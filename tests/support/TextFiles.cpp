@@ -45,4 +45,10 @@ std::string readText(const std::string& path)
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
+std::size_t openDescriptorCount()
+{
+    const auto count = std::distance(fs::directory_iterator("/proc/self/fd"), {});
+    return static_cast<std::size_t>(count);
+}
+
 } // namespace support

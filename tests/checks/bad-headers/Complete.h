@@ -1,0 +1,8 @@
+#pragma once
+
+#include <string>
+
+inline std::string complete()
+{
+    return {};
+}

@@ -1,0 +1,6 @@
+#pragma once
+
+inline auto modern()
+{
+    return 1;
+}

@@ -1,0 +1,6 @@
+#pragma once
+
+inline char narrowing(int number)
+{
+    return number;
+}

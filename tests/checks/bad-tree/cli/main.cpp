@@ -1,0 +1,2 @@
+#include "daemon/Own.h"
+#include "store/High.h"

@@ -1,0 +1,5 @@
+#include "Own.h"
+
+#include <ostrel/Commands.h>
+#include <openssl/x509.h>
+#include "tools/Low.h"

@@ -1,0 +1,3 @@
+#include "store/High.h"
+#include "tools/Low.h"
+#include <ostrel/Commands.h>

@@ -1,0 +1,3 @@
+#include "High.h"
+#include "../tools/Low.h"
+#include HEADER

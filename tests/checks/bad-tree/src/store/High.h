@@ -1,0 +1,4 @@
+#pragma once
+
+#include "tools/Low.h"
+#include <cxxtools/jsondeserializer.h>

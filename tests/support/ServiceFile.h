@@ -1,0 +1,27 @@
+#pragma once
+
+#include "support/Device.h"
+
+#include <ostrel/ServiceConfiguration.h>
+
+#include <string>
+
+namespace support
+{
+
+/// A device with one service, "web".
+struct ServiceFile {
+    /// Writes the service's configuration.
+    void write(const std::string& text) const { device.addService("web", text); }
+
+    /// Writes it and reads it by the library.
+    ostrel::ServiceConfiguration read(const std::string& text) const
+    {
+        write(text);
+        return ostrel::ServiceConfiguration("web");
+    }
+
+    const Device device;
+};
+
+} // namespace support

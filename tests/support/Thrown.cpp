@@ -1,0 +1,37 @@
+#include "support/Thrown.h"
+
+#include <exception>
+#include <memory>
+#include <typeinfo>
+
+#include <cstdlib>
+#include <cxxabi.h>
+
+namespace support
+{
+
+namespace
+{
+
+std::string typeNameOf(const std::exception& caught)
+{
+    const std::unique_ptr<char, void (*)(void*)> name(
+        abi::__cxa_demangle(typeid(caught).name(), nullptr, nullptr, nullptr), std::free);
+    return name.get();
+}
+
+} // namespace
+
+std::string thrownBy(const std::function<void()>& work)
+{
+    try {
+        work();
+    } catch (const std::exception& caught) {
+        return typeNameOf(caught) + ": " + caught.what();
+    } catch (...) {
+        return "no standard exception";
+    }
+    return "nothing";
+}
+
+} // namespace support

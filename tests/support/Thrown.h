@@ -1,0 +1,14 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace support
+{
+
+/// What `work` throws: the exception's own type, a colon and its text, as in
+/// "std::runtime_error: text"; "nothing" when it throws nothing and "no
+/// standard exception" when that is what it throws.
+std::string thrownBy(const std::function<void()>& work);
+
+} // namespace support

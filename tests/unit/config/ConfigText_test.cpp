@@ -1,0 +1,128 @@
+#include "config/ConfigText.h"
+
+#include <ostrel/Tools.h>
+
+#include <gmock/gmock.h>
+
+namespace
+{
+
+namespace Tools = ostrel::Tools;
+using testing::Pair;
+
+struct TextRow {
+    const char* sentence;
+    std::string text;
+    std::string expected;
+};
+
+TEST(RemoveSpaceAtBeginning, RemovesSpacesTabsAndLineFeeds)
+{
+    const TextRow rows[] = {
+        {"an empty text", "", ""},
+        {"nothing to remove", "a b ", "a b "},
+        {"a space", " a", "a"},
+        {"every blank", " \t\n \n\ta", "a"},
+        {"blanks alone", " \t\n", ""},
+        {"a carriage return is no blank", " \r a", "\r a"},
+        {"nor is a vertical tab", "\v a", "\v a"},
+        {"nor is a form feed", "\f a", "\f a"},
+        {"nor is a non-breaking space", "\xC2\xA0 a", "\xC2\xA0 a"},
+        {"nor is a NUL", std::string("\0 a", 3), std::string("\0 a", 3)},
+    };
+    for (const TextRow& row : rows) {
+        EXPECT_EQ(Tools::removeSpaceAtBeginning(row.text), row.expected) << row.sentence;
+    }
+}
+
+// Intended: the first character is never removed.
+TEST(RemoveSpaceFromEnding, RemovesBlanksButNeverTheFirstCharacter)
+{
+    const TextRow rows[] = {
+        {"an empty text", "", ""},
+        {"nothing to remove", " a b", " a b"},
+        {"every blank", "a \t\n \n\t", "a"},
+        {"blanks inside stay", "a \t b ", "a \t b"},
+        {"one space", " ", " "},
+        {"one letter", "a", "a"},
+        {"three spaces", "   ", " "},
+        {"two tabs", "\t\t", "\t"},
+        {"mixed blanks", "\n \t", "\n"},
+        {"a blank first", " a ", " a"},
+        {"a carriage return is no blank", "a \r", "a \r"},
+        {"nor is a vertical tab", "a \v", "a \v"},
+        {"nor is a form feed", "a \f", "a \f"},
+        {"nor is a non-breaking space", "a\xC2\xA0", "a\xC2\xA0"},
+    };
+    for (const TextRow& row : rows) {
+        EXPECT_EQ(Tools::removeSpaceFromEnding(row.text), row.expected) << row.sentence;
+    }
+}
+
+// Intended: a line that carries a comment keeps its leading blanks.
+TEST(CleanConfigLine, DropsTheCommentAndSurroundingBlanks)
+{
+    const TextRow rows[] = {
+        {"an empty line", "", ""},
+        {"nothing to drop", "lockFile /a", "lockFile /a"},
+        {"blanks on both sides", "  lockFile /a  ", "lockFile /a"},
+        {"tabs on both sides", "\t\tlockFile\t/a\t", "lockFile\t/a"},
+        {"a comment behind an indented line", "  lockFile /a  # why", "  lockFile /a"},
+        {"a comment behind a line", "lockFile /a # why", "lockFile /a"},
+        {"a comment alone", "# why", ""},
+        {"a comment after three blanks", "   # why", " "},
+        {"a comment after a tab", "\t# why", "\t"},
+        {"a comment right behind the value", "lockFile /a#b#c", "lockFile /a"},
+        {"no escape", "lockFile \\#a", "lockFile \\"},
+        {"no quoting", "lockFile \"a#b\"", "lockFile \"a"},
+        {"blanks alone", "   ", ""},
+        {"a carriage return at the end", "lockFile /a\r", "lockFile /a\r"},
+        {"blanks before a carriage return", "lockFile /a  \r", "lockFile /a  \r"},
+        {"a carriage return in the comment", "lockFile /a # b\r", "lockFile /a"},
+    };
+    for (const TextRow& row : rows) {
+        EXPECT_EQ(Tools::cleanConfigLine(row.text), row.expected) << row.sentence;
+    }
+}
+
+struct PairRow {
+    const char* sentence;
+    std::string line;
+    std::string key;
+    std::string value;
+};
+
+TEST(GetKeyAndValue, SplitsAtTheFirstSpace)
+{
+    const PairRow rows[] = {
+        {"one space", "daemonUser root", "daemonUser", "root"},
+        {"two spaces", "daemonUser  root", "daemonUser", "root"},
+        {"every blank behind the space", "daemonUser \t\n root", "daemonUser", "root"},
+        {"several words", "name Web  server ", "name", "Web  server "},
+        {"a tab before the space", "key\t value", "key\t", "value"},
+        {"a tab within the key", "a\tb value", "a\tb", "value"},
+        {"a leading space", " key  value", "", "key  value"},
+        {"spaces alone", "  ", "", ""},
+        {"one space alone", " ", "", ""},
+        {"a key and a space", "key ", "key", ""},
+        {"an equals sign", "key = value", "key", "= value"},
+        {"no space", "key", "key", "key"},
+        {"no space but a leading tab", "\tkey", "\tkey", "key"},
+        {"a tab between", "key\tvalue", "key\tvalue", "key\tvalue"},
+        {"an empty line", "", "", ""},
+        {"a carriage return", "key value\r", "key", "value\r"},
+    };
+    for (const PairRow& row : rows) {
+        EXPECT_THAT(Tools::getKeyAndValue(row.line), Pair(row.key, row.value)) << row.sentence;
+    }
+}
+
+TEST(ValueOf, IsEmptyForAKeyThatIsNotThere)
+{
+    const ostrel::KeyValueMap map = {{"a", "b"}};
+    EXPECT_EQ(ostrel::valueOf(map, "a"), "b");
+    EXPECT_EQ(ostrel::valueOf(map, "A"), "");
+    EXPECT_EQ(ostrel::valueOf(map, ""), "");
+}
+
+} // namespace

@@ -1,0 +1,87 @@
+#include "tools/InFlight.h"
+
+#include "support/Thrown.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+using support::thrownBy;
+
+const ostrel::TierTexts texts = {"first: ", "second: ", "generic."};
+
+class Textless : public std::exception
+{
+public:
+    const char* what() const noexcept override { return nullptr; }
+};
+
+class TextlessRuntimeError : public std::runtime_error
+{
+public:
+    TextlessRuntimeError() : std::runtime_error("unused") {}
+    const char* what() const noexcept override { return nullptr; }
+};
+
+struct TierRow {
+    const char* sentence;
+    void (*work)();
+    const char* expected;
+};
+
+TEST(OrRuntimeError, GivesEachTierItsText)
+{
+    const TierRow rows[] = {
+        {"the first type", [] { throw std::runtime_error("a"); }, "first: a"},
+        {"one derived from the first type", [] { throw std::range_error("b"); }, "first: b"},
+        {"another standard exception", [] { throw std::logic_error("c"); }, "second: c"},
+        {"no standard exception", [] { throw 1; }, "generic."},
+        {"an empty text stays empty", [] { throw std::logic_error(""); }, "second: "},
+        {"the first type without a text", [] { throw TextlessRuntimeError(); },
+         "first: Unknown error"},
+        {"a standard exception without a text", [] { throw Textless(); }, "second: Unknown error"},
+    };
+    for (const TierRow& row : rows) {
+        EXPECT_EQ(thrownBy([&] { ostrel::orRuntimeError<std::runtime_error>(texts, row.work); }),
+                  std::string("std::runtime_error: ") + row.expected)
+            << row.sentence;
+    }
+}
+
+TEST(OrRuntimeError, KnowsTheTwoTypesThatTheCallerNames)
+{
+    const TierRow rows[] = {
+        {"the first type", [] { throw std::invalid_argument("a"); }, "first: a"},
+        {"the second type", [] { throw std::out_of_range("b"); }, "second: b"},
+        {"any other", [] { throw std::runtime_error("c"); }, "generic."},
+    };
+    for (const TierRow& row : rows) {
+        EXPECT_EQ(thrownBy([&] {
+                      ostrel::orRuntimeError<std::invalid_argument, std::out_of_range>(texts,
+                                                                                       row.work);
+                  }),
+                  std::string("std::runtime_error: ") + row.expected)
+            << row.sentence;
+    }
+}
+
+TEST(OrRuntimeError, GivesBackWhatTheWorkReturns)
+{
+    EXPECT_EQ(ostrel::orRuntimeError<std::runtime_error>(texts, [] { return 7; }), 7);
+    bool isDone = false;
+    ostrel::orRuntimeError<std::runtime_error>(texts, [&] { isDone = true; });
+    EXPECT_TRUE(isDone);
+}
+
+TEST(DescribeInFlight, LeavesTheExceptionToItsHandler)
+{
+    try {
+        throw std::out_of_range("a");
+    } catch (const std::exception& caught) {
+        EXPECT_EQ(ostrel::describeInFlight<std::logic_error>(texts), "first: a");
+        EXPECT_STREQ(caught.what(), "a");
+    }
+}
+
+} // namespace
