@@ -1,11 +1,11 @@
 #include <ostrel/Commands.h>
 
 #include "support/CapturedErrors.h"
+#include "support/ErrorOf.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <stdexcept>
 
 namespace
 {
@@ -19,12 +19,7 @@ const std::string badArguments = "Bad format for command. Incorrect arguments re
 /// The text that the parser refuses a message with; empty when it accepts it.
 std::string refusalOf(const std::string& message)
 {
-    try {
-        const Commands command(message);
-        return "";
-    } catch (const std::runtime_error& caught) {
-        return caught.what();
-    }
+    return support::errorOf([&] { const Commands command(message); });
 }
 
 TEST(CommandsParser, TakesUserPidTargetCommandAndArguments)
