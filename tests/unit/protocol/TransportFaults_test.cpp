@@ -164,14 +164,14 @@ private:
 TEST_F(Transport, TellsAGroupThatTheCallerMayNotGiveAsAnUnknownOne)
 {
     const std::string formerGroups = support::readText("/etc/group");
-    support::writeText("/etc/group", "root:x:0:\nforeign:x:4242:\n");
+    support::Device::replaceSystemFile("/etc/group", "root:x:0:\nforeign:x:4242:\n");
     pipes.group = "foreign";
     const support::CapturedTrace trace;
     {
         const WithoutCapability unprivileged(CAP_CHOWN);
         EXPECT_EQ(call(), apiException(1));
     }
-    support::writeText("/etc/group", formerGroups);
+    support::Device::replaceSystemFile("/etc/group", formerGroups);
     EXPECT_EQ(trace.text(), "Error: Change the group of the out file to 'foreign' failed.\n");
     expectReleased();
 }

@@ -114,16 +114,16 @@ TEST_F(Transport, NamesTheUserAsTheDatabaseDoes)
         {"a user that the database does not know", "bob:x:1:1::/:/bin/sh\n", ""},
     };
     const std::string formerUsers = support::readText("/etc/passwd");
-    support::writeText("/etc/nsswitch.conf", "passwd: files\ngroup: files\n");
+    support::Device::replaceSystemFile("/etc/nsswitch.conf", "passwd: files\ngroup: files\n");
     for (const UserRow& row : rows) {
-        support::writeText("/etc/passwd", row.database);
+        support::Device::replaceSystemFile("/etc/passwd", row.database);
         peer.answer("0 ");
         call();
         EXPECT_EQ(peer.lastMessage(),
                   row.expected + '\t' + std::to_string(::getpid()) + "\tca\tlist")
             << row.sentence;
     }
-    support::writeText("/etc/passwd", formerUsers);
+    support::Device::replaceSystemFile("/etc/passwd", formerUsers);
 }
 
 TEST_F(Transport, ServesOneCallAfterTheOther)
@@ -155,7 +155,8 @@ TEST_F(Transport, GivesTheReplyFifoTheServicesGroupAndItsModeWhateverTheUmask)
 {
     const gid_t group = foreignGroup(directory);
     const std::string formerGroups = support::readText("/etc/group");
-    support::writeText("/etc/group", "root:x:0:\nmanagers:x:" + std::to_string(group) + ":\n");
+    support::Device::replaceSystemFile("/etc/group",
+                                       "root:x:0:\nmanagers:x:" + std::to_string(group) + ":\n");
     pipes.group = "managers";
     for (const mode_t mask : {0U, 022U, 077U, 0777U}) {
         SCOPED_TRACE(mask);
@@ -174,7 +175,7 @@ TEST_F(Transport, GivesTheReplyFifoTheServicesGroupAndItsModeWhateverTheUmask)
         EXPECT_EQ(status.st_mode & 07777U, 0760U);
         EXPECT_EQ(status.st_gid, group);
     }
-    support::writeText("/etc/group", formerGroups);
+    support::Device::replaceSystemFile("/etc/group", formerGroups);
 }
 
 TEST_F(Transport, LeavesTheLockFileAsItIs)
