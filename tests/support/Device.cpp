@@ -44,6 +44,14 @@ Device::Device()
                              m_pipesDirectory + "/ostreld.pid\n");
 }
 
+void Device::replaceSystemFile(const std::string& path, const std::string& text)
+{
+    boxDirectory();
+    // An ordinary user may put another file in the place of one that is not his own.
+    writeText(path + ".new", text);
+    std::filesystem::rename(path + ".new", path);
+}
+
 void Device::writeDaemonConfiguration(const std::string& text)
 {
     boxDirectory();

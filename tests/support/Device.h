@@ -20,6 +20,9 @@ public:
     /// Writes a good daemon configuration and makes the directories.
     Device();
 
+    /// Replaces a file that the machine has in /etc, for this test alone.
+    static void replaceSystemFile(const std::string& path, const std::string& text);
+
     /// Replaces the daemon's configuration.
     static void writeDaemonConfiguration(const std::string& text);
 

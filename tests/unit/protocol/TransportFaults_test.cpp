@@ -1,0 +1,179 @@
+// Failures that only a fault of the system brings about: the kernel is told to
+// refuse a system call, or takes a privilege away, for the calling thread.
+
+#include "unit/protocol/TransportCase.h"
+
+#include "support/DeniedSystemCalls.h"
+#include "support/TextFiles.h"
+
+#include <thread>
+
+#include <linux/capability.h>
+#include <sys/syscall.h>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using transport_case::apiException;
+using transport_case::openDescriptors;
+using transport_case::payload;
+using transport_case::Transport;
+
+const std::vector<long> changingModes = {
+#ifdef SYS_chmod
+    SYS_chmod,
+#endif
+    SYS_fchmodat,
+};
+
+const std::vector<long> removals = {
+#ifdef SYS_unlink
+    SYS_unlink,
+#endif
+    SYS_unlinkat,
+};
+
+class TransportFault : public Transport
+{
+protected:
+    /// One call of a thread that may not use these system calls.
+    void callWithout(const std::vector<long>& numbers, int error)
+    {
+        std::thread([&] {
+            ASSERT_TRUE(support::denySystemCalls(numbers, error));
+            outcome = call();
+        }).join();
+    }
+
+    void SetUp() override
+    {
+        bool canDeny = false;
+        std::thread([&] { canDeny = support::denySystemCalls({}, 0); }).join();
+        if (!canDeny) {
+            GTEST_SKIP() << "this machine cannot deny system calls to a thread";
+        }
+    }
+
+    void TearDown() override
+    {
+        EXPECT_TRUE(isLockFree());
+        EXPECT_EQ(openDescriptors(), descriptorsBefore);
+    }
+
+    std::string notRemoved() const
+    {
+        return line("Error: Failed to remove FIFO OUT :" + pipes.out + " : ", EACCES);
+    }
+
+    std::string outcome;
+    const std::ptrdiff_t descriptorsBefore = openDescriptors();
+    const support::CapturedTrace trace;
+};
+
+TEST_F(TransportFault, AModeThatCannotBeSetEndsTheCall)
+{
+    callWithout(changingModes, EPERM);
+    EXPECT_EQ(outcome, apiException(1));
+    EXPECT_EQ(
+        trace.text(),
+        line("Error: Failed to assign required permissions to file :" + pipes.out + " : ", EPERM));
+    expectReleased();
+}
+
+TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedIsTracedBehindAnUnknownGroup)
+{
+    pipes.group = "no such group";
+    callWithout(removals, EACCES);
+    EXPECT_EQ(outcome, apiException(1));
+    EXPECT_EQ(trace.text(), "Error: Change the group of the out file to 'no such group' failed.\n" +
+                                notRemoved());
+}
+
+TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedIsTracedBehindAModeThatCannotBeSet)
+{
+    std::vector<long> both = changingModes;
+    both.insert(both.end(), removals.begin(), removals.end());
+    callWithout(both, EACCES);
+    EXPECT_EQ(outcome, apiException(1));
+    EXPECT_EQ(
+        trace.text(),
+        line("Error: Failed to assign required permissions to file :" + pipes.out + " : ", EACCES) +
+            notRemoved());
+}
+
+TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedIsTracedBehindAMissingCommandFifo)
+{
+    fs::remove(pipes.in);
+    callWithout(removals, EACCES);
+    EXPECT_EQ(outcome, apiException(11));
+    EXPECT_EQ(trace.text(), "Failed to open the file '" + pipes.in +
+                                "'. Looks like 'ostreld' service is not running. \n" +
+                                notRemoved());
+}
+
+TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedIsTracedBehindACommandFifoThatDoesNotOpen)
+{
+    fs::remove(pipes.in);
+    fs::create_directory(pipes.in);
+    callWithout(removals, EACCES);
+    EXPECT_EQ(outcome, apiException(1));
+    EXPECT_EQ(trace.text(), line("Error: Failed to open FIFO IN file: " + pipes.in + ": ", EISDIR) +
+                                notRemoved());
+}
+
+// Intended: after the reply a failed removal is told in other words.
+TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedAfterTheReplyIsTracedAndTheCallSucceeds)
+{
+    peer.answer("0 a");
+    callWithout(removals, EACCES);
+    EXPECT_EQ(outcome, payload("a"));
+    EXPECT_EQ(trace.text(),
+              messageLine() + line("Failed to remove file '" + pipes.out + "' : error: ", EACCES));
+    EXPECT_EQ(call(), apiException(1)) << "it is in the way of the next call";
+}
+
+TEST_F(TransportFault, ALockThatTheKernelRefusesIsToldAsALockedService)
+{
+    callWithout({SYS_flock}, ENOLCK);
+    EXPECT_EQ(outcome, apiException(2));
+    EXPECT_EQ(trace.text(), line("Error: file already locked : ", ENOLCK));
+    EXPECT_FALSE(fs::exists(pipes.out));
+}
+
+/// Takes a capability from the calling thread while the object lives.
+class WithoutCapability
+{
+public:
+    explicit WithoutCapability(unsigned int capability)
+    {
+        ::syscall(SYS_capget, &m_header, m_former);
+        __user_cap_data_struct lowered[2] = {m_former[0], m_former[1]};
+        lowered[0].effective &= ~(1U << capability);
+        EXPECT_EQ(::syscall(SYS_capset, &m_header, lowered), 0);
+    }
+    ~WithoutCapability() { ::syscall(SYS_capset, &m_header, m_former); }
+    WithoutCapability(const WithoutCapability&) = delete;
+    WithoutCapability& operator=(const WithoutCapability&) = delete;
+
+private:
+    __user_cap_header_struct m_header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct m_former[2] = {};
+};
+
+TEST_F(Transport, TellsAGroupThatTheCallerMayNotGiveAsAnUnknownOne)
+{
+    const std::string formerGroups = support::readText("/etc/group");
+    support::Device::replaceSystemFile("/etc/group", "root:x:0:\nforeign:x:4242:\n");
+    pipes.group = "foreign";
+    const support::CapturedTrace trace;
+    {
+        const WithoutCapability unprivileged(CAP_CHOWN);
+        EXPECT_EQ(call(), apiException(1));
+    }
+    support::Device::replaceSystemFile("/etc/group", formerGroups);
+    EXPECT_EQ(trace.text(), "Error: Change the group of the out file to 'foreign' failed.\n");
+    expectReleased();
+}
+
+} // namespace
