@@ -1,0 +1,399 @@
+#include "Channel.h"
+
+#include "Log.h"
+#include "Refusal.h"
+
+#include <cerrno>
+#include <cstdint>
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/file.h>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <sys/timerfd.h>
+#include <unistd.h>
+
+namespace ostreld
+{
+
+using ostrel::Descriptor;
+
+namespace
+{
+
+constexpr std::size_t largestMessage = 64 * 1024;
+// The group may open these for writing and no more.
+constexpr mode_t groupWritesMode = 0620;
+
+// A client that is killed tells that it closed the lock file a moment before
+// the lock is free: look again after these pauses.
+constexpr long sweepPauses[] = {5, 50, 500};
+constexpr std::size_t sweepCount = sizeof sweepPauses / sizeof *sweepPauses;
+// How long a daemon that ends waits for the client in its midst.
+constexpr long stopPatience = 1000;
+
+constexpr long nanosecondsPerMillisecond = 1000000;
+
+Descriptor requireOpen(Descriptor descriptor, const std::string& what)
+{
+    if (!descriptor.isOpen()) {
+        failSystemCall("open", what);
+    }
+    return descriptor;
+}
+
+bool isFifo(const Descriptor& file)
+{
+    struct stat status {
+    };
+    return ::fstat(file.get(), &status) == 0 && S_ISFIFO(status.st_mode);
+}
+
+void startTimer(const Descriptor& timer, long milliseconds)
+{
+    itimerspec time{};
+    time.it_value.tv_sec = milliseconds / 1000;
+    time.it_value.tv_nsec = milliseconds % 1000 * nanosecondsPerMillisecond;
+    ::timerfd_settime(timer.get(), 0, &time, nullptr);
+}
+
+void drain(const Descriptor& counter)
+{
+    std::uint64_t ignored = 0;
+    while (::read(counter.get(), &ignored, sizeof ignored) > 0) {
+    }
+}
+
+short eventsOf(const Descriptor& descriptor, short events)
+{
+    pollfd entry{descriptor.get(), events, 0};
+    return ::poll(&entry, 1, 0) == 1 ? entry.revents : short{0};
+}
+
+std::string withCode(ReturnCode code)
+{
+    return std::to_string(code) + ' ';
+}
+
+} // namespace
+
+Channel::Channel(const std::string& directory, const std::string& service, gid_t group)
+    : m_service(service), m_lockPath(directory + '/' + service + ".lock"),
+      m_inPath(directory + '/' + service + ".in"), m_outPath(directory + '/' + service + ".out"),
+      m_notices(requireOpen(Descriptor(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)), "inotify")),
+      m_wake(requireOpen(Descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), "an event")),
+      m_timer(requireOpen(Descriptor(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)),
+                          "a timer"))
+{
+    if (::mkfifo(m_inPath.c_str(), S_IRUSR | S_IWUSR) != 0 && errno != EEXIST) {
+        failSystemCall("make", m_inPath);
+    }
+    openCommandFifo();
+    // Last, for it is what tells clients that the daemon is there.
+    openLock();
+    shareWith(group);
+    takeUpFormerCall();
+}
+
+Channel::~Channel() = default;
+
+void Channel::openCommandFifo()
+{
+    m_in = requireOpen(Descriptor::open(m_inPath, O_RDONLY | O_NONBLOCK | O_NOFOLLOW), m_inPath);
+    if (!isFifo(m_in)) {
+        throw std::runtime_error(m_inPath + " is not a FIFO");
+    }
+}
+
+// A client that a former daemon left in the middle of its call either goes on
+// now, or waits for an answer that nobody else will give.
+void Channel::takeUpFormerCall()
+{
+    if (isReplyFifoThere()) {
+        m_sweepsLeft = sweepCount;
+        sweep();
+    }
+    if (isReplyFifoThere()) {
+        openReplyFifo();
+        finishReplyIfRead();
+    }
+}
+
+void Channel::openLock()
+{
+    m_lock = requireOpen(
+        Descriptor::open(m_lockPath, O_RDONLY | O_CREAT | O_NOFOLLOW, S_IRUSR | S_IWUSR),
+        m_lockPath);
+    m_lockWatch = ::inotify_add_watch(m_notices.get(), m_lockPath.c_str(), IN_CLOSE_WRITE);
+    if (m_lockWatch == -1) {
+        failSystemCall("watch", m_lockPath);
+    }
+}
+
+void Channel::shareWith(gid_t group)
+{
+    setAccess(m_in, m_inPath, {group, groupWritesMode});
+    setAccess(m_lock, m_lockPath, {group, groupWritesMode});
+}
+
+bool Channel::tryLock()
+{
+    return ::flock(m_lock.get(), LOCK_EX | LOCK_NB) == 0;
+}
+
+void Channel::unlock()
+{
+    ::flock(m_lock.get(), LOCK_UN);
+}
+
+void Channel::run(const Answer& answer, const std::function<void()>& onWake)
+{
+    while (!m_isDone) {
+        const bool isWriting = !m_replyRest.empty();
+        pollfd entries[] = {
+            {m_in.get(), POLLIN, 0},
+            {m_notices.get(), POLLIN, 0},
+            {m_wake.get(), POLLIN, 0},
+            {m_timer.get(), POLLIN, 0},
+            {isWriting ? m_replyWriter.get() : -1, POLLOUT, 0},
+        };
+        if (::poll(entries, sizeof entries / sizeof *entries, -1) == -1 && errno != EINTR) {
+            failSystemCall("wait for", m_service);
+        }
+        // A message first: what the notices tell happened after it was written.
+        while (isInputReady()) {
+            takeInput(answer);
+        }
+        takeNotices();
+        if (isWriting && entries[4].revents != 0) {
+            continueReply();
+        }
+        if (entries[3].revents != 0) {
+            drain(m_timer);
+            m_isDone = m_isStopping;
+            sweep();
+        }
+        takeWake(onWake);
+    }
+    ::unlink(m_inPath.c_str());
+}
+
+void Channel::wake()
+{
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = ::write(m_wake.get(), &one, sizeof one);
+}
+
+void Channel::stop()
+{
+    m_isStopAsked = true;
+    wake();
+}
+
+void Channel::takeWake(const std::function<void()>& onWake)
+{
+    if (eventsOf(m_wake, POLLIN) == 0) {
+        return;
+    }
+    drain(m_wake);
+    if (!m_isStopAsked) {
+        onWake();
+    } else if (!m_isStopping) {
+        beginStop();
+    }
+}
+
+// New clients are told at once that the daemon is off; one that holds the lock
+// has some time left to end its call.
+void Channel::beginStop()
+{
+    m_isStopping = true;
+    ::unlink(m_lockPath.c_str());
+    m_isDone = tryLock();
+    startTimer(m_timer, stopPatience);
+}
+
+bool Channel::isInputReady() const
+{
+    return eventsOf(m_in, POLLIN) != 0;
+}
+
+void Channel::takeInput(const Answer& answer)
+{
+    char bytes[4096];
+    const ssize_t count = ::read(m_in.get(), bytes, sizeof bytes);
+    if (count > 0) {
+        appendInput(bytes, static_cast<std::size_t>(count));
+    } else if (count == 0) {
+        openCommandFifo();
+        takeMessage(answer);
+    }
+}
+
+void Channel::appendInput(const char* bytes, std::size_t count)
+{
+    m_isMessageTooLong = m_isMessageTooLong || m_message.size() + count > largestMessage;
+    if (!m_isMessageTooLong) {
+        m_message.append(bytes, count);
+    }
+}
+
+void Channel::takeMessage(const Answer& answer)
+{
+    const std::string message = std::move(m_message);
+    const bool isTooLong = m_isMessageTooLong;
+    m_message.clear();
+    m_isMessageTooLong = false;
+    if (m_isStopping) {
+        reply(withCode(DaemonTerminates));
+    } else if (isTooLong) {
+        logEvent("{}: message of more than {} bytes refused", m_service, largestMessage);
+        reply(withCode(BadCommand));
+    } else if (message.empty()) {
+        logStep("{}: a client closed the command FIFO without a message", m_service);
+        reply(withCode(CommandUnexpectedEnding));
+    } else {
+        reply(answer(message));
+    }
+}
+
+void Channel::takeNotices()
+{
+    alignas(inotify_event) char bytes[4096];
+    for (ssize_t count; (count = ::read(m_notices.get(), bytes, sizeof bytes)) > 0;) {
+        for (const char* at = bytes; at < bytes + count;) {
+            const auto* event = reinterpret_cast<const inotify_event*>(at);
+            if (event->wd == m_lockWatch) {
+                m_sweepsLeft = sweepCount;
+                sweep();
+            } else if (event->wd == m_replyWatch && (event->mask & IN_OPEN) != 0) {
+                finishReplyIfRead();
+            }
+            at += sizeof(inotify_event) + event->len;
+        }
+    }
+}
+
+bool Channel::isReplyFifoThere() const
+{
+    struct stat status {
+    };
+    return ::lstat(m_outPath.c_str(), &status) == 0;
+}
+
+// Whether the reply FIFO that is open here is the one that has the name now.
+bool Channel::isReplyFifoCurrent() const
+{
+    struct stat held {
+    };
+    struct stat named {
+    };
+    return m_replyWriter.isOpen() && ::fstat(m_replyWriter.get(), &held) == 0 &&
+           ::lstat(m_outPath.c_str(), &named) == 0 && held.st_ino == named.st_ino &&
+           held.st_dev == named.st_dev;
+}
+
+void Channel::openReplyFifo()
+{
+    if (!isReplyFifoCurrent()) {
+        dropReply();
+    }
+    constexpr int flags = O_NONBLOCK | O_NOFOLLOW;
+    if (!m_replyReader.isOpen()) {
+        m_replyReader = Descriptor::open(m_outPath, O_RDONLY | flags);
+    }
+    if (!m_replyReader.isOpen() || !isFifo(m_replyReader)) {
+        dropReply();
+    } else if (!m_replyWriter.isOpen()) {
+        m_replyWriter = Descriptor::open(m_outPath, O_WRONLY | flags);
+        m_replyWatch = ::inotify_add_watch(m_notices.get(), m_outPath.c_str(), IN_OPEN);
+    }
+}
+
+void Channel::reply(const std::string& text)
+{
+    openReplyFifo();
+    if (!m_replyWriter.isOpen()) {
+        logStep("{}: no reply FIFO for the answer", m_service);
+        return;
+    }
+    m_isAnswered = true;
+    m_replyRest = text;
+    continueReply();
+}
+
+void Channel::continueReply()
+{
+    while (!m_replyRest.empty()) {
+        const ssize_t count = ::write(m_replyWriter.get(), m_replyRest.data(), m_replyRest.size());
+        if (count > 0) {
+            m_replyRest.erase(0, static_cast<std::size_t>(count));
+        } else if (errno == EAGAIN) {
+            return;
+        } else if (errno != EINTR) {
+            dropReply();
+            return;
+        }
+    }
+    finishReplyIfRead();
+}
+
+// The bytes wait in the FIFO as long as one end is open. With the daemon's own
+// reading end closed, an error event says that no client has opened its own yet.
+void Channel::finishReplyIfRead()
+{
+    if (!m_replyRest.empty() || !m_replyWriter.isOpen()) {
+        return;
+    }
+    m_replyReader.close();
+    if ((eventsOf(m_replyWriter, POLLOUT) & POLLERR) != 0) {
+        return;
+    }
+    if (m_isAnswered) {
+        dropReply();
+    } else if (!isInputReady()) {
+        // The client sent its message to a daemon that is gone.
+        reply(withCode(DaemonTerminates));
+    }
+}
+
+void Channel::dropReply()
+{
+    if (m_replyWatch != -1) {
+        ::inotify_rm_watch(m_notices.get(), m_replyWatch);
+        m_replyWatch = -1;
+    }
+    m_replyReader.close();
+    m_replyWriter.close();
+    m_replyRest.clear();
+    m_isAnswered = false;
+}
+
+void Channel::sweep()
+{
+    if (!isReplyFifoThere()) {
+        dropReply();
+        m_isDone = m_isDone || (m_isStopping && tryLock());
+        return;
+    }
+    if (!tryLock()) {
+        sweepAgainSoon();
+        return;
+    }
+    logEvent("{}: a client ended within its call; its reply FIFO is removed", m_service);
+    dropReply();
+    ::unlink(m_outPath.c_str());
+    unlock();
+    m_isDone = m_isStopping;
+}
+
+void Channel::sweepAgainSoon()
+{
+    if (m_sweepsLeft > 0 && !m_isStopping) {
+        startTimer(m_timer, sweepPauses[sweepCount - m_sweepsLeft]);
+        --m_sweepsLeft;
+    }
+}
+
+} // namespace ostreld

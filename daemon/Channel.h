@@ -1,0 +1,113 @@
+#pragma once
+
+#include "Files.h"
+
+#include "tools/Descriptor.h"
+
+#include <atomic>
+#include <functional>
+#include <string>
+
+namespace ostreld
+{
+
+/// The daemon's end of one service's exchange: it makes the lock file and the
+/// command FIFO, takes one message for each opening of the FIFO, and answers on
+/// the reply FIFO that the client made for the call.
+///
+/// It waits for events and for nothing else, so a client that stalls or dies at
+/// any step costs nothing:
+///
+///   - A message is whole when its writer closes the command FIFO. The daemon
+///     opens it anew before it answers, so that the next writer is never
+///     mistaken for this one.
+///   - The reply goes into the reply FIFO while the daemon itself holds a
+///     reading end, so it waits for no reader; the writing end stays open until
+///     the client has opened its own, which inotify tells.
+///   - A client that closes the lock file has finished or is dead. If the reply
+///     FIFO is still there and the lock is free, it was left behind and goes.
+///
+/// One thread runs it; wake() and stop() may be called from any.
+class Channel
+{
+public:
+    /// Turns a message into a reply, "return code, blank, payload".
+    using Answer = std::function<std::string(const std::string& message)>;
+
+    /// Makes the files of `service` in `directory`, which must exist, and takes
+    /// up calls that a former daemon left half done.
+    Channel(const std::string& directory, const std::string& service, gid_t group);
+    ~Channel();
+    Channel(const Channel&) = delete;
+    Channel& operator=(const Channel&) = delete;
+
+    /// Answers messages until stop(); calls `onWake` after each wake().
+    void run(const Answer& answer, const std::function<void()>& onWake);
+
+    /// Lets another group call from now on; for the thread that runs it.
+    void shareWith(gid_t group);
+
+    void wake();
+
+    /// Lets a call that is under way end, takes no new one, and makes run()
+    /// return.
+    void stop();
+
+private:
+    void openCommandFifo();
+    void takeUpFormerCall();
+    void openLock();
+    bool tryLock();
+    void unlock();
+
+    void takeInput(const Answer& answer);
+    void appendInput(const char* bytes, std::size_t count);
+    void takeMessage(const Answer& answer);
+    void takeNotices();
+    void takeWake(const std::function<void()>& onWake);
+
+    bool isReplyFifoThere() const;
+    bool isReplyFifoCurrent() const;
+    void openReplyFifo();
+    void reply(const std::string& text);
+    void continueReply();
+    void finishReplyIfRead();
+    void dropReply();
+
+    void sweep();
+    void sweepAgainSoon();
+    void beginStop();
+    bool isInputReady() const;
+
+    const std::string m_service;
+    const std::string m_lockPath;
+    const std::string m_inPath;
+    const std::string m_outPath;
+
+    ostrel::Descriptor m_lock;
+    ostrel::Descriptor m_in;
+    ostrel::Descriptor m_notices;
+    ostrel::Descriptor m_wake;
+    ostrel::Descriptor m_timer;
+    int m_lockWatch = -1;
+
+    // The message so far; a longer one than allowed is read on and dropped.
+    std::string m_message;
+    bool m_isMessageTooLong = false;
+
+    // The reply under way: both ends of the reply FIFO, and what is unwritten.
+    ostrel::Descriptor m_replyReader;
+    ostrel::Descriptor m_replyWriter;
+    int m_replyWatch = -1;
+    std::string m_replyRest;
+    // A client that a former daemon left waiting has a reply FIFO open here
+    // before it has an answer.
+    bool m_isAnswered = false;
+
+    std::size_t m_sweepsLeft = 0;
+    std::atomic<bool> m_isStopAsked{false};
+    bool m_isStopping = false;
+    bool m_isDone = false;
+};
+
+} // namespace ostreld

@@ -1,0 +1,167 @@
+#include "Files.h"
+
+#include "tools/ErrorText.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace ostreld
+{
+
+using ostrel::Descriptor;
+
+namespace
+{
+
+constexpr uid_t sameUser = static_cast<uid_t>(-1);
+constexpr mode_t ownerOnly = 0600;
+
+Descriptor openOrFail(const std::string& path, int flags, mode_t mode = 0)
+{
+    Descriptor file = Descriptor::open(path, flags | O_NOFOLLOW, mode);
+    if (!file.isOpen()) {
+        failSystemCall("open", path);
+    }
+    return file;
+}
+
+std::string directoryOf(const std::string& path)
+{
+    return path.substr(0, path.rfind('/'));
+}
+
+void sync(const Descriptor& file, const std::string& path)
+{
+    if (::fsync(file.get()) != 0) {
+        failSystemCall("write to disk", path);
+    }
+}
+
+void requireSmallRegularFile(const Descriptor& file, const std::string& name, std::size_t limit)
+{
+    struct stat status {
+    };
+    if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        throw std::runtime_error(name + " is not a regular file");
+    }
+    if (static_cast<std::uintmax_t>(status.st_size) > limit) {
+        throw std::runtime_error(fmt::format("{} has more than {} bytes", name, limit));
+    }
+}
+
+std::string readUpTo(const Descriptor& file, std::size_t limit)
+{
+    std::string text(limit, '\0');
+    std::size_t length = 0;
+    ssize_t count = 0;
+    while ((count = ::read(file.get(), &text[length], limit - length)) > 0) {
+        length += static_cast<std::size_t>(count);
+    }
+    text.resize(length);
+    return text;
+}
+
+} // namespace
+
+void failSystemCall(const std::string& attempt, const std::string& path)
+{
+    throw std::runtime_error(
+        fmt::format("cannot {} {}: {}", attempt, path, ostrel::errorText(errno)));
+}
+
+void setAccess(const Descriptor& file, const std::string& path, const Access& access)
+{
+    if (::fchown(file.get(), sameUser, access.group) != 0) {
+        failSystemCall("change the group of", path);
+    }
+    if (::fchmod(file.get(), access.mode) != 0) {
+        failSystemCall("change the mode of", path);
+    }
+}
+
+void makeDirectory(const std::string& path, const Access& access)
+{
+    if (::mkdir(path.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
+        failSystemCall("make the directory", path);
+    }
+    setAccess(openOrFail(path, O_RDONLY | O_DIRECTORY), path, access);
+}
+
+Replacer::Replacer(std::string scratchDirectory, gid_t group, Durability durability)
+    : m_scratch(std::move(scratchDirectory) + "/.new"), m_group(group), m_durability(durability)
+{
+}
+
+void Replacer::replace(const std::string& path, const std::string& text, mode_t mode) const
+{
+    replace(
+        path,
+        [&](const std::string& scratch) {
+            if (!writeAll(openOrFail(scratch, O_WRONLY), text)) {
+                failSystemCall("write", scratch);
+            }
+        },
+        mode);
+}
+
+void Replacer::replace(const std::string& path,
+                       const std::function<void(const std::string&)>& write, mode_t mode) const
+{
+    removeScratch();
+    const Descriptor file = openOrFail(m_scratch, O_RDONLY | O_CREAT | O_EXCL, ownerOnly);
+    write(m_scratch);
+    setAccess(file, m_scratch, {m_group, mode});
+    if (m_durability == Durability::Lasting) {
+        sync(file, m_scratch);
+    }
+    if (::rename(m_scratch.c_str(), path.c_str()) != 0) {
+        failSystemCall("replace", path);
+    }
+    syncDirectoryOf(path);
+}
+
+void Replacer::remove(const std::string& path) const
+{
+    if (::unlink(path.c_str()) == 0) {
+        syncDirectoryOf(path);
+    } else if (errno != ENOENT) {
+        failSystemCall("remove", path);
+    }
+}
+
+void Replacer::removeScratch() const
+{
+    if (::unlink(m_scratch.c_str()) != 0 && errno != ENOENT) {
+        failSystemCall("remove", m_scratch);
+    }
+}
+
+void Replacer::syncDirectoryOf(const std::string& path) const
+{
+    if (m_durability == Durability::Lasting) {
+        const std::string directory = directoryOf(path);
+        sync(openOrFail(directory, O_RDONLY | O_DIRECTORY), directory);
+    }
+}
+
+std::string readRegularFile(const std::string& directory, const std::string& name,
+                            std::size_t limit)
+{
+    const Descriptor parent = openOrFail(directory, O_RDONLY | O_DIRECTORY);
+    // Not blocking: the name may stand for a FIFO that nobody writes.
+    constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    const Descriptor file(::openat(parent.get(), name.c_str(), flags));
+    if (!file.isOpen()) {
+        failSystemCall("open", directory + '/' + name);
+    }
+    requireSmallRegularFile(file, name, limit);
+    return readUpTo(file, limit);
+}
+
+} // namespace ostreld

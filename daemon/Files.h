@@ -1,0 +1,69 @@
+#pragma once
+
+// Files as a daemon needs them: replaced whole, so that a reader and a power
+// cut meet the old text or the new one; and read without trusting their names.
+
+#include "tools/Descriptor.h"
+
+#include <functional>
+#include <string>
+
+#include <sys/types.h>
+
+namespace ostreld
+{
+
+/// Who may reach a file: the daemon's user, and a group with these bits.
+struct Access {
+    gid_t group;
+    mode_t mode;
+};
+
+/// A failed system call: what was attempted on which path, and why not.
+[[noreturn]] void failSystemCall(const std::string& attempt, const std::string& path);
+
+/// Gives an open file its group and mode.
+void setAccess(const ostrel::Descriptor& file, const std::string& path, const Access& access);
+
+/// Makes the directory `path`, below one that exists, with this access; an
+/// existing one gets it too.
+void makeDirectory(const std::string& path, const Access& access);
+
+/// Whether a lasting file has to outlive a power cut.
+enum class Durability { Lasting, Volatile };
+
+/// Files of one directory, replaced whole: written under another name in
+/// `scratchDirectory` (same file system), then renamed. What an interrupted
+/// replacement leaves is removed by removeScratch().
+class Replacer
+{
+public:
+    Replacer(std::string scratchDirectory, gid_t group, Durability durability);
+
+    /// Puts `text` in the place of the file `path`.
+    void replace(const std::string& path, const std::string& text, mode_t mode) const;
+
+    /// The same for a text that `write` puts into the file whose path it gets.
+    void replace(const std::string& path, const std::function<void(const std::string&)>& write,
+                 mode_t mode) const;
+
+    /// Removes the file `path`, lastingly; a missing one is no failure.
+    void remove(const std::string& path) const;
+
+    void removeScratch() const;
+
+private:
+    void syncDirectoryOf(const std::string& path) const;
+
+    std::string m_scratch;
+    gid_t m_group;
+    Durability m_durability;
+};
+
+/// The text of the regular file `name` directly in `directory`, opened without
+/// following a link. Throws std::runtime_error when it is anything else or has
+/// more than `limit` bytes.
+std::string readRegularFile(const std::string& directory, const std::string& name,
+                            std::size_t limit);
+
+} // namespace ostreld

@@ -1,0 +1,29 @@
+#include "Log.h"
+
+#include <algorithm>
+#include <iostream>
+
+namespace ostreld
+{
+
+std::atomic<bool> gVerbose{false};
+
+namespace
+{
+
+bool isControlCharacter(char c)
+{
+    return static_cast<unsigned char>(c) < ' ' || c == '\x7f';
+}
+
+} // namespace
+
+void writeLogLine(const std::string& line)
+{
+    // What a client sent may stand in the line: it must not forge another one.
+    std::string text = "ostreld: " + line;
+    std::replace_if(text.begin(), text.end(), isControlCharacter, '?');
+    std::cerr << text + '\n' << std::flush;
+}
+
+} // namespace ostreld

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <fmt/format.h>
+
+#include <atomic>
+#include <string>
+
+namespace ostreld
+{
+
+/// Whether log::debug() writes; set by --debug.
+extern std::atomic<bool> gVerbose;
+
+/// Writes one line to the standard error stream. Any thread may call; lines of
+/// several threads do not mix. Key material never goes through here.
+void writeLogLine(const std::string& line);
+
+/// Logs one event.
+template <class... Arguments>
+void logEvent(fmt::format_string<Arguments...> format, Arguments&&... arguments)
+{
+    writeLogLine(fmt::format(format, std::forward<Arguments>(arguments)...));
+}
+
+/// Logs one step of the work, for those who look for a fault.
+template <class... Arguments>
+void logStep(fmt::format_string<Arguments...> format, Arguments&&... arguments)
+{
+    if (gVerbose) {
+        writeLogLine(fmt::format(format, std::forward<Arguments>(arguments)...));
+    }
+}
+
+} // namespace ostreld
