@@ -2,4 +2,4 @@
 
 #include <ostrel/Commands.h>
 #include <openssl/x509.h>
-#include "tools/Low.h"
+#include "store/High.h"
