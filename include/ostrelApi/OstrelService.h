@@ -2,8 +2,14 @@
 
 #include <ostrel/Commands.h>
 #include <ostrel/Export.h>
+#include <ostrelApi/ConfiguredField.h>
 #include <ostrelApi/OstrelApiException.h>
+#include <ostrelApi/OverwrittenData.h>
+#include <ostrl/CCSRData.h>
+#include <ostrl/CCertificateData.h>
 
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -85,6 +91,66 @@ public:
     /// keeps the configuration that it was built with.
     virtual void reloadService();
 
+    /// Has the daemon make a new key and a signing request (CSR), which is then
+    /// pending; with `fields`, one that complies with what they ask.
+    virtual void createServerCsr();
+    virtual void createServerCsr(const ConfiguredField& fields);
+
+    /// Hands the certificate that answers the pending request to the daemon, as
+    /// PEM text or as a PEM file. Error 21 when no request is pending, error 1
+    /// for whatever else goes wrong.
+    virtual void applyServerCertificate(const std::string& certificate);
+    virtual void applyServerCertificateFile(const std::string& path);
+
+    /// Revokes the certificate in use, whatever `id` says.
+    virtual void revokeServerCertificate(const std::string& id);
+
+    /// The pending request as PEM text, and one line feed; error 21 when there
+    /// is none.
+    virtual std::string getServerCsr();
+    /// When the pending request was made, in seconds since 1970 UTC; 0 when
+    /// there is none.
+    virtual std::int64_t getServerCsrTimestamp();
+    /// What the pending request says, asked of the daemon; error 21 when there
+    /// is none.
+    virtual ostrl::CCSRData getCsrInfo();
+
+    /// What a certificate says, asked of the daemon. Error 40, 30 or 20 when
+    /// the certificate is missing.
+    virtual ostrl::CCertificateData getTrustedClientCertInfo(const std::string& id);
+    virtual ostrl::CCertificateData getCACertInfo(const std::string& id);
+    virtual ostrl::CCertificateData getServerCertInfo();
+
+    // Below, an empty id stands for the server certificate in use; error 1
+    // when the file that names it cannot be opened.
+
+    /// The certificate's full text; error 1 when there is none.
+    virtual std::string getServerCertificateDetails(const std::string& id);
+
+    /// Whether the service's key is held in a TPM, whatever the certificate.
+    virtual bool isServerKeyInTPM(const std::string& id);
+
+    /// The private key as PEM text, and one line feed; error 1 when it cannot
+    /// be opened.
+    virtual std::string getServerKey(const std::string& id);
+    /// The certificate as PEM text; error 20 when it is missing or cannot be
+    /// read.
+    virtual std::string getServerCertificate(const std::string& id);
+    /// The path of the certificate; error 1 when it cannot be opened.
+    virtual std::string getServerCertificatePath(const std::string& id);
+
+    /// The settings that applications have attached to the certificate.
+    virtual OverwrittenData getServerCertificateOverwrittenData(const std::string& id);
+
+    /// The certificate's summary: "issuedTo", "issuedBy", "CA", "CASigned",
+    /// "selfSigned" ("yes" or "no"), "validFrom", "validUntil" (seconds since
+    /// 1970 UTC), and "IP.1", "IP.2", ..., "DNS.1", ... Throws
+    /// std::runtime_error when the summary is missing or malformed.
+    virtual std::map<std::string, std::string> getServerCertificateInfo(const std::string& id);
+
+    /// The id of the certificate in use, alone.
+    virtual std::vector<std::string> getServerCertificateList();
+
     /// Adds one CA, given as PEM text or as a PEM file, and returns what the
     /// daemon says of it: its id. Error 1 for whatever goes wrong, the daemon's
     /// refusals included; the debug trace tells the reason.
@@ -105,6 +171,11 @@ public:
     /// The CA as PEM text; error 30 when it is missing or cannot be read.
     virtual std::string getCA(const std::string& id);
 
+    /// The CA's summary, as getServerCertificateInfo(), and its overrides; error
+    /// 30 when the CA is missing.
+    virtual std::map<std::string, std::string> getCAInfo(const std::string& id);
+    virtual OverwrittenData getCAOverwrittenData(const std::string& id);
+
     /// The directory of the CAs' PEM files, with a trailing slash.
     virtual std::string getCADirectory();
 
@@ -123,6 +194,9 @@ public:
     virtual std::vector<std::string> getTrustedClientList();
     virtual std::vector<std::string> getTrustedClientListByCN(const std::string& cn);
     virtual std::string getTrustedClient(const std::string& id);
+    virtual std::map<std::string, std::string> getTrustedClientInfo(const std::string& id);
+    virtual OverwrittenData getTrustedClientOverwrittenData(const std::string& id);
+    virtual std::string getTrustedClientDetails(const std::string& id);
     virtual std::string getTrustedClientDirectory();
     virtual std::string getIdTrustedClient(const std::string& pem);
     virtual std::string getIdTrustedClientPath(const std::string& path);
@@ -134,6 +208,22 @@ public:
     /// Always 1: for callers that poll a status. There is no check behind it.
     static int getHealthStatus();
     static int getOperatingStatus();
+
+    /// Tells the daemon that the network, or the time, of the device changed. It
+    /// waits for nobody and for no answer. Error 11 when no daemon listens.
+    /// `sendNotification` sends any other byte. Not while another thread opens
+    /// descriptors: the one used here is closed a second time.
+    static void sendNotification(char signal);
+    static void notifyNetwork();
+    static void notifyTime();
+
+    /// The CA's full text; error 30 when the CA is missing, error 1 when the
+    /// text is.
+    std::string getCADetails(const std::string& id);
+
+    /// The id of the server certificate in use, empty when the file that names
+    /// it is; error 1 when that cannot be opened.
+    std::string getServerActiveCertificateId();
 
     // Workers that the operations above share; open to callers that know the
     // paths of a store.
@@ -155,6 +245,10 @@ public:
     std::string addCertificate(ostrel::TypeTarget target, const std::string& certificate);
     std::string addCertificateFile(ostrel::TypeTarget target, const std::string& path);
 
+    /// The text of the file `path`, and one line feed; error 1 when it cannot be
+    /// opened.
+    static std::string getCertificateDetails(const std::string& path);
+
     /// Sends one command, whose user and pid it fills in, and returns the
     /// payload of the daemon's reply.
     std::string sendCommandToServer(ostrel::Commands& command);
@@ -163,6 +257,16 @@ private:
     struct ExternalStore;
     ExternalStore caStore() const;
     ExternalStore trustedClientStore() const;
+    const ostrel::InternalCertificatesAccessor& serverStore() const;
+    static const ostrel::ExternalCertificatesAccessor& pathsOfExisting(const ExternalStore& store,
+                                                                       const std::string& id);
+    std::string idOrActive(const std::string& id);
+    void requirePendingCsr();
+    void sendServerCommand(ostrel::CommandType type, const std::vector<std::string>& arguments);
+    template <class Record>
+    Record recordFromDaemon(ostrel::TypeTarget target, ostrel::CommandType type,
+                            const std::vector<std::string>& arguments);
+    ostrl::CCertificateData certificateRecord(ostrel::TypeTarget target, const std::string& path);
     std::string idOfText(const ExternalStore& store, const std::string& pem,
                          std::string (OstrelService::*idOfFile)(const std::string&));
     std::vector<std::string> revoke(const ExternalStore& store,

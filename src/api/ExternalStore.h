@@ -3,7 +3,7 @@
 #include <ostrel/ExternalCertificatesAccessor.h>
 #include <ostrelApi/OstrelService.h>
 
-#include "protocol/ReturnCode.h"
+#include "api/StoreCheck.h"
 
 namespace ostrelApi
 {
@@ -18,13 +18,5 @@ struct OstrelService::ExternalStore {
     /// What the debug trace calls one of its certificates.
     const char* name;
 };
-
-/// Fails with NoSuchTarget unless the service has the store.
-inline void requireStore(bool hasStore)
-{
-    if (!hasStore) {
-        throw OstrelApiException(NoSuchTarget);
-    }
-}
 
 } // namespace ostrelApi
