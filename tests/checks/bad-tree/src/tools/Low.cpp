@@ -1,6 +1,6 @@
 #include "tools/Low.h"
 
-#include <ostrel/Debug.h>
+#include "store/High.h"
 #include <ostrel/Commands.h>
-#  include "store/High.h"
+#include <ostrel/Debug.h>
 #include <string>
