@@ -1,5 +1,5 @@
 #include "Own.h"
 
-#include "store/High.h"
-#include <openssl/x509.h>
 #include <ostrel/Commands.h>
+#include <openssl/x509.h>
+#include "store/High.h"

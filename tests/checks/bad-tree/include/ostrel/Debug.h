@@ -1,7 +1,7 @@
 #pragma once
 
+#include <ostrel/Commands.h>
 #include <cxxtools/jsondeserializer.h>
 #include <json.hpp>
-#include <ostrel/Commands.h>
 #include <sys/types.h>
 #include <type_traits>

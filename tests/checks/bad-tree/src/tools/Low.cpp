@@ -1,6 +1,6 @@
 #include "tools/Low.h"
 
-#include "store/High.h"
-#include <ostrel/Commands.h>
 #include <ostrel/Debug.h>
+#include <ostrel/Commands.h>
+#  include "store/High.h"
 #include <string>
