@@ -21,9 +21,7 @@ constexpr int secondsPerDay = 86400;
 
 X509Pointer parse(const std::string& pem)
 {
-    const std::unique_ptr<BIO, int (*)(BIO*)> in(
-        BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())), BIO_free);
-    X509Pointer certificate(PEM_read_bio_X509(in.get(), nullptr, nullptr, nullptr));
+    X509Pointer certificate(PEM_read_bio_X509(readerOf(pem).get(), nullptr, nullptr, nullptr));
     ERR_clear_error();
     if (!certificate) {
         throw Refusal(BadCertificateFormat, "not a certificate");
@@ -99,7 +97,7 @@ std::string Certificate::info() const
         {"issuerName", nameText(X509_get_issuer_name(m_x509.get()))},
         {"subjectName", nameText(X509_get_subject_name(m_x509.get()))},
         {"isCA", isCA()},
-        {"isSelfSigned", X509_self_signed(m_x509.get(), 0) == 1},
+        {"isSelfSigned", isSelfSigned()},
         {"validFrom", secondsSince1970(X509_get0_notBefore(m_x509.get()))},
         {"validUntil", secondsSince1970(X509_get0_notAfter(m_x509.get()))},
         {"validIPs", names.ips},

@@ -1,22 +1,13 @@
 #pragma once
 
+#include "OpenSsl.h"
+
 #include <ostrl/CCertificateData.h>
 
-#include <openssl/x509.h>
-
-#include <memory>
 #include <string>
-#include <utility>
 
 namespace ostreld
 {
-
-/// Owns an object of OpenSSL's.
-template <class Object, void (*release)(Object*)>
-struct OpenSslRelease {
-    void operator()(Object* object) const { release(object); }
-};
-using X509Pointer = std::unique_ptr<X509, OpenSslRelease<X509, X509_free>>;
 
 /// One X.509 certificate, and what the daemon tells of it. Move-only.
 class Certificate
@@ -38,6 +29,9 @@ public:
 
     /// Whether it may sign certificates.
     bool isCA() const;
+
+    /// Whether its own key signed it.
+    bool isSelfSigned() const { return X509_self_signed(m_x509.get(), 1) == 1; }
 
     /// The summary for the ".info" file: JSON, version 1.
     std::string info() const;

@@ -3,7 +3,6 @@
 #include "Log.h"
 
 #include <ostrel/CertificateIdList.h>
-#include <ostrelApi/OverwrittenData.h>
 
 #include <filesystem>
 #include <set>
@@ -12,40 +11,6 @@ namespace ostreld
 {
 
 using ostrel::ServiceConfiguration;
-namespace fs = std::filesystem;
-
-namespace
-{
-
-constexpr std::size_t largestCertificate = 1 << 20;
-constexpr std::size_t largestDetails = 16 << 20;
-// The group reads what is kept for it, and lists the certificates' directory.
-constexpr mode_t fileMode = 0640;
-constexpr mode_t certificatesMode = 0750;
-constexpr mode_t passThroughMode = 0710;
-
-std::string parentOf(const std::string& path)
-{
-    return fs::path(path).parent_path().string();
-}
-
-std::string readIn(const std::string& path, std::size_t limit)
-{
-    return readRegularFile(parentOf(path), fs::path(path).filename().string(), limit);
-}
-
-template <class Keep>
-void removeFilesUnless(const std::string& directory, const Replacer& replacer, Keep keep)
-{
-    for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
-        if (!entry.is_directory() && !keep(entry.path())) {
-            logEvent("{}: removing what an interrupted change left", entry.path().string());
-            replacer.remove(entry.path().string());
-        }
-    }
-}
-
-} // namespace
 
 const StoreRow storeRows[2] = {
     {ostrel::TargetCA, "ca", &ServiceConfiguration::m_ca, &ServiceConfiguration::m_maximumCA,
@@ -58,22 +23,19 @@ const StoreRow storeRows[2] = {
 
 CertificateStore::CertificateStore(const StoreRow& row, const ServiceConfiguration& service,
                                    gid_t group)
-    : m_row(&row), m_service(&service), m_paths(service, row.word), m_group(group),
-      m_lasting(m_paths.cachedDirectoryPath(), group, Durability::Lasting),
-      m_volatile(m_paths.tmpDirectoryPath(), group, Durability::Volatile)
+    : m_row(&row), m_service(&service),
+      m_files(ostrel::ExternalCertificatesAccessor(service, row.word), group)
 {
 }
 
 void CertificateStore::rebuild()
 {
-    makeDirectory(fs::path(m_paths.cachedDirectoryPath()).parent_path(),
-                  {m_group, certificatesMode});
-    makeDirectory(m_paths.cachedDirectoryPath(), {m_group, passThroughMode});
-    makeDirectory(m_paths.tmpDirectoryPath(), {m_group, passThroughMode});
-    m_lasting.removeScratch();
-    m_volatile.removeScratch();
+    m_files.makeDirectories();
     readListedNames();
-    removeUnlisted();
+    m_files.removeUnless([&](const std::filesystem::path& path) {
+        const auto& paths = m_files.paths;
+        return path == paths.listPath() || path == paths.cnMapPath() || has(path.stem().string());
+    });
     writeNames();
     writeList();
 }
@@ -81,13 +43,13 @@ void CertificateStore::rebuild()
 void CertificateStore::readListedNames()
 {
     m_names = {};
-    if (!fs::exists(m_paths.listPath())) {
+    if (!std::filesystem::exists(m_files.paths.listPath())) {
         return;
     }
-    for (const std::string& id : ostrel::CertificateIdList(m_paths.listPath()).toArray()) {
+    for (const std::string& id : ostrel::CertificateIdList(m_files.paths.listPath()).toArray()) {
         try {
-            const Certificate certificate(certificateText(id));
-            writeVolatileFiles(id, certificate);
+            const Certificate certificate(m_files.certificateText(id));
+            m_files.writeSummaries(id, certificate);
             m_names.entries()[id] = certificate.commonName();
         } catch (const std::exception& caught) {
             // It stays listed: what the owner put there is the owner's to remove.
@@ -95,18 +57,6 @@ void CertificateStore::readListedNames()
             m_names.entries()[id] = "";
         }
     }
-}
-
-void CertificateStore::removeUnlisted() const
-{
-    removeFilesUnless(m_paths.certificateDirectoryPath(), m_lasting,
-                      [&](const fs::path& path) { return has(path.filename()); });
-    removeFilesUnless(m_paths.cachedDirectoryPath(), m_lasting, [&](const fs::path& path) {
-        return path == m_paths.listPath() || has(path.stem());
-    });
-    removeFilesUnless(m_paths.tmpDirectoryPath(), m_volatile, [&](const fs::path& path) {
-        return path == m_paths.cnMapPath() || has(path.stem());
-    });
 }
 
 void CertificateStore::refuse(const Certificate& certificate) const
@@ -131,14 +81,13 @@ std::string CertificateStore::add(const Certificate& certificate)
     refuse(certificate);
     const std::string id = certificate.id();
     try {
-        m_lasting.replace(m_paths.certPath(id), certificate.pem(), fileMode);
-        writeVolatileFiles(id, certificate);
+        m_files.writeCertificate(id, certificate);
         m_names.entries()[id] = certificate.commonName();
         writeNames();
         writeList();
     } catch (const std::exception& caught) {
         m_names.entries().erase(id);
-        removeFilesOf(id);
+        m_files.removeCertificate(id);
         throw Refusal(m_row->failedToAdd, caught.what());
     }
     return id;
@@ -161,7 +110,7 @@ std::vector<std::string> CertificateStore::revoke(const std::vector<std::string>
     }
     writeNames();
     for (const std::string& id : revoked) {
-        removeFilesOf(id);
+        m_files.removeCertificate(id);
     }
     return {revoked.begin(), revoked.end()};
 }
@@ -177,68 +126,21 @@ std::vector<std::string> CertificateStore::idsByCN(const std::string& cn) const
     return ids;
 }
 
-std::string CertificateStore::certificateText(const std::string& id) const
-{
-    return readIn(m_paths.certPath(id), largestCertificate);
-}
-
-std::string CertificateStore::detailsText(const std::string& id) const
-{
-    return readIn(m_paths.certDetailsPath(id), largestDetails);
-}
-
-std::map<std::string, std::string> CertificateStore::overrides(const std::string& id) const
-{
-    return ostrelApi::OverwrittenData(m_paths.certOverwrittenDataPath(id)).getMap();
-}
-
-void CertificateStore::setOverride(const std::string& id, const std::string& key,
-                                   const std::string& value)
-{
-    std::map<std::string, std::string> former = overrides(id);
-    m_lasting.replace(
-        m_paths.certOverwrittenDataPath(id),
-        [&](const std::string& scratch) {
-            ostrelApi::OverwrittenData data(scratch);
-            former[key] = value;
-            for (const auto& [name, text] : former) {
-                data.setData(name, text);
-            }
-            data.write();
-        },
-        fileMode);
-}
-
-void CertificateStore::writeVolatileFiles(const std::string& id,
-                                          const Certificate& certificate) const
-{
-    m_volatile.replace(m_paths.certInfoPath(id), certificate.info(), fileMode);
-    m_volatile.replace(m_paths.certDetailsPath(id), certificate.details(), fileMode);
-}
-
 void CertificateStore::writeList() const
 {
-    m_lasting.replace(
-        m_paths.listPath(),
+    m_files.lasting.replace(
+        m_files.paths.listPath(),
         [&](const std::string& scratch) {
             m_names.toCertificateIdList().writeIntoFile(scratch, true);
         },
-        fileMode);
+        storeFileMode);
 }
 
 void CertificateStore::writeNames() const
 {
-    m_volatile.replace(
-        m_paths.cnMapPath(),
-        [&](const std::string& scratch) { m_names.writeIntoFile(scratch, true); }, fileMode);
-}
-
-void CertificateStore::removeFilesOf(const std::string& id) const
-{
-    m_lasting.remove(m_paths.certPath(id));
-    m_lasting.remove(m_paths.certOverwrittenDataPath(id));
-    m_volatile.remove(m_paths.certInfoPath(id));
-    m_volatile.remove(m_paths.certDetailsPath(id));
+    m_files.fleeting.replace(
+        m_files.paths.cnMapPath(),
+        [&](const std::string& scratch) { m_names.writeIntoFile(scratch, true); }, storeFileMode);
 }
 
 } // namespace ostreld

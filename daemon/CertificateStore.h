@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Certificate.h"
-#include "Files.h"
 #include "Refusal.h"
+#include "StoreFiles.h"
 
 #include <ostrel/CertificateIdCnMap.h>
 #include <ostrel/Commands.h>
@@ -10,7 +10,6 @@
 #include <ostrel/ServiceConfiguration.h>
 
 #include <cstdint>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -64,31 +63,19 @@ public:
     std::vector<std::string> ids() const { return m_names.toCertificateIdList().toArray(); }
     std::vector<std::string> idsByCN(const std::string& cn) const;
 
-    std::string certificateText(const std::string& id) const;
-    std::string detailsText(const std::string& id) const;
-
-    /// The overrides of a certificate, and a change of one.
-    std::map<std::string, std::string> overrides(const std::string& id) const;
-    void setOverride(const std::string& id, const std::string& key, const std::string& value);
-
-    const ostrel::ExternalCertificatesAccessor& paths() const { return m_paths; }
+    /// The files of the store.
+    const StoreFiles<ostrel::ExternalCertificatesAccessor>& files() const { return m_files; }
     const StoreRow& row() const { return *m_row; }
 
 private:
     void refuse(const Certificate& certificate) const;
     void readListedNames();
-    void removeUnlisted() const;
-    void writeVolatileFiles(const std::string& id, const Certificate& certificate) const;
     void writeList() const;
     void writeNames() const;
-    void removeFilesOf(const std::string& id) const;
 
     const StoreRow* m_row;
     const ostrel::ServiceConfiguration* m_service;
-    ostrel::ExternalCertificatesAccessor m_paths;
-    gid_t m_group;
-    Replacer m_lasting;
-    Replacer m_volatile;
+    StoreFiles<ostrel::ExternalCertificatesAccessor> m_files;
     // The listed ids with their common names.
     ostrel::CertificateIdCnMap m_names;
 };

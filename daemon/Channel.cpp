@@ -3,6 +3,8 @@
 #include "Log.h"
 #include "Refusal.h"
 
+#include <openssl/crypto.h>
+
 #include <cerrno>
 #include <cstdint>
 
@@ -147,23 +149,24 @@ void Channel::unlock()
     ::flock(m_lock.get(), LOCK_UN);
 }
 
-void Channel::run(const Answer& answer, const std::function<void()>& onWake)
+void Channel::run(const Duties& duties)
 {
     while (!m_isDone) {
-        const bool isWriting = !m_replyRest.empty();
+        const bool isWriting = isReplyUnwritten();
         pollfd entries[] = {
             {m_in.get(), POLLIN, 0},
             {m_notices.get(), POLLIN, 0},
             {m_wake.get(), POLLIN, 0},
             {m_timer.get(), POLLIN, 0},
             {isWriting ? m_replyWriter.get() : -1, POLLOUT, 0},
+            {duties.clock, POLLIN, 0},
         };
         if (::poll(entries, sizeof entries / sizeof *entries, -1) == -1 && errno != EINTR) {
             failSystemCall("wait for", m_service);
         }
         // A message first: what the notices tell happened after it was written.
         while (isInputReady()) {
-            takeInput(answer);
+            takeInput(duties.answer);
         }
         takeNotices();
         if (isWriting && entries[4].revents != 0) {
@@ -174,7 +177,10 @@ void Channel::run(const Answer& answer, const std::function<void()>& onWake)
             m_isDone = m_isStopping;
             sweep();
         }
-        takeWake(onWake);
+        if (entries[5].revents != 0) {
+            duties.onClock();
+        }
+        takeWake(duties.onWake);
     }
     ::unlink(m_inPath.c_str());
 }
@@ -311,7 +317,7 @@ void Channel::openReplyFifo()
     }
 }
 
-void Channel::reply(const std::string& text)
+void Channel::reply(std::string text)
 {
     openReplyFifo();
     if (!m_replyWriter.isOpen()) {
@@ -319,16 +325,23 @@ void Channel::reply(const std::string& text)
         return;
     }
     m_isAnswered = true;
-    m_replyRest = text;
+    m_reply = std::move(text);
+    m_replyWritten = 0;
     continueReply();
+}
+
+bool Channel::isReplyUnwritten() const
+{
+    return m_replyWritten < m_reply.size();
 }
 
 void Channel::continueReply()
 {
-    while (!m_replyRest.empty()) {
-        const ssize_t count = ::write(m_replyWriter.get(), m_replyRest.data(), m_replyRest.size());
+    while (isReplyUnwritten()) {
+        const ssize_t count =
+            ::write(m_replyWriter.get(), &m_reply[m_replyWritten], m_reply.size() - m_replyWritten);
         if (count > 0) {
-            m_replyRest.erase(0, static_cast<std::size_t>(count));
+            m_replyWritten += static_cast<std::size_t>(count);
         } else if (errno == EAGAIN) {
             return;
         } else if (errno != EINTR) {
@@ -343,7 +356,7 @@ void Channel::continueReply()
 // reading end closed, an error event says that no client has opened its own yet.
 void Channel::finishReplyIfRead()
 {
-    if (!m_replyRest.empty() || !m_replyWriter.isOpen()) {
+    if (isReplyUnwritten() || !m_replyWriter.isOpen()) {
         return;
     }
     m_replyReader.close();
@@ -366,7 +379,10 @@ void Channel::dropReply()
     }
     m_replyReader.close();
     m_replyWriter.close();
-    m_replyRest.clear();
+    // It may have been a key.
+    OPENSSL_cleanse(m_reply.data(), m_reply.size());
+    m_reply.clear();
+    m_replyWritten = 0;
     m_isAnswered = false;
 }
 

@@ -34,6 +34,15 @@ public:
     /// Turns a message into a reply, "return code, blank, payload".
     using Answer = std::function<std::string(const std::string& message)>;
 
+    /// What run() does besides: `onWake` after each wake(), `onClock` whenever
+    /// the descriptor `clock` becomes readable.
+    struct Duties {
+        Answer answer;
+        std::function<void()> onWake;
+        int clock;
+        std::function<void()> onClock;
+    };
+
     /// Makes the files of `service` in `directory`, which must exist, and takes
     /// up calls that a former daemon left half done.
     Channel(const std::string& directory, const std::string& service, gid_t group);
@@ -41,8 +50,8 @@ public:
     Channel(const Channel&) = delete;
     Channel& operator=(const Channel&) = delete;
 
-    /// Answers messages until stop(); calls `onWake` after each wake().
-    void run(const Answer& answer, const std::function<void()>& onWake);
+    /// Answers messages until stop().
+    void run(const Duties& duties);
 
     /// Lets another group call from now on; for the thread that runs it.
     void shareWith(gid_t group);
@@ -69,7 +78,8 @@ private:
     bool isReplyFifoThere() const;
     bool isReplyFifoCurrent() const;
     void openReplyFifo();
-    void reply(const std::string& text);
+    void reply(std::string text);
+    bool isReplyUnwritten() const;
     void continueReply();
     void finishReplyIfRead();
     void dropReply();
@@ -95,11 +105,12 @@ private:
     std::string m_message;
     bool m_isMessageTooLong = false;
 
-    // The reply under way: both ends of the reply FIFO, and what is unwritten.
+    // The reply under way: both ends of the reply FIFO, and its text.
     ostrel::Descriptor m_replyReader;
     ostrel::Descriptor m_replyWriter;
     int m_replyWatch = -1;
-    std::string m_replyRest;
+    std::string m_reply;
+    std::size_t m_replyWritten = 0;
     // A client that a former daemon left waiting has a reply FIFO open here
     // before it has an answer.
     bool m_isAnswered = false;

@@ -6,6 +6,7 @@
 
 #include <csignal>
 
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/signalfd.h>
 #include <sys/stat.h>
@@ -67,60 +68,7 @@ void writePidFile()
 
 } // namespace
 
-ServiceThread::ServiceThread(const std::string& name)
-    : m_service(name), m_channel(m_service.pipeDirectory(), name, m_service.group()),
-      m_thread([this] { serve(); })
-{
-}
-
-ServiceThread::~ServiceThread()
-{
-    m_channel.stop();
-    m_thread.join();
-}
-
-void ServiceThread::serve()
-{
-    try {
-        m_channel.run([this](const std::string& message) { return answer(message); },
-                      [this] { reloadIfAsked(); });
-    } catch (const std::exception& caught) {
-        logEvent("{}: no longer served: {}", m_service.name(), caught.what());
-    }
-}
-
-std::string ServiceThread::answer(const std::string& message)
-{
-    const gid_t formerGroup = m_service.group();
-    const std::string reply = m_service.answer(message);
-    // A "reload" may have changed who may call.
-    if (m_service.group() != formerGroup) {
-        m_channel.shareWith(m_service.group());
-    }
-    return reply;
-}
-
-void ServiceThread::reload()
-{
-    m_isReloadAsked = true;
-    m_channel.wake();
-}
-
-void ServiceThread::reloadIfAsked()
-{
-    if (!m_isReloadAsked.exchange(false)) {
-        return;
-    }
-    try {
-        m_service.reload();
-        m_channel.shareWith(m_service.group());
-        logEvent("{}: configuration read again", m_service.name());
-    } catch (const std::exception& caught) {
-        logEvent("{}: the former configuration stays: {}", m_service.name(), caught.what());
-    }
-}
-
-Daemon::Daemon() : m_lock(takeLock(DaemonConfiguration::getLockFile())) {}
+Daemon::Daemon() : m_lock(takeLock(DaemonConfiguration::getLockFile())), m_signals(openSignals()) {}
 
 Daemon::~Daemon()
 {
@@ -129,21 +77,64 @@ Daemon::~Daemon()
 
 void Daemon::run(int readyDescriptor)
 {
-    const Descriptor signals = openSignals();
     Descriptor ready(readyDescriptor);
     updateServices();
     writePidFile();
+    const NotificationFifo notifications;
     if (ready.isOpen()) {
         writeAll(ready, "\n");
         ready.close();
     }
     logEvent("serving {} services", m_services.size());
-    while (nextSignal(signals) == SIGHUP) {
-        logEvent("reading the configuration again");
-        updateServices();
-    }
+    serve(notifications);
     logEvent("ending");
     m_services.clear();
+}
+
+void Daemon::serve(const NotificationFifo& notifications)
+{
+    for (;;) {
+        pollfd entries[] = {
+            {m_signals.get(), POLLIN, 0},
+            {notifications.descriptor().get(), POLLIN, 0},
+        };
+        ::poll(entries, sizeof entries / sizeof *entries, -1);
+        if (entries[1].revents != 0) {
+            takeNotifications(notifications);
+        }
+        if (entries[0].revents != 0) {
+            if (nextSignal(m_signals) != SIGHUP) {
+                return;
+            }
+            logEvent("reading the configuration again");
+            updateServices();
+        }
+    }
+}
+
+void Daemon::takeNotifications(const NotificationFifo& notifications)
+{
+    for (const char notification : notifications.take()) {
+        switch (notification) {
+        case 'n':
+            logEvent("the network changed");
+            askAll(Task::CheckNetwork);
+            break;
+        case 't':
+            logEvent("the time changed");
+            askAll(Task::CheckExpiry);
+            break;
+        default:
+            logEvent("notification {} is unknown", static_cast<int>(notification));
+        }
+    }
+}
+
+void Daemon::askAll(Task task)
+{
+    for (const auto& [name, service] : m_services) {
+        service->ask(task);
+    }
 }
 
 void Daemon::updateServices()
@@ -153,7 +144,7 @@ void Daemon::updateServices()
     for (const std::string& name : ostrel::ServiceConfiguration::getServiceList()) {
         const auto known = former.find(name);
         if (known != former.end()) {
-            known->second->reload();
+            known->second->ask(Task::Reload);
             m_services.insert(former.extract(known));
         } else {
             startService(name);
@@ -165,7 +156,11 @@ void Daemon::updateServices()
 void Daemon::startService(const std::string& name)
 {
     try {
-        m_services.emplace(name, std::make_unique<ServiceThread>(name));
+        m_services.emplace(
+            name, std::make_unique<ServiceThread>(
+                      name, [this](const auto& script, const auto& service, const auto& event) {
+                          m_callbacks.add(script, service, event);
+                      }));
         logEvent("{}: served", name);
     } catch (const std::exception& caught) {
         logEvent("{}: not served: {}", name, caught.what());

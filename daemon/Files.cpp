@@ -21,6 +21,7 @@ namespace
 
 constexpr uid_t sameUser = static_cast<uid_t>(-1);
 constexpr mode_t ownerOnly = 0600;
+constexpr std::size_t largestOwnFile = 16 << 20;
 
 Descriptor openOrFail(const std::string& path, int flags, mode_t mode = 0)
 {
@@ -43,7 +44,7 @@ void sync(const Descriptor& file, const std::string& path)
     }
 }
 
-void requireSmallRegularFile(const Descriptor& file, const std::string& name, std::size_t limit)
+std::size_t sizeOfRegularFile(const Descriptor& file, const std::string& name, std::size_t limit)
 {
     struct stat status {
     };
@@ -53,6 +54,7 @@ void requireSmallRegularFile(const Descriptor& file, const std::string& name, st
     if (static_cast<std::uintmax_t>(status.st_size) > limit) {
         throw std::runtime_error(fmt::format("{} has more than {} bytes", name, limit));
     }
+    return static_cast<std::size_t>(status.st_size);
 }
 
 std::string readUpTo(const Descriptor& file, std::size_t limit)
@@ -160,8 +162,13 @@ std::string readRegularFile(const std::string& directory, const std::string& nam
     if (!file.isOpen()) {
         failSystemCall("open", directory + '/' + name);
     }
-    requireSmallRegularFile(file, name, limit);
-    return readUpTo(file, limit);
+    return readUpTo(file, sizeOfRegularFile(file, name, limit));
+}
+
+std::string readOwnFile(const std::string& path)
+{
+    const std::size_t slash = path.rfind('/');
+    return readRegularFile(path.substr(0, slash), path.substr(slash + 1), largestOwnFile);
 }
 
 } // namespace ostreld

@@ -66,4 +66,7 @@ private:
 std::string readRegularFile(const std::string& directory, const std::string& name,
                             std::size_t limit);
 
+/// The same for the file `path`, which the daemon itself keeps.
+std::string readOwnFile(const std::string& path);
+
 } // namespace ostreld

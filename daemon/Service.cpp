@@ -1,16 +1,15 @@
 #include "Service.h"
 
 #include "Log.h"
+#include "StoreTexts.h"
 
-#include <ostrel/CertificateInfo.h>
 #include <ostrel/DaemonConfiguration.h>
 #include <ostrel/Tools.h>
 #include <ostrelApi/OstrelApiException.h>
 
 #include <fmt/format.h>
 
-#include <filesystem>
-#include <sstream>
+#include <algorithm>
 
 namespace ostreld
 {
@@ -31,6 +30,7 @@ constexpr unsigned int only(ostrel::TypeTarget target)
 }
 
 constexpr unsigned int external = only(ostrel::TargetCA) | only(ostrel::TargetClient);
+constexpr unsigned int own = only(ostrel::TargetServer);
 constexpr unsigned int config = only(ostrel::TargetConfig);
 constexpr unsigned int anyTarget = ~0U;
 
@@ -53,6 +53,14 @@ gid_t groupOf(const ostrel::ServiceConfiguration& configuration)
     return ostrel::Tools::getGroupId(name);
 }
 
+// A message as one line for the log.
+std::string forLog(std::string message)
+{
+    constexpr std::size_t longest = 200;
+    std::replace(message.begin(), message.end(), '\t', ' ');
+    return message.substr(0, longest);
+}
+
 std::vector<CertificateStore> rebuiltStores(const ostrel::ServiceConfiguration& configuration,
                                             gid_t group)
 {
@@ -68,20 +76,22 @@ std::vector<CertificateStore> rebuiltStores(const ostrel::ServiceConfiguration& 
 
 } // namespace
 
-/// One command: its keyword, the targets that it serves, and what it does.
+/// One command: its value, the targets that it serves, what it does, how it is
+/// written, and the event that it is for a callback script.
 struct Service::Operation {
     ostrel::CommandType command;
     unsigned int targets;
     std::string (Service::*work)(const Commands&);
     const char* help;
+    const char* event = nullptr;
 };
 
 const Service::Operation Service::operations[] = {
     {ostrel::CommandStatus, config, &Service::status, "status"},
     {ostrel::CommandReload, config, &Service::reloadCommand, "reload"},
     {ostrel::CommandHelp, anyTarget, &Service::help, "help"},
-    {ostrel::CommandAdd, external, &Service::add, "add FILE"},
-    {ostrel::CommandRevoke, external, &Service::revoke, "revoke ID..."},
+    {ostrel::CommandAdd, external, &Service::add, "add FILE", "add"},
+    {ostrel::CommandRevoke, external, &Service::revoke, "revoke ID...", "revoke"},
     {ostrel::CommandList, external, &Service::list, "list"},
     {ostrel::CommandListByCN, external, &Service::listByCN, "listByCN CN"},
     {ostrel::CommandInfo, external, &Service::info, "info ID"},
@@ -92,11 +102,28 @@ const Service::Operation Service::operations[] = {
     {ostrel::CommandGetOverwrittenData, external, &Service::getOverwrittenData,
      "getOverwrittenData ID"},
     {ostrel::CommandSetOverwrittenData, external, &Service::setOverwrittenData,
-     "setOverwrittenData ID KEY VALUE"},
+     "setOverwrittenData ID KEY VALUE", "override"},
+    {ostrel::CommandCreateCsr, own, &Service::createCsr, "createcsr [CA-CB_compliant]", "request"},
+    {ostrel::CommandCreateCrt, own, &Service::createCertificate, "createcrt self DAYS REPLACE",
+     "apply"},
+    {ostrel::CommandApplyCrt, own, &Service::applyCertificate, "applycrt FILE", "apply"},
+    {ostrel::CommandRevoke, own, &Service::revokeServer, "revoke", "revoke"},
+    {ostrel::CommandGetCsr, own, &Service::getCsr, "getcsr"},
+    {ostrel::CommandGetCsrInfo, own, &Service::getCsrInfo, "getcsrinfo"},
+    {ostrel::CommandGetCsrTimestamp, own, &Service::getCsrTimestamp, "getcsrtimestamp"},
+    {ostrel::CommandGetKey, own, &Service::getKey, "getkey"},
+    {ostrel::CommandInfo, own, &Service::serverInfo, "info"},
+    {ostrel::CommandDetails, own, &Service::serverDetails, "details"},
+    {ostrel::CommandGetCert, own, &Service::serverCertificate, "getcert"},
+    {ostrel::CommandGetCertInfo, own, &Service::serverCertificateInfo, "getcertinfo [PATH]"},
+    {ostrel::CommandPath, own, &Service::serverPath, "path"},
+    {ostrel::CommandGetOverwrittenData, own, &Service::serverOverwrittenData, "getOverwrittenData"},
+    {ostrel::CommandSetOverwrittenData, own, &Service::setServerOverwrittenData,
+     "setOverwrittenData KEY VALUE", "override"},
 };
 
-Service::Service(const std::string& name)
-    : m_name(name),
+Service::Service(const std::string& name, OnChange onChange)
+    : m_name(name), m_onChange(std::move(onChange)),
       m_pipeDirectory(ostrel::DaemonConfiguration::getNamePipesDirectory() + '/' + name)
 {
     reload();
@@ -108,9 +135,18 @@ void Service::reload()
     const gid_t group = groupOf(*configuration);
     makeDirectories(group);
     std::vector<CertificateStore> stores = rebuiltStores(*configuration, group);
+    std::optional<ServerStore> serverStore;
+    if (configuration->m_server) {
+        serverStore.emplace(*configuration, group);
+        serverStore->rebuild();
+    }
     m_configuration = std::move(configuration);
     m_group = group;
-    m_stores = std::move(stores);
+    m_stores.swap(stores);
+    m_server.reset();
+    if (serverStore) {
+        m_server.emplace(std::move(*serverStore));
+    }
 }
 
 void Service::makeDirectories(gid_t group) const
@@ -123,24 +159,37 @@ void Service::makeDirectories(gid_t group) const
 std::string Service::answer(const std::string& message)
 {
     try {
-        const Commands command(message);
-        const std::string payload = carryOut(command);
-        logEvent("{}: {} asks {}: done", m_name, command.user, message.substr(0, 200));
+        std::string payload = carryOut(Commands(message));
+        // It may be a key.
+        const Wipe wipe(payload);
+        logEvent("{}: {}: done", m_name, forLog(message));
         return replyOf(ActionSuccessful, payload);
     } catch (const Refusal& refusal) {
-        logEvent("{}: '{}' refused ({} - {}): {}", m_name, message.substr(0, 200),
+        logEvent("{}: {}: refused, {} ({}): {}", m_name, forLog(message),
                  static_cast<int>(refusal.code()), ostrelApi::globalOstrelMessage(refusal.code()),
                  refusal.what());
         return replyOf(refusal.code(), refusal.what());
     } catch (const std::exception& caught) {
-        logEvent("{}: '{}' failed: {}", m_name, message.substr(0, 200), caught.what());
+        logEvent("{}: {}: failed: {}", m_name, forLog(message), caught.what());
         return replyOf(DaemonError, caught.what());
     }
 }
 
 std::string Service::carryOut(const Commands& command)
 {
-    return (this->*operationOf(command).work)(command);
+    const Operation& operation = operationOf(command);
+    std::string payload = (this->*operation.work)(command);
+    if (operation.event != nullptr) {
+        const bool isOwn = command.target == ostrel::TargetServer;
+        tellChange((isOwn ? "server" : storeOf(command.target).row().word) + std::string("-") +
+                   operation.event);
+    }
+    return payload;
+}
+
+void Service::tellChange(const std::string& event) const
+{
+    m_onChange(m_configuration->m_callbackScript, m_name, event);
 }
 
 const Service::Operation& Service::operationOf(const Commands& command) const
@@ -236,20 +285,17 @@ std::string Service::listByCN(const Commands& command)
 
 std::string Service::info(const Commands& command)
 {
-    const CertificateStore& store = storeWith(command);
-    std::ostringstream text;
-    text << ostrel::CertificateInfo(store.paths().certInfoPath(command.arguments[0]));
-    return text.str();
+    return infoText(storeWith(command).files(), command.arguments[0]);
 }
 
 std::string Service::details(const Commands& command)
 {
-    return storeWith(command).detailsText(command.arguments[0]);
+    return storeWith(command).files().detailsText(command.arguments[0]);
 }
 
 std::string Service::getCertificate(const Commands& command)
 {
-    return storeWith(command).certificateText(command.arguments[0]);
+    return storeWith(command).files().certificateText(command.arguments[0]);
 }
 
 // The argument is a certificate's path, but the path of a listed one.
@@ -258,10 +304,8 @@ std::string Service::getCertificateInfo(const Commands& command)
     const CertificateStore& store = storeOf(command.target);
     const std::string asked = command.arguments.empty() ? "" : command.arguments[0];
     for (const std::string& id : store.ids()) {
-        if (store.paths().certPath(id) == asked) {
-            std::string text;
-            Certificate(store.certificateText(id)).record().to(text);
-            return text;
+        if (store.files().paths.certPath(id) == asked) {
+            return recordText(Certificate(store.files().certificateText(id)).record());
         }
     }
     throw Refusal(store.row().bad, "no such certificate");
@@ -269,22 +313,18 @@ std::string Service::getCertificateInfo(const Commands& command)
 
 std::string Service::path(const Commands& command)
 {
-    return storeWith(command).paths().certPath(command.arguments[0]);
+    return storeWith(command).files().paths.certPath(command.arguments[0]);
 }
 
 std::string Service::getOverwrittenData(const Commands& command)
 {
-    std::string text;
-    for (const auto& [key, value] : storeWith(command).overrides(command.arguments[0])) {
-        text += fmt::format("{} {}\n", key, value);
-    }
-    return text;
+    return overridesText(storeWith(command).files(), command.arguments[0]);
 }
 
 std::string Service::setOverwrittenData(const Commands& command)
 {
-    storeWith(command).setOverride(command.arguments[0], command.arguments[1],
-                                   command.arguments[2]);
+    storeWith(command).files().setOverride(command.arguments[0], command.arguments[1],
+                                           command.arguments[2]);
     return {};
 }
 

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "CertificateStore.h"
-#include "Channel.h"
+#include "ServerStore.h"
 
 #include <ostrel/Commands.h>
 #include <ostrel/ServiceConfiguration.h>
 
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,9 +20,14 @@ namespace ostreld
 class Service
 {
 public:
+    /// Told of each change, once it is made: the service's callback script
+    /// (empty when it has none), its name, and the event.
+    using OnChange = std::function<void(const std::string& script, const std::string& service,
+                                        const std::string& event)>;
+
     /// Reads the configuration and makes the directories; throws
     /// std::runtime_error, or Refusal where the configuration is at fault.
-    explicit Service(const std::string& name);
+    Service(const std::string& name, OnChange onChange);
 
     /// The reply to a message: return code, one blank, payload.
     std::string answer(const std::string& message);
@@ -28,6 +35,14 @@ public:
     /// Reads the configuration again and rebuilds the stores. After a failure
     /// everything is as it was.
     void reload();
+
+    /// Makes a self-signed certificate where the service's configuration asks
+    /// for one and it is time, or where the device's addresses changed.
+    void checkExpiry();
+    void checkNetwork();
+
+    /// Seconds after midnight UTC at which checkExpiry() is to be called.
+    std::uint32_t expiryCheckOffset() const;
 
     const std::string& name() const { return m_name; }
     /// The directory of the service's pipes, and the group that may call.
@@ -43,7 +58,10 @@ private:
     const Operation& operationOf(const ostrel::Commands& command) const;
     CertificateStore& storeOf(ostrel::TypeTarget target);
     CertificateStore& storeWith(const ostrel::Commands& command);
+    ServerStore& server();
     std::string importedText(const std::string& path) const;
+    void generateSelfSigned(std::uint32_t days);
+    void tellChange(const std::string& event) const;
 
     std::string status(const ostrel::Commands& command);
     std::string reloadCommand(const ostrel::Commands& command);
@@ -60,11 +78,29 @@ private:
     std::string getOverwrittenData(const ostrel::Commands& command);
     std::string setOverwrittenData(const ostrel::Commands& command);
 
+    std::string createCsr(const ostrel::Commands& command);
+    std::string createCertificate(const ostrel::Commands& command);
+    std::string applyCertificate(const ostrel::Commands& command);
+    std::string revokeServer(const ostrel::Commands& command);
+    std::string getCsr(const ostrel::Commands& command);
+    std::string getCsrInfo(const ostrel::Commands& command);
+    std::string getCsrTimestamp(const ostrel::Commands& command);
+    std::string getKey(const ostrel::Commands& command);
+    std::string serverInfo(const ostrel::Commands& command);
+    std::string serverDetails(const ostrel::Commands& command);
+    std::string serverCertificate(const ostrel::Commands& command);
+    std::string serverCertificateInfo(const ostrel::Commands& command);
+    std::string serverPath(const ostrel::Commands& command);
+    std::string serverOverwrittenData(const ostrel::Commands& command);
+    std::string setServerOverwrittenData(const ostrel::Commands& command);
+
     const std::string m_name;
+    const OnChange m_onChange;
     std::unique_ptr<ostrel::ServiceConfiguration> m_configuration;
     gid_t m_group = 0;
     std::string m_pipeDirectory;
     std::vector<CertificateStore> m_stores;
+    std::optional<ServerStore> m_server;
 };
 
 } // namespace ostreld

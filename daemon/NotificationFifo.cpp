@@ -1,0 +1,62 @@
+#include "NotificationFifo.h"
+
+#include "Files.h"
+#include "Refusal.h"
+
+#include <ostrel/DaemonConfiguration.h>
+#include <ostrel/Tools.h>
+
+#include <cerrno>
+
+#include <sys/stat.h>
+
+namespace ostreld
+{
+
+using ostrel::DaemonConfiguration;
+
+namespace
+{
+
+constexpr mode_t groupWritesMode = 0620;
+
+gid_t notificationGroup()
+{
+    const std::string name = DaemonConfiguration::getNotificationGroup();
+    if (!ostrel::Tools::isGroupExist(name)) {
+        throw Refusal(BadConfiguration, "the notification group '" + name + "' does not exist");
+    }
+    return ostrel::Tools::getGroupId(name);
+}
+
+} // namespace
+
+NotificationFifo::NotificationFifo()
+    : m_path(DaemonConfiguration::getNamePipesDirectory() + "/notification.signal")
+{
+    if (::mkfifo(m_path.c_str(), S_IRUSR | S_IWUSR) != 0 && errno != EEXIST) {
+        failSystemCall("make", m_path);
+    }
+    // For writing too: without a writer of its own the FIFO would be at its end for ever.
+    m_fifo = ostrel::Descriptor::open(m_path, O_RDWR | O_NONBLOCK | O_NOFOLLOW);
+    struct stat status {
+    };
+    if (!m_fifo.isOpen() || ::fstat(m_fifo.get(), &status) != 0 || !S_ISFIFO(status.st_mode)) {
+        failSystemCall("use as a FIFO", m_path);
+    }
+    setAccess(m_fifo, m_path, {notificationGroup(), groupWritesMode});
+}
+
+NotificationFifo::~NotificationFifo()
+{
+    ::unlink(m_path.c_str());
+}
+
+std::string NotificationFifo::take() const
+{
+    char bytes[256];
+    const ssize_t count = ::read(m_fifo.get(), bytes, sizeof bytes);
+    return std::string(bytes, count > 0 ? static_cast<std::size_t>(count) : 0);
+}
+
+} // namespace ostreld

@@ -1,0 +1,129 @@
+#pragma once
+
+#include "Certificate.h"
+#include "Files.h"
+#include "Log.h"
+
+#include <ostrelApi/OverwrittenData.h>
+
+#include <filesystem>
+#include <map>
+#include <string>
+
+namespace ostreld
+{
+
+// The group reads what is kept for it, and lists the certificates' directory;
+// a key's group that is another one passes through.
+constexpr mode_t storeFileMode = 0640;
+constexpr mode_t overridesMode = 0660;
+constexpr mode_t certificatesMode = 0751;
+constexpr mode_t passThroughMode = 0710;
+
+/// The files that the stores of both kinds have for each certificate, by the
+/// paths of an ostrel::ExternalCertificatesAccessor or an
+/// ostrel::InternalCertificatesAccessor.
+template <class Accessor>
+class StoreFiles
+{
+public:
+    StoreFiles(Accessor accessor, gid_t group)
+        : paths(std::move(accessor)),
+          lasting(paths.cachedDirectoryPath(), group, Durability::Lasting),
+          fleeting(paths.tmpDirectoryPath(), group, Durability::Volatile), m_group(group)
+    {
+    }
+
+    void makeDirectories() const
+    {
+        const std::filesystem::path cached = paths.cachedDirectoryPath();
+        makeDirectory(cached.parent_path().string(), {m_group, certificatesMode});
+        makeDirectory(cached.string(), {m_group, passThroughMode});
+        makeDirectory(paths.tmpDirectoryPath(), {m_group, passThroughMode});
+    }
+
+    /// Removes every file for which `keep(path)` is false, and all scratch.
+    template <class Keep>
+    void removeUnless(Keep keep) const
+    {
+        lasting.removeScratch();
+        fleeting.removeScratch();
+        removeIn(paths.certificateDirectoryPath(), lasting, keep);
+        removeIn(paths.cachedDirectoryPath(), lasting, keep);
+        removeIn(paths.tmpDirectoryPath(), fleeting, keep);
+    }
+
+    void writeCertificate(const std::string& id, const Certificate& certificate) const
+    {
+        lasting.replace(paths.certPath(id), certificate.pem(), storeFileMode);
+        // Applications write their overrides themselves, but make no file here.
+        if (!std::filesystem::exists(paths.certOverwrittenDataPath(id))) {
+            lasting.replace(paths.certOverwrittenDataPath(id), "", overridesMode);
+        }
+        writeSummaries(id, certificate);
+    }
+
+    /// Writes the volatile files of a certificate.
+    void writeSummaries(const std::string& id, const Certificate& certificate) const
+    {
+        fleeting.replace(paths.certInfoPath(id), certificate.info(), storeFileMode);
+        fleeting.replace(paths.certDetailsPath(id), certificate.details(), storeFileMode);
+    }
+
+    void removeCertificate(const std::string& id) const
+    {
+        lasting.remove(paths.certPath(id));
+        lasting.remove(paths.certOverwrittenDataPath(id));
+        fleeting.remove(paths.certInfoPath(id));
+        fleeting.remove(paths.certDetailsPath(id));
+    }
+
+    std::string certificateText(const std::string& id) const
+    {
+        return readOwnFile(paths.certPath(id));
+    }
+
+    std::string detailsText(const std::string& id) const
+    {
+        return readOwnFile(paths.certDetailsPath(id));
+    }
+
+    std::map<std::string, std::string> overrides(const std::string& id) const
+    {
+        return ostrelApi::OverwrittenData(paths.certOverwrittenDataPath(id)).getMap();
+    }
+
+    void setOverride(const std::string& id, const std::string& key, const std::string& value) const
+    {
+        auto all = overrides(id);
+        all[key] = value;
+        const auto write = [&](const std::string& scratch) {
+            ostrelApi::OverwrittenData data(scratch);
+            for (const auto& [name, text] : all) {
+                data.setData(name, text);
+            }
+            data.write();
+        };
+        lasting.replace(paths.certOverwrittenDataPath(id), write, overridesMode);
+    }
+
+    const Accessor paths;
+    const Replacer lasting;
+    const Replacer fleeting;
+
+private:
+    template <class Keep>
+    static void removeIn(const std::string& directory, const Replacer& replacer, Keep keep)
+    {
+        for (const auto& entry : std::filesystem::directory_iterator(directory)) {
+            if (!entry.is_directory() && !keep(entry.path())) {
+                logEvent("{}: removing what an interrupted change left", entry.path().string());
+                replacer.remove(entry.path().string());
+            }
+        }
+    }
+
+    gid_t m_group;
+};
+
+} // namespace ostreld

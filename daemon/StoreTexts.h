@@ -1,0 +1,43 @@
+#pragma once
+
+// What the daemon answers of one certificate, in whichever store it lies.
+
+#include "StoreFiles.h"
+
+#include <ostrel/CertificateInfo.h>
+
+#include <fmt/format.h>
+
+#include <sstream>
+#include <string>
+
+namespace ostreld
+{
+
+template <class Accessor>
+std::string infoText(const StoreFiles<Accessor>& files, const std::string& id)
+{
+    std::ostringstream text;
+    text << ostrel::CertificateInfo(files.paths.certInfoPath(id));
+    return text.str();
+}
+
+template <class Accessor>
+std::string overridesText(const StoreFiles<Accessor>& files, const std::string& id)
+{
+    std::string text;
+    for (const auto& [key, value] : files.overrides(id)) {
+        text += fmt::format("{} {}\n", key, value);
+    }
+    return text;
+}
+
+template <class Record>
+std::string recordText(Record record)
+{
+    std::string text;
+    record.to(text);
+    return text;
+}
+
+} // namespace ostreld
