@@ -5,6 +5,7 @@
 
 #include <ostrelApi/OstrelService.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -20,60 +21,36 @@ std::string textOf(const std::filesystem::path& path)
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-std::map<std::string, std::string> addAll(ostrelApi::OstrelService& service, const char* directory)
+void takeThroughLife(ostrelApi::OstrelService& service, const char* directory)
 {
-    std::map<std::string, std::string> textById;
+    std::map<std::string, std::string> texts;
     for (const auto& entry : std::filesystem::directory_iterator(directory)) {
         const std::string text = textOf(entry.path());
-        textById[service.addCA(text)] = text;
+        texts[service.addCA(text)] = text;
     }
-    std::cout << "added         " << textById.size() << " CAs, the first under the id "
-              << textById.begin()->first << '\n';
-    return textById;
-}
-
-// How many certificates a question is answered right for.
-template <class Question>
-std::size_t count(const std::map<std::string, std::string>& textById, Question isRight)
-{
-    std::size_t right = 0;
-    for (const auto& [id, text] : textById) {
-        right += isRight(id, text) ? 1 : 0;
-    }
-    return right;
-}
-
-void show(ostrelApi::OstrelService& service, const char* directory)
-{
-    const auto textById = addAll(service, directory);
+    const auto isFound = [&](const auto& ca) { return service.getIdCA(ca.second) == ca.first; };
+    const auto isEqual = [&](const auto& ca) { return service.getCA(ca.first) == ca.second; };
     const std::vector<std::string> ids = service.getCAList();
-    std::cout << "listed        " << ids.size() << " ids, in ascending order\n";
-    const auto named = service.getCAListByCN("ISRG Root X1");
-    std::cout << "by name       \"ISRG Root X1\" is " << (named.empty() ? "absent" : named[0])
-              << '\n';
-    std::cout << "by text       " << count(textById, [&](const auto& id, const auto& text) {
-        return service.getIdCA(text) == id;
-    }) << " found under their own id\n";
-    std::cout << "read back     " << count(textById, [&](const auto& id, const auto& text) {
-        return service.getCA(id) == text;
-    }) << " equal to what went in\n";
-    std::cout << "revoked       " << service.revokeCA(ids).size() << ", which leaves "
-              << service.getCAList().size() << '\n';
+    const std::vector<std::string> named = service.getCAListByCN("ISRG Root X1");
+    std::cout << "added      " << texts.size() << '\n'
+              << "listed     " << ids.size() << ", the first is " << ids.at(0) << '\n'
+              << "by name    ISRG Root X1 is " << (named.empty() ? "absent" : named[0]) << '\n'
+              << "by text    " << std::count_if(texts.begin(), texts.end(), isFound) << '\n'
+              << "read back  " << std::count_if(texts.begin(), texts.end(), isEqual)
+              << " equal to what went in\n"
+              << "revoked    " << service.revokeCA(ids).size() << '\n'
+              << "left       " << service.getCAList().size() << '\n';
 }
 
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    if (argc != 3) {
-        std::cerr << "usage: ca_import SERVICE DIRECTORY\n";
-        return 2;
-    }
     try {
-        ostrelApi::OstrelService service(argv[1]);
-        show(service, argv[2]);
+        ostrelApi::OstrelService service(argc == 3 ? argv[1] : "");
+        takeThroughLife(service, argv[2]);
     } catch (const std::exception& failure) {
-        std::cerr << "ca_import: " << failure.what() << '\n';
+        std::cerr << "ca_import SERVICE DIRECTORY: " << failure.what() << '\n';
         return 1;
     }
 }

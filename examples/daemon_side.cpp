@@ -1,0 +1,46 @@
+// What the library exports for the daemon's side of the conversation: a
+// command is read, and the answer is made of a store's files.
+//
+//     daemon_side SERVICE 'MESSAGE, ITS FIELDS SEPARATED BY BLANKS'
+
+#include <ostrel/CertificateIdList.h>
+#include <ostrel/Commands.h>
+#include <ostrel/ExternalCertificatesAccessor.h>
+#include <ostrel/ServiceConfiguration.h>
+
+#include <algorithm>
+#include <iostream>
+
+namespace
+{
+
+std::string answer(const ostrel::ServiceConfiguration& service, const ostrel::Commands& command)
+{
+    if (command.target != ostrel::TargetCA || !service.m_ca) {
+        return "7 ";
+    }
+    const ostrel::ExternalCertificatesAccessor paths(service, "ca");
+    switch (command.command) {
+    case ostrel::CommandList:
+        return "0 " + ostrel::CertificateIdList(paths.listPath()).toTextList(" ");
+    case ostrel::CommandPath:
+        return "0 " + paths.certPath(command.arguments[0]);
+    default:
+        return "4 ";
+    }
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    try {
+        const ostrel::ServiceConfiguration service(argc == 3 ? argv[1] : "");
+        std::string message = argv[2];
+        std::replace(message.begin(), message.end(), ' ', '\t');
+        std::cout << answer(service, ostrel::Commands(message)) << '\n';
+    } catch (const std::exception& failure) {
+        std::cerr << "daemon_side SERVICE MESSAGE: " << failure.what() << '\n';
+        return 1;
+    }
+}

@@ -1,0 +1,25 @@
+// Settings of an application's own, attached to one certificate.
+//
+//     overrides SERVICE KEY VALUE    sets one for the server certificate in use
+
+#include <ostrelApi/OstrelService.h>
+
+#include <iostream>
+
+int main(int argc, char* argv[])
+{
+    try {
+        ostrelApi::OstrelService service(argc == 4 ? argv[1] : "");
+        ostrelApi::OverwrittenData data = service.getServerCertificateOverwrittenData("");
+        data.setData(argv[2], argv[3]);
+        std::cout << data.getMap().size() << " with what is pending, which discard() would drop\n";
+        data.write();
+        // A new object reads the file anew; the one that wrote may still show the former values.
+        for (const auto& [key, value] : service.getServerCertificateOverwrittenData("").getMap()) {
+            std::cout << key << ": " << value << '\n';
+        }
+    } catch (const std::exception& failure) {
+        std::cerr << "overrides SERVICE KEY VALUE: " << failure.what() << '\n';
+        return 1;
+    }
+}

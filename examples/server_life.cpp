@@ -1,0 +1,55 @@
+// The life of a service's own certificate, one step for each call.
+//
+//     server_life SERVICE request > request.pem    new key, new signing request
+//     server_life SERVICE apply certificate.pem    what a CA made of the request
+//     server_life SERVICE show                     what is in use
+//     server_life SERVICE revoke
+
+#include <ostrel/Tools.h>
+#include <ostrelApi/OstrelService.h>
+
+#include <iostream>
+
+namespace
+{
+
+constexpr int secondsPerDay = 86400;
+
+void show(ostrelApi::OstrelService& service)
+{
+    const auto info = service.getServerCertificateInfo("");
+    for (const auto& [key, value] : info) {
+        std::cout << key << ": " << value << '\n';
+    }
+    const int left = ostrel::Tools::getSecondBeforeReachTimestamp(std::stoi(info.at("validUntil")));
+    std::cout << "days left: " << left / secondsPerDay << '\n'
+              << "serial: " << service.getServerCertInfo().certSerial << '\n'
+              << service.getServerCertificateDetails("").substr(0, 120) << "...\n";
+}
+
+void step(ostrelApi::OstrelService& service, const std::string& name, const std::string& file)
+{
+    if (name == "request") {
+        service.createServerCsr();
+        std::cout << service.getServerCsr();
+    } else if (name == "apply") {
+        service.applyServerCertificateFile(file);
+    } else if (name == "show") {
+        show(service);
+    } else if (name == "revoke") {
+        service.revokeServerCertificate("");
+    }
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    try {
+        ostrelApi::OstrelService service(argc > 2 ? argv[1] : "");
+        step(service, argv[2], argc > 3 ? argv[3] : "");
+    } catch (const std::exception& failure) {
+        std::cerr << "server_life SERVICE STEP [FILE]: " << failure.what() << '\n';
+        return 1;
+    }
+}
