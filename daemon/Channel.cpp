@@ -27,11 +27,13 @@ constexpr std::size_t largestMessage = 64 * 1024;
 constexpr mode_t groupWritesMode = 0620;
 
 // A client that is killed tells that it closed the lock file a moment before
-// the lock is free: look again after these pauses.
-constexpr long sweepPauses[] = {5, 50, 500};
+// it has done so: look again after these pauses. Together they are how long a
+// daemon that ends waits for the client in its midst.
+constexpr long sweepPauses[] = {5, 50, 500, 500};
 constexpr std::size_t sweepCount = sizeof sweepPauses / sizeof *sweepPauses;
-// How long a daemon that ends waits for the client in its midst.
-constexpr long stopPatience = 1000;
+
+// A client that never ceases to write keeps the daemon from nothing else.
+constexpr int readsInARow = 512;
 
 constexpr long nanosecondsPerMillisecond = 1000000;
 
@@ -147,6 +149,20 @@ void Channel::unlock()
     ::flock(m_lock.get(), LOCK_UN);
 }
 
+// A lease is given while nobody has the file open for writing, and makes those
+// who open it then wait. The lock itself would make them fail. It is the last
+// resort, for a client that merely has the file open forbids the lease.
+bool Channel::keepClientsOut()
+{
+    return m_sweepsLeft > 0 ? ::fcntl(m_lock.get(), F_SETLEASE, F_RDLCK) == 0 : tryLock();
+}
+
+void Channel::letClientsIn()
+{
+    ::fcntl(m_lock.get(), F_SETLEASE, F_UNLCK);
+    unlock();
+}
+
 void Channel::run(const Answer& answer, const std::function<void()>& onWake)
 {
     while (!m_isDone) {
@@ -162,7 +178,7 @@ void Channel::run(const Answer& answer, const std::function<void()>& onWake)
             failSystemCall("wait for", m_service);
         }
         // A message first: what the notices tell happened after it was written.
-        while (isInputReady()) {
+        for (int i = 0; i < readsInARow && isInputReady(); ++i) {
             takeInput(answer);
         }
         takeNotices();
@@ -171,12 +187,29 @@ void Channel::run(const Answer& answer, const std::function<void()>& onWake)
         }
         if (entries[3].revents != 0) {
             drain(m_timer);
-            m_isDone = m_isStopping;
             sweep();
         }
         takeWake(onWake);
     }
+}
+
+// Whether a client has the command FIFO open: then there is no end of file.
+bool Channel::isMessageUnderWay() const
+{
+    char ignored = '\0';
+    return m_in.isOpen() && ::read(m_in.get(), &ignored, 1) != 0;
+}
+
+// A client that stands still past the command FIFO would wait for its reply for
+// ever. One before it is told that the daemon is off, or goes on with the next.
+void Channel::end()
+{
     ::unlink(m_inPath.c_str());
+    if (m_isAnswered || isMessageUnderWay()) {
+        ::unlink(m_outPath.c_str());
+    }
+    dropReply();
+    m_in.close();
 }
 
 void Channel::wake()
@@ -205,13 +238,14 @@ void Channel::takeWake(const std::function<void()>& onWake)
 }
 
 // New clients are told at once that the daemon is off; one that holds the lock
-// has some time left to end its call.
+// has some time left to end its call. The lock file stays: a client that stands
+// still in its call shuts out others from the next daemon's, too.
 void Channel::beginStop()
 {
     m_isStopping = true;
-    ::unlink(m_lockPath.c_str());
-    m_isDone = tryLock();
-    startTimer(m_timer, stopPatience);
+    ::unlink(m_inPath.c_str());
+    m_sweepsLeft = sweepCount;
+    sweep();
 }
 
 bool Channel::isInputReady() const
@@ -226,7 +260,11 @@ void Channel::takeInput(const Answer& answer)
     if (count > 0) {
         appendInput(bytes, static_cast<std::size_t>(count));
     } else if (count == 0) {
-        openCommandFifo();
+        if (m_isStopping) {
+            m_in.close();
+        } else {
+            openCommandFifo();
+        }
         takeMessage(answer);
     }
 }
@@ -264,11 +302,13 @@ void Channel::takeNotices()
     for (ssize_t count; (count = ::read(m_notices.get(), bytes, sizeof bytes)) > 0;) {
         for (const char* at = bytes; at < bytes + count;) {
             const auto* event = reinterpret_cast<const inotify_event*>(at);
-            if (event->wd == m_lockWatch) {
-                m_sweepsLeft = sweepCount;
-                sweep();
-            } else if (event->wd == m_replyWatch && (event->mask & IN_OPEN) != 0) {
+            const bool isAnything = (event->mask & IN_Q_OVERFLOW) != 0;
+            if (isAnything || (event->wd == m_replyWatch && (event->mask & IN_OPEN) != 0)) {
                 finishReplyIfRead();
+            }
+            if (isAnything || event->wd == m_lockWatch) {
+                m_sweepsLeft = m_isStopping ? m_sweepsLeft : sweepCount;
+                sweep();
             }
             at += sizeof(inotify_event) + event->len;
         }
@@ -374,25 +414,35 @@ void Channel::sweep()
 {
     if (!isReplyFifoThere()) {
         dropReply();
-        m_isDone = m_isDone || (m_isStopping && tryLock());
-        return;
+        if (!m_isStopping) {
+            return;
+        }
     }
-    if (!tryLock()) {
+    if (!keepClientsOut()) {
         sweepAgainSoon();
         return;
     }
-    logEvent("{}: a client ended within its call; its reply FIFO is removed", m_service);
-    dropReply();
-    ::unlink(m_outPath.c_str());
-    unlock();
+    removeLeftReplyFifo();
+    letClientsIn();
     m_isDone = m_isStopping;
+}
+
+void Channel::removeLeftReplyFifo()
+{
+    if (isReplyFifoThere()) {
+        logEvent("{}: a client ended within its call; its reply FIFO is removed", m_service);
+        ::unlink(m_outPath.c_str());
+    }
+    dropReply();
 }
 
 void Channel::sweepAgainSoon()
 {
-    if (m_sweepsLeft > 0 && !m_isStopping) {
+    if (m_sweepsLeft > 0) {
         startTimer(m_timer, sweepPauses[sweepCount - m_sweepsLeft]);
         --m_sweepsLeft;
+    } else {
+        m_isDone = m_isStopping;
     }
 }
 

@@ -75,8 +75,13 @@ ServiceThread::ServiceThread(const std::string& name)
 
 ServiceThread::~ServiceThread()
 {
-    m_channel.stop();
+    stop();
     m_thread.join();
+}
+
+void ServiceThread::stop()
+{
+    m_channel.stop();
 }
 
 void ServiceThread::serve()
@@ -87,6 +92,7 @@ void ServiceThread::serve()
     } catch (const std::exception& caught) {
         logEvent("{}: no longer served: {}", m_service.name(), caught.what());
     }
+    m_channel.end();
 }
 
 std::string ServiceThread::answer(const std::string& message)
@@ -143,6 +149,10 @@ void Daemon::run(int readyDescriptor)
         updateServices();
     }
     logEvent("ending");
+    // All at once: a client that stands still delays the end of one service.
+    for (const auto& entry : m_services) {
+        entry.second->stop();
+    }
     m_services.clear();
 }
 

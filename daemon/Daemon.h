@@ -21,13 +21,16 @@ public:
     /// Starts serving: when this returns, clients may call. Throws as Service
     /// and Channel do.
     explicit ServiceThread(const std::string& name);
-    /// Ends the call that is under way, and the thread.
+    /// Stops, and waits for the end of the thread.
     ~ServiceThread();
     ServiceThread(const ServiceThread&) = delete;
     ServiceThread& operator=(const ServiceThread&) = delete;
 
     /// Has the thread read the service's configuration again.
     void reload();
+
+    /// Lets the call that is under way end, and serves no other.
+    void stop();
 
 private:
     void serve();
