@@ -45,6 +45,18 @@ Descriptor requireOpen(Descriptor descriptor, const std::string& what)
     return descriptor;
 }
 
+// While no daemon runs, a client can put a file of its own there.
+void removeUnlessOwn(const std::string& path, mode_t type)
+{
+    struct stat status {
+    };
+    const bool isThere = ::lstat(path.c_str(), &status) == 0;
+    if (isThere && ((status.st_mode & S_IFMT) != type || status.st_uid != ::geteuid())) {
+        logEvent("{} is not the daemon's own: removed", path);
+        ::unlink(path.c_str());
+    }
+}
+
 bool isFifo(const Descriptor& file)
 {
     struct stat status {
@@ -88,6 +100,7 @@ Channel::Channel(const std::string& directory, const std::string& service, gid_t
       m_timer(requireOpen(Descriptor(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)),
                           "a timer"))
 {
+    removeUnlessOwn(m_inPath, S_IFIFO);
     if (::mkfifo(m_inPath.c_str(), S_IRUSR | S_IWUSR) != 0 && errno != EEXIST) {
         failSystemCall("make", m_inPath);
     }
@@ -124,9 +137,9 @@ void Channel::takeUpFormerCall()
 
 void Channel::openLock()
 {
-    m_lock = requireOpen(
-        Descriptor::open(m_lockPath, O_RDONLY | O_CREAT | O_NOFOLLOW, S_IRUSR | S_IWUSR),
-        m_lockPath);
+    removeUnlessOwn(m_lockPath, S_IFREG);
+    constexpr int flags = O_RDONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
+    m_lock = requireOpen(Descriptor::open(m_lockPath, flags, S_IRUSR | S_IWUSR), m_lockPath);
     m_lockWatch = ::inotify_add_watch(m_notices.get(), m_lockPath.c_str(), IN_CLOSE_WRITE);
     if (m_lockWatch == -1) {
         failSystemCall("watch", m_lockPath);

@@ -9,6 +9,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <sstream>
 
@@ -42,6 +43,35 @@ std::string replyOf(ReturnCode code, const std::string& payload)
 std::string joined(const std::vector<std::string>& words)
 {
     return fmt::format("{}", fmt::join(words, " "));
+}
+
+// Once a message is told from its separators, a control character in it could
+// only forge a line: of the log, of the library's trace or of a store's file.
+bool isPlain(const std::string& message)
+{
+    return std::none_of(message.begin(), message.end(),
+                        [](char c) { return c != '\t' && isControlCharacter(c); });
+}
+
+Commands parsed(const std::string& message)
+{
+    if (!isPlain(message)) {
+        throw Refusal(BadCommand, "control characters in the message");
+    }
+    try {
+        return Commands(message);
+    } catch (const std::runtime_error& caught) {
+        throw Refusal(BadCommand, caught.what());
+    }
+}
+
+std::unique_ptr<ostrel::ServiceConfiguration> configurationOf(const std::string& service)
+{
+    try {
+        return std::make_unique<ostrel::ServiceConfiguration>(service);
+    } catch (const std::runtime_error& caught) {
+        throw Refusal(BadConfiguration, caught.what());
+    }
 }
 
 gid_t groupOf(const ostrel::ServiceConfiguration& configuration)
@@ -104,7 +134,7 @@ Service::Service(const std::string& name)
 
 void Service::reload()
 {
-    auto configuration = std::make_unique<ostrel::ServiceConfiguration>(m_name);
+    auto configuration = configurationOf(m_name);
     const gid_t group = groupOf(*configuration);
     makeDirectories(group);
     std::vector<CertificateStore> stores = rebuiltStores(*configuration, group);
@@ -123,7 +153,7 @@ void Service::makeDirectories(gid_t group) const
 std::string Service::answer(const std::string& message)
 {
     try {
-        const Commands command(message);
+        const Commands command = parsed(message);
         const std::string payload = carryOut(command);
         logEvent("{}: {} asks {}: done", m_name, command.user, message.substr(0, 200));
         return replyOf(ActionSuccessful, payload);
@@ -283,8 +313,12 @@ std::string Service::getOverwrittenData(const Commands& command)
 
 std::string Service::setOverwrittenData(const Commands& command)
 {
-    storeWith(command).setOverride(command.arguments[0], command.arguments[1],
-                                   command.arguments[2]);
+    CertificateStore& store = storeWith(command);
+    try {
+        store.setOverride(command.arguments[0], command.arguments[1], command.arguments[2]);
+    } catch (const ostrelApi::OstrelApiException& caught) {
+        throw Refusal(ActionFailed, caught.what());
+    }
     return {};
 }
 
