@@ -29,11 +29,13 @@ constexpr std::size_t largestMessage = 64 * 1024;
 constexpr mode_t groupWritesMode = 0620;
 
 // A client that is killed tells that it closed the lock file a moment before
-// the lock is free: look again after these pauses.
-constexpr long sweepPauses[] = {5, 50, 500};
+// it has done so: look again after these pauses. Together they are how long a
+// daemon that ends waits for the client in its midst.
+constexpr long sweepPauses[] = {5, 50, 500, 500};
 constexpr std::size_t sweepCount = sizeof sweepPauses / sizeof *sweepPauses;
-// How long a daemon that ends waits for the client in its midst.
-constexpr long stopPatience = 1000;
+
+// A client that never ceases to write keeps the daemon from nothing else.
+constexpr int readsInARow = 512;
 
 constexpr long nanosecondsPerMillisecond = 1000000;
 
@@ -43,6 +45,18 @@ Descriptor requireOpen(Descriptor descriptor, const std::string& what)
         failSystemCall("open", what);
     }
     return descriptor;
+}
+
+// While no daemon runs, a client can put a file of its own there.
+void removeUnlessOwn(const std::string& path, mode_t type)
+{
+    struct stat status {
+    };
+    const bool isThere = ::lstat(path.c_str(), &status) == 0;
+    if (isThere && ((status.st_mode & S_IFMT) != type || status.st_uid != ::geteuid())) {
+        logEvent("{} is not the daemon's own: removed", path);
+        ::unlink(path.c_str());
+    }
 }
 
 bool isFifo(const Descriptor& file)
@@ -88,6 +102,7 @@ Channel::Channel(const std::string& directory, const std::string& service, gid_t
       m_timer(requireOpen(Descriptor(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)),
                           "a timer"))
 {
+    removeUnlessOwn(m_inPath, S_IFIFO);
     if (::mkfifo(m_inPath.c_str(), S_IRUSR | S_IWUSR) != 0 && errno != EEXIST) {
         failSystemCall("make", m_inPath);
     }
@@ -124,9 +139,9 @@ void Channel::takeUpFormerCall()
 
 void Channel::openLock()
 {
-    m_lock = requireOpen(
-        Descriptor::open(m_lockPath, O_RDONLY | O_CREAT | O_NOFOLLOW, S_IRUSR | S_IWUSR),
-        m_lockPath);
+    removeUnlessOwn(m_lockPath, S_IFREG);
+    constexpr int flags = O_RDONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
+    m_lock = requireOpen(Descriptor::open(m_lockPath, flags, S_IRUSR | S_IWUSR), m_lockPath);
     m_lockWatch = ::inotify_add_watch(m_notices.get(), m_lockPath.c_str(), IN_CLOSE_WRITE);
     if (m_lockWatch == -1) {
         failSystemCall("watch", m_lockPath);
@@ -149,6 +164,20 @@ void Channel::unlock()
     ::flock(m_lock.get(), LOCK_UN);
 }
 
+// A lease is given while nobody has the file open for writing, and makes those
+// who open it then wait. The lock itself would make them fail. It is the last
+// resort, for a client that merely has the file open forbids the lease.
+bool Channel::keepClientsOut()
+{
+    return m_sweepsLeft > 0 ? ::fcntl(m_lock.get(), F_SETLEASE, F_RDLCK) == 0 : tryLock();
+}
+
+void Channel::letClientsIn()
+{
+    ::fcntl(m_lock.get(), F_SETLEASE, F_UNLCK);
+    unlock();
+}
+
 void Channel::run(const Duties& duties)
 {
     while (!m_isDone) {
@@ -165,7 +194,7 @@ void Channel::run(const Duties& duties)
             failSystemCall("wait for", m_service);
         }
         // A message first: what the notices tell happened after it was written.
-        while (isInputReady()) {
+        for (int i = 0; i < readsInARow && isInputReady(); ++i) {
             takeInput(duties.answer);
         }
         takeNotices();
@@ -174,7 +203,6 @@ void Channel::run(const Duties& duties)
         }
         if (entries[3].revents != 0) {
             drain(m_timer);
-            m_isDone = m_isStopping;
             sweep();
         }
         if (entries[5].revents != 0) {
@@ -182,7 +210,25 @@ void Channel::run(const Duties& duties)
         }
         takeWake(duties.onWake);
     }
+}
+
+// Whether a client has the command FIFO open: then there is no end of file.
+bool Channel::isMessageUnderWay() const
+{
+    char ignored = '\0';
+    return m_in.isOpen() && ::read(m_in.get(), &ignored, 1) != 0;
+}
+
+// A client that stands still past the command FIFO would wait for its reply for
+// ever. One before it is told that the daemon is off, or goes on with the next.
+void Channel::end()
+{
     ::unlink(m_inPath.c_str());
+    if (m_isAnswered || isMessageUnderWay()) {
+        ::unlink(m_outPath.c_str());
+    }
+    dropReply();
+    m_in.close();
 }
 
 void Channel::wake()
@@ -211,13 +257,14 @@ void Channel::takeWake(const std::function<void()>& onWake)
 }
 
 // New clients are told at once that the daemon is off; one that holds the lock
-// has some time left to end its call.
+// has some time left to end its call. The lock file stays: a client that stands
+// still in its call shuts out others from the next daemon's, too.
 void Channel::beginStop()
 {
     m_isStopping = true;
-    ::unlink(m_lockPath.c_str());
-    m_isDone = tryLock();
-    startTimer(m_timer, stopPatience);
+    ::unlink(m_inPath.c_str());
+    m_sweepsLeft = sweepCount;
+    sweep();
 }
 
 bool Channel::isInputReady() const
@@ -232,7 +279,11 @@ void Channel::takeInput(const Answer& answer)
     if (count > 0) {
         appendInput(bytes, static_cast<std::size_t>(count));
     } else if (count == 0) {
-        openCommandFifo();
+        if (m_isStopping) {
+            m_in.close();
+        } else {
+            openCommandFifo();
+        }
         takeMessage(answer);
     }
 }
@@ -270,11 +321,13 @@ void Channel::takeNotices()
     for (ssize_t count; (count = ::read(m_notices.get(), bytes, sizeof bytes)) > 0;) {
         for (const char* at = bytes; at < bytes + count;) {
             const auto* event = reinterpret_cast<const inotify_event*>(at);
-            if (event->wd == m_lockWatch) {
-                m_sweepsLeft = sweepCount;
-                sweep();
-            } else if (event->wd == m_replyWatch && (event->mask & IN_OPEN) != 0) {
+            const bool isAnything = (event->mask & IN_Q_OVERFLOW) != 0;
+            if (isAnything || (event->wd == m_replyWatch && (event->mask & IN_OPEN) != 0)) {
                 finishReplyIfRead();
+            }
+            if (isAnything || event->wd == m_lockWatch) {
+                m_sweepsLeft = m_isStopping ? m_sweepsLeft : sweepCount;
+                sweep();
             }
             at += sizeof(inotify_event) + event->len;
         }
@@ -390,25 +443,35 @@ void Channel::sweep()
 {
     if (!isReplyFifoThere()) {
         dropReply();
-        m_isDone = m_isDone || (m_isStopping && tryLock());
-        return;
+        if (!m_isStopping) {
+            return;
+        }
     }
-    if (!tryLock()) {
+    if (!keepClientsOut()) {
         sweepAgainSoon();
         return;
     }
-    logEvent("{}: a client ended within its call; its reply FIFO is removed", m_service);
-    dropReply();
-    ::unlink(m_outPath.c_str());
-    unlock();
+    removeLeftReplyFifo();
+    letClientsIn();
     m_isDone = m_isStopping;
+}
+
+void Channel::removeLeftReplyFifo()
+{
+    if (isReplyFifoThere()) {
+        logEvent("{}: a client ended within its call; its reply FIFO is removed", m_service);
+        ::unlink(m_outPath.c_str());
+    }
+    dropReply();
 }
 
 void Channel::sweepAgainSoon()
 {
-    if (m_sweepsLeft > 0 && !m_isStopping) {
+    if (m_sweepsLeft > 0) {
         startTimer(m_timer, sweepPauses[sweepCount - m_sweepsLeft]);
         --m_sweepsLeft;
+    } else {
+        m_isDone = m_isStopping;
     }
 }
 

@@ -25,7 +25,7 @@ namespace ostreld
 ///     reading end, so it waits for no reader; the writing end stays open until
 ///     the client has opened its own, which inotify tells.
 ///   - A client that closes the lock file has finished or is dead. If the reply
-///     FIFO is still there and the lock is free, it was left behind and goes.
+///     FIFO is still there and no client is in a call, it was left behind and goes.
 ///
 /// One thread runs it; wake() and stop() may be called from any.
 class Channel
@@ -62,12 +62,17 @@ public:
     /// return.
     void stop();
 
+    /// Tells clients from now on that nobody serves them; after run().
+    void end();
+
 private:
     void openCommandFifo();
     void takeUpFormerCall();
     void openLock();
     bool tryLock();
     void unlock();
+    bool keepClientsOut();
+    void letClientsIn();
 
     void takeInput(const Answer& answer);
     void appendInput(const char* bytes, std::size_t count);
@@ -85,9 +90,11 @@ private:
     void dropReply();
 
     void sweep();
+    void removeLeftReplyFifo();
     void sweepAgainSoon();
     void beginStop();
     bool isInputReady() const;
+    bool isMessageUnderWay() const;
 
     const std::string m_service;
     const std::string m_lockPath;

@@ -88,6 +88,10 @@ void Daemon::run(int readyDescriptor)
     logEvent("serving {} services", m_services.size());
     serve(notifications);
     logEvent("ending");
+    // All at once: a client that stands still delays the end of one service.
+    for (const auto& entry : m_services) {
+        entry.second->stop();
+    }
     m_services.clear();
 }
 

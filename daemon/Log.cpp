@@ -8,15 +8,10 @@ namespace ostreld
 
 std::atomic<bool> gVerbose{false};
 
-namespace
-{
-
 bool isControlCharacter(char c)
 {
     return static_cast<unsigned char>(c) < ' ' || c == '\x7f';
 }
-
-} // namespace
 
 void writeLogLine(const std::string& line)
 {

@@ -11,6 +11,9 @@ namespace ostreld
 /// Whether log::debug() writes; set by --debug.
 extern std::atomic<bool> gVerbose;
 
+/// Whether `c` does something on a terminal instead of being shown.
+bool isControlCharacter(char c);
+
 /// Writes one line to the standard error stream. Any thread may call; lines of
 /// several threads do not mix. Key material never goes through here.
 void writeLogLine(const std::string& line);

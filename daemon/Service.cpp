@@ -44,6 +44,35 @@ std::string joined(const std::vector<std::string>& words)
     return fmt::format("{}", fmt::join(words, " "));
 }
 
+// Once a message is told from its separators, a control character in it could
+// only forge a line: of the log, of the library's trace or of a store's file.
+bool isPlain(const std::string& message)
+{
+    return std::none_of(message.begin(), message.end(),
+                        [](char c) { return c != '\t' && isControlCharacter(c); });
+}
+
+Commands parsed(const std::string& message)
+{
+    if (!isPlain(message)) {
+        throw Refusal(BadCommand, "control characters in the message");
+    }
+    try {
+        return Commands(message);
+    } catch (const std::runtime_error& caught) {
+        throw Refusal(BadCommand, caught.what());
+    }
+}
+
+std::unique_ptr<ostrel::ServiceConfiguration> configurationOf(const std::string& service)
+{
+    try {
+        return std::make_unique<ostrel::ServiceConfiguration>(service);
+    } catch (const std::runtime_error& caught) {
+        throw Refusal(BadConfiguration, caught.what());
+    }
+}
+
 gid_t groupOf(const ostrel::ServiceConfiguration& configuration)
 {
     const std::string& name = configuration.m_managmentGroup;
@@ -131,7 +160,7 @@ Service::Service(const std::string& name, OnChange onChange)
 
 void Service::reload()
 {
-    auto configuration = std::make_unique<ostrel::ServiceConfiguration>(m_name);
+    auto configuration = configurationOf(m_name);
     const gid_t group = groupOf(*configuration);
     makeDirectories(group);
     std::vector<CertificateStore> stores = rebuiltStores(*configuration, group);
@@ -159,13 +188,13 @@ void Service::makeDirectories(gid_t group) const
 std::string Service::answer(const std::string& message)
 {
     try {
-        std::string payload = carryOut(Commands(message));
+        std::string payload = carryOut(parsed(message));
         // It may be a key.
         const Wipe wipe(payload);
         logEvent("{}: {}: done", m_name, forLog(message));
         return replyOf(ActionSuccessful, payload);
     } catch (const Refusal& refusal) {
-        logEvent("{}: {}: refused, {} ({}): {}", m_name, forLog(message),
+        logEvent("{}: {}: refused ({} - {}): {}", m_name, forLog(message),
                  static_cast<int>(refusal.code()), ostrelApi::globalOstrelMessage(refusal.code()),
                  refusal.what());
         return replyOf(refusal.code(), refusal.what());
@@ -323,8 +352,12 @@ std::string Service::getOverwrittenData(const Commands& command)
 
 std::string Service::setOverwrittenData(const Commands& command)
 {
-    storeWith(command).files().setOverride(command.arguments[0], command.arguments[1],
-                                           command.arguments[2]);
+    const CertificateStore& store = storeWith(command);
+    try {
+        store.files().setOverride(command.arguments[0], command.arguments[1], command.arguments[2]);
+    } catch (const ostrelApi::OstrelApiException& caught) {
+        throw Refusal(ActionFailed, caught.what());
+    }
     return {};
 }
 

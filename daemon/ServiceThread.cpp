@@ -16,8 +16,13 @@ ServiceThread::ServiceThread(const std::string& name, Service::OnChange onChange
 
 ServiceThread::~ServiceThread()
 {
-    m_channel.stop();
+    stop();
     m_thread.join();
+}
+
+void ServiceThread::stop()
+{
+    m_channel.stop();
 }
 
 void ServiceThread::serve()
@@ -32,6 +37,7 @@ void ServiceThread::serve()
     } catch (const std::exception& caught) {
         logEvent("{}: no longer served: {}", m_service.name(), caught.what());
     }
+    m_channel.end();
 }
 
 std::string ServiceThread::answer(const std::string& message)

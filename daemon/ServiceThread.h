@@ -25,13 +25,16 @@ public:
     /// Starts serving: when this returns, clients may call. Throws as Service
     /// and Channel do.
     ServiceThread(const std::string& name, Service::OnChange onChange);
-    /// Ends the call that is under way, and the thread.
+    /// Stops, and waits for the end of the thread.
     ~ServiceThread();
     ServiceThread(const ServiceThread&) = delete;
     ServiceThread& operator=(const ServiceThread&) = delete;
 
     /// Has the thread do it soon; a failure is logged.
     void ask(Task task);
+
+    /// Lets the call that is under way end, and serves no other.
+    void stop();
 
 private:
     void serve();

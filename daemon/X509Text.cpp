@@ -1,5 +1,7 @@
 #include "X509Text.h"
 
+#include "Log.h"
+
 #include <ostrel/Tools.h>
 
 #include <openssl/objects.h>
@@ -16,11 +18,6 @@ namespace ostreld
 
 namespace
 {
-
-bool isControlCharacter(char c)
-{
-    return static_cast<unsigned char>(c) < ' ' || c == '\x7f';
-}
 
 std::string onOneLine(std::string text, char replacement)
 {

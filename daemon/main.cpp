@@ -46,6 +46,8 @@ int main(int argc, char* argv[])
     ostreld::gVerbose = isDebug;
     ostrel::gDebug = isDebug;
     std::signal(SIGPIPE, SIG_IGN);
+    // Tells the holder of a lease that somebody waits for its end.
+    std::signal(SIGIO, SIG_IGN);
     ::umask(S_IRWXG | S_IRWXO);
     return runDaemon(readyDescriptor);
 }

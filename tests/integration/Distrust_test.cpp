@@ -1,0 +1,210 @@
+#include "integration/DaemonCase.h"
+
+#include "support/ScriptedClient.h"
+#include "support/TestCertificate.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+#include <sys/stat.h>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using daemon_case::payload;
+using daemon_case::refusal;
+using support::ScriptedClient;
+using support::Step;
+using support::TestCertificate;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class Distrust : public daemon_case::WithDaemon
+{
+protected:
+    std::string add(const std::string& path) const
+    {
+        return daemon_case::ask("web", ostrel::TargetCA, ostrel::CommandAdd, {path});
+    }
+
+    /// What comes back for a message of any bytes.
+    std::string reply(const std::string& message) const
+    {
+        ScriptedClient client(device, "web", message, Step::TakesLock);
+        client.resume();
+        return client.outcome();
+    }
+
+    std::string inPipes(const std::string& name) const { return pipeDirectory("web") + '/' + name; }
+
+    const support::TemporaryDirectory elsewhere;
+    const std::string certificate = TestCertificate().pem();
+};
+
+TEST_F(Distrust, TakesACertificateFileOnlyFromTheServicesOwnDirectory)
+{
+    support::writeText(inPipes("good.crt"), certificate);
+    support::writeText(inPipes("sub/good.crt"), certificate);
+    support::writeText(elsewhere / "good.crt", certificate);
+    support::writeText(device.pipesDirectory() + "/vpn/good.crt", certificate);
+    const struct {
+        const char* sentence;
+        std::string path;
+    } rows[] = {
+        {"elsewhere", elsewhere / "good.crt"},
+        {"in another service's directory", device.pipesDirectory() + "/vpn/good.crt"},
+        {"by way of the parent", inPipes("../vpn/good.crt")},
+        {"by way of the parent and back", inPipes("../web/good.crt")},
+        {"by way of itself", inPipes("./good.crt")},
+        {"with two slashes", inPipes("/good.crt")},
+        {"in a directory below", inPipes("sub/good.crt")},
+        {"relative", "good.crt"},
+        {"the directory itself", pipeDirectory("web")},
+        {"the directory itself, with a slash", inPipes("")},
+        {"this directory's name", inPipes(".")},
+        {"the parent's name", inPipes("..")},
+        {"no path", ""},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(add(row.path), refusal(std::string(row.path).empty() ? 4 : 3)) << row.sentence;
+    }
+    EXPECT_EQ(add(inPipes("good.crt")), payload(support::fingerprintId(certificate)));
+}
+
+TEST_F(Distrust, TakesNothingButARegularFileForACertificate)
+{
+    support::writeText(inPipes("good.crt"), certificate);
+    fs::create_symlink("good.crt", inPipes("link"));
+    fs::create_symlink("/dev/zero", inPipes("device link"));
+    fs::create_directory(inPipes("directory"));
+    ASSERT_EQ(::mkfifo(inPipes("fifo").c_str(), 0600), 0);
+    ASSERT_EQ(::mknod(inPipes("socket").c_str(), S_IFSOCK | 0600, 0), 0);
+    for (const char* name :
+         {"link", "device link", "directory", "fifo", "socket", "missing", "web.in", "web.out"}) {
+        EXPECT_EQ(add(inPipes(name)), refusal(3)) << name;
+    }
+    EXPECT_EQ(add(inPipes("good.crt")), payload(support::fingerprintId(certificate)));
+}
+
+TEST_F(Distrust, TakesNoCertificateFileOfMoreThanAMebibyte)
+{
+    constexpr std::size_t limit = 1 << 20;
+    support::writeText(inPipes("full"),
+                       certificate + std::string(limit - certificate.size(), '\n'));
+    support::writeText(inPipes("more"),
+                       certificate + std::string(limit + 1 - certificate.size(), '\n'));
+    EXPECT_EQ(add(inPipes("more")), refusal(3));
+    EXPECT_EQ(add(inPipes("full")), payload(support::fingerprintId(certificate)));
+}
+
+TEST_F(Distrust, LeavesTheFileThatAClientNamedInItsPlace)
+{
+    support::writeText(inPipes("good.crt"), certificate);
+    add(inPipes("good.crt"));
+    add(inPipes("good.crt"));
+    EXPECT_EQ(support::readText(inPipes("good.crt")), certificate);
+}
+
+TEST_F(Distrust, RefusesAMessageThatItCannotRead)
+{
+    const std::string command = "root\t1\tca\tlist";
+    const struct {
+        const char* sentence;
+        std::string message;
+    } rows[] = {
+        {"no fields", "hello"},
+        {"three fields", "root\t1\tca"},
+        {"no such target", "root\t1\tCA\tlist"},
+        {"no such command", "root\t1\tca\tlists"},
+        {"a command of another target", "root\t1\tconfig\tlist"},
+        {"an argument too many", command + "\t1"},
+        {"an argument too few", "root\t1\tca\tadd"},
+        {"a line feed", command + "\n"},
+        {"a NUL", command + std::string(1, '\0')},
+        {"an escape", "\x1b[2J" + command},
+        {"a delete", "\x7f" + command},
+        {"nothing but tabs", "\t\t\t\t"},
+    };
+    for (const auto& row : rows) {
+        const support::RunningDaemon::LogMark mark(daemon);
+        EXPECT_THAT(reply(row.message), StartsWith("reply 4 ")) << row.sentence;
+        mark.await("refused (4 - Bad command)");
+    }
+    EXPECT_EQ(reply(""), "reply 5 ");
+    EXPECT_EQ(reply(command), "reply 0 ");
+}
+
+TEST_F(Distrust, TakesAMessageOf64KibibytesAndNoMore)
+{
+    const std::string start = "root\t1\tca\trevoke\t";
+    const auto message = [&](std::size_t length) {
+        return start + std::string(length - start.size(), 'x');
+    };
+    EXPECT_EQ(reply(message(65536)), "reply 0 ");
+    for (const std::size_t length : {65537, 100000, 5000000}) {
+        const support::RunningDaemon::LogMark mark(daemon);
+        EXPECT_THAT(reply(message(length)), StartsWith("reply 4 ")) << length;
+        mark.await("message of more than 65536 bytes refused");
+    }
+    EXPECT_EQ(reply("root\t1\tconfig\tstatus"), "reply 0 running");
+}
+
+TEST_F(Distrust, LetsNoClientWriteALineOfTheLog)
+{
+    daemon.stop();
+    daemon.start({"--debug"});
+    reply("root\nostreld: forged 1\t1\tca\tlist");
+    reply("root\t1\tca\tlistByCN\tx\nostreld: forged 2");
+    reply("root\r\x1b[1Aostreld: forged 3\t1\tca\trevoke\t\nforged 4");
+    const std::string log = daemon.log();
+    EXPECT_THAT(log, Not(HasSubstr("\nostreld: forged")));
+    EXPECT_THAT(log, Not(HasSubstr("\nforged")));
+    EXPECT_THAT(log, Not(HasSubstr("\x1b")));
+    EXPECT_THAT(log, Not(HasSubstr("\r")));
+}
+
+TEST_F(Distrust, IsNotKeptFromItsEndByAClientThatNeverCeasesToWrite)
+{
+    ScriptedClient client(device, "web", std::string(1 << 30, 'x'), Step::OpensCommandFifo);
+    client.resume();
+    EXPECT_EQ(daemon.stop(), 0);
+}
+
+void putAnothersFifo(const std::string& path)
+{
+    ::mkfifo(path.c_str(), 0600);
+    if (support::Accounts::hasOtherIds()) {
+        ASSERT_EQ(::chown(path.c_str(), 4712, 4712), 0);
+    }
+}
+
+/// What a client may have left in the directory while no daemon ran.
+TEST_F(Distrust, TakesTheFilesOfTheExchangeOnlyWhenTheyAreItsOwn)
+{
+    const struct {
+        const char* sentence;
+        void (*put)(const std::string& path);
+    } rows[] = {
+        {"a link", [](const std::string& path) { fs::create_symlink("/etc/passwd", path); }},
+        {"a FIFO", [](const std::string& path) { ::mkfifo(path.c_str(), 0600); }},
+        {"a file", [](const std::string& path) { support::writeText(path, "text"); }},
+        {"a socket", [](const std::string& path) { ::mknod(path.c_str(), S_IFSOCK | 0600, 0); }},
+        {"another user's", putAnothersFifo},
+        {"nothing", [](const std::string&) {}},
+    };
+    for (const char* suffix : {"lock", "in", "out"}) {
+        for (const auto& row : rows) {
+            SCOPED_TRACE(std::string(suffix) + " is " + row.sentence);
+            daemon.stop();
+            fs::remove(pipe("web", suffix));
+            row.put(pipe("web", suffix));
+            daemon.start();
+            EXPECT_EQ(daemon_case::askStatus("web"), payload("running"));
+        }
+    }
+    EXPECT_FALSE(fs::is_symlink("/etc/passwd"));
+}
+
+} // namespace

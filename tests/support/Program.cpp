@@ -1,0 +1,81 @@
+#include "support/Program.h"
+
+#include "support/TextFiles.h"
+#include "tools/Descriptor.h"
+
+#include <cerrno>
+#include <csignal>
+#include <stdexcept>
+
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace support
+{
+
+using ostrel::Descriptor;
+
+namespace
+{
+
+constexpr int cannotStart = 127;
+
+Descriptor openForAppending(const std::string& path)
+{
+    Descriptor file = Descriptor::open(path, O_WRONLY | O_CREAT | O_APPEND, 0600);
+    if (!file.isOpen()) {
+        throw std::runtime_error("cannot write " + path);
+    }
+    return file;
+}
+
+[[noreturn]] void execute(std::vector<std::string> words, int output, int errors)
+{
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    ::dup2(output, STDOUT_FILENO);
+    ::dup2(errors, STDERR_FILENO);
+    std::vector<char*> arguments;
+    for (std::string& word : words) {
+        arguments.push_back(word.data());
+    }
+    arguments.push_back(nullptr);
+    ::execv(arguments[0], arguments.data());
+    ::_exit(cannotStart);
+}
+
+} // namespace
+
+pid_t startProgram(const std::vector<std::string>& words, const std::string& outputPath,
+                   const std::string& errorPath)
+{
+    const Descriptor output = openForAppending(outputPath);
+    const Descriptor errors = openForAppending(errorPath);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        execute(words, output.get(), errors.get());
+    }
+    if (child == -1) {
+        throw std::runtime_error("no child for " + words[0]);
+    }
+    return child;
+}
+
+int awaitEnd(pid_t child)
+{
+    int status = 0;
+    while (::waitpid(child, &status, 0) == -1 && errno == EINTR) {
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+FinishedProgram runProgram(const std::vector<std::string>& words)
+{
+    const TemporaryDirectory directory;
+    const std::string output = directory / "output";
+    const std::string errors = directory / "errors";
+    const int status = awaitEnd(startProgram(words, output, errors));
+    return {status, readText(output), readText(errors)};
+}
+
+} // namespace support

@@ -1,0 +1,95 @@
+#include "support/RunningDaemon.h"
+
+#include "support/Await.h"
+#include "support/Program.h"
+#include "tools/Descriptor.h"
+
+#include <cerrno>
+#include <stdexcept>
+
+#include <unistd.h>
+
+namespace support
+{
+
+using ostrel::Descriptor;
+
+namespace
+{
+
+bool isLineFeedNext(const Descriptor& pipe)
+{
+    char byte = '\0';
+    ssize_t count = 0;
+    while ((count = ::read(pipe.get(), &byte, 1)) == -1 && errno == EINTR) {
+    }
+    return count == 1 && byte == '\n';
+}
+
+} // namespace
+
+const char* const RunningDaemon::path = OSTREL_BUILT_DAEMON;
+
+RunningDaemon::~RunningDaemon()
+{
+    kill();
+}
+
+void RunningDaemon::start(const std::vector<std::string>& options)
+{
+    int ends[2];
+    // Not closed on exec: the daemon gets the writing end by its number.
+    if (::pipe(ends) != 0) {
+        throw std::runtime_error("no pipe for the daemon");
+    }
+    const Descriptor reading(ends[0]);
+    Descriptor writing(ends[1]);
+    ::fcntl(reading.get(), F_SETFD, FD_CLOEXEC);
+    std::vector<std::string> words = {path, "--ready-fd", std::to_string(writing.get())};
+    words.insert(words.end(), options.begin(), options.end());
+    m_pid = startProgram(words, m_logPath, m_logPath);
+    writing.close();
+    if (!isLineFeedNext(reading)) {
+        kill();
+        throw std::runtime_error("ostreld does not start:\n" + log());
+    }
+}
+
+int RunningDaemon::stop(int signal)
+{
+    ::kill(m_pid, signal);
+    return awaitEnd(std::exchange(m_pid, -1));
+}
+
+void RunningDaemon::kill()
+{
+    if (m_pid != -1) {
+        stop(SIGKILL);
+    }
+}
+
+void RunningDaemon::restart()
+{
+    kill();
+    start();
+}
+
+void RunningDaemon::reload(const std::string& text)
+{
+    const LogMark mark(*this);
+    ::kill(m_pid, SIGHUP);
+    mark.await(text);
+}
+
+RunningDaemon::LogMark::LogMark(const RunningDaemon& daemon)
+    : m_daemon(daemon), m_start(daemon.log().size())
+{
+}
+
+void RunningDaemon::LogMark::await(const std::string& text) const
+{
+    awaitChange(m_daemon.m_logPath, "the log line \"" + text + '"',
+                [&] { return m_daemon.log().find(text, m_start) != std::string::npos; });
+}
+
+} // namespace support

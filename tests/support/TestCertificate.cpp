@@ -1,0 +1,114 @@
+#include "support/TestCertificate.h"
+
+#include <atomic>
+#include <memory>
+#include <stdexcept>
+
+#include <openssl/evp.h>
+#include <openssl/pem.h>
+#include <openssl/x509v3.h>
+#include <unistd.h>
+
+namespace support
+{
+
+namespace
+{
+
+template <class Object>
+using Owner = std::unique_ptr<Object, void (*)(Object*)>;
+
+void require(bool isDone, const char* what)
+{
+    if (!isDone) {
+        throw std::runtime_error(std::string("OpenSSL cannot ") + what);
+    }
+}
+
+EVP_PKEY* processKey()
+{
+    static const Owner<EVP_PKEY> key(EVP_EC_gen("P-256"), EVP_PKEY_free);
+    return key.get();
+}
+
+// Processes of one test make certificates that differ, too.
+long nextSerial()
+{
+    static std::atomic<long> count{0};
+    return static_cast<long>(::getpid()) * 100000 + ++count;
+}
+
+void setName(X509_NAME* name, const std::string& commonName)
+{
+    const auto* bytes = reinterpret_cast<const unsigned char*>(commonName.data());
+    // By the type of the string: this way nothing of a name is refused or converted.
+    require(X509_NAME_add_entry_by_NID(name, NID_commonName, V_ASN1_UTF8STRING, bytes,
+                                       static_cast<int>(commonName.size()), -1, 0) == 1,
+            "set a name");
+}
+
+void addExtension(X509* certificate, int nid, const std::string& value)
+{
+    X509V3_CTX context;
+    X509V3_set_ctx(&context, certificate, certificate, nullptr, nullptr, 0);
+    const Owner<X509_EXTENSION> extension(
+        X509V3_EXT_conf_nid(nullptr, &context, nid, value.c_str()), X509_EXTENSION_free);
+    require(extension != nullptr && X509_add_ext(certificate, extension.get(), -1) == 1,
+            "add an extension");
+}
+
+void fill(X509* certificate, const TestCertificate& wish)
+{
+    X509_set_version(certificate, X509_VERSION_3);
+    ASN1_INTEGER_set(X509_get_serialNumber(certificate), nextSerial());
+    setName(X509_get_subject_name(certificate), wish.commonName);
+    setName(X509_get_issuer_name(certificate), wish.issuer.empty() ? wish.commonName : wish.issuer);
+    require(
+        ASN1_TIME_set_string_X509(X509_getm_notBefore(certificate), wish.notBefore.c_str()) == 1 &&
+            ASN1_TIME_set_string_X509(X509_getm_notAfter(certificate), wish.notAfter.c_str()) == 1,
+        "set a date");
+    addExtension(certificate, NID_basic_constraints, wish.isCA ? "CA:TRUE" : "CA:FALSE");
+    if (!wish.alternativeNames.empty()) {
+        addExtension(certificate, NID_subject_alt_name, wish.alternativeNames);
+    }
+    if (wish.padding != 0) {
+        addExtension(certificate, NID_netscape_comment, std::string(wish.padding, 'x'));
+    }
+}
+
+} // namespace
+
+std::string TestCertificate::pem() const
+{
+    const Owner<X509> certificate(X509_new(), X509_free);
+    fill(certificate.get(), *this);
+    X509_set_pubkey(certificate.get(), processKey());
+    require(X509_sign(certificate.get(), processKey(), EVP_sha256()) > 0, "sign");
+    const Owner<BIO> out(BIO_new(BIO_s_mem()), [](BIO* bio) { BIO_free(bio); });
+    require(PEM_write_bio_X509(out.get(), certificate.get()) == 1, "write a certificate");
+    char* text = nullptr;
+    const long length = BIO_get_mem_data(out.get(), &text);
+    return std::string(text, static_cast<std::size_t>(length));
+}
+
+std::string fingerprintId(const std::string& pem)
+{
+    const Owner<BIO> in(BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())),
+                        [](BIO* bio) { BIO_free(bio); });
+    const Owner<X509> certificate(PEM_read_bio_X509(in.get(), nullptr, nullptr, nullptr),
+                                  X509_free);
+    unsigned char* der = nullptr;
+    const int length = i2d_X509(certificate.get(), &der);
+    require(length > 0, "encode a certificate");
+    const Owner<unsigned char> owner(der, [](unsigned char* p) { OPENSSL_free(p); });
+    unsigned char digest[EVP_MAX_MD_SIZE] = {};
+    EVP_Digest(der, static_cast<std::size_t>(length), digest, nullptr, EVP_sha256(), nullptr);
+    std::string text;
+    for (int i = 0; i < 8; ++i) {
+        text += "0123456789abcdef"[digest[i] / 16];
+        text += "0123456789abcdef"[digest[i] % 16];
+    }
+    return text;
+}
+
+} // namespace support
