@@ -86,16 +86,7 @@ Ids OstrelService::getList(const std::string& listPath)
 
 Ids OstrelService::getListByCN(const std::string& cnMapPath, const std::string& cn)
 {
-    return orActionFailed([&] {
-        Ids ids;
-        const std::string text = ostrel::readListFile(cnMapPath);
-        for (const ostrel::IdCnLine& entry : ostrel::idCnLinesOf(text)) {
-            if (entry.second == cn) {
-                ids.emplace_back(entry.first);
-            }
-        }
-        return ids;
-    });
+    return orActionFailed([&] { return ostrel::idsByCN(ostrel::readListFile(cnMapPath), cn); });
 }
 
 std::string OstrelService::idOfText(const ExternalStore& store, const std::string& pem,

@@ -4,12 +4,27 @@
 #include "tools/TextFile.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace ostrel
 {
 
 namespace
 {
+
+/// Visits the entries in the order of their lines as long as `visit` agrees;
+/// whether it did to the end.
+template <class Visit>
+bool visitEntries(std::string_view text, Visit visit)
+{
+    for (TextLines lines(text); !lines.isAtEnd();) {
+        const std::string_view line = lines.next();
+        if (line.find(' ') != std::string_view::npos && !visit(keyAndValueOf(line))) {
+            return false;
+        }
+    }
+    return true;
+}
 
 bool hasSmallerId(const IdCnLine& a, const IdCnLine& b)
 {
@@ -26,23 +41,51 @@ bool isOutOfOrder(const IdCnLine& a, const IdCnLine& b)
     return !hasSmallerId(a, b);
 }
 
+// False unless the lines are in order. Keeps no entry but the last.
+bool takeInOrder(std::string_view text, std::string_view cn, std::vector<std::string>& ids)
+{
+    std::optional<IdCnLine> former;
+    return visitEntries(text, [&](const IdCnLine& entry) {
+        if (former && isOutOfOrder(*former, entry)) {
+            return false;
+        }
+        former = entry;
+        if (entry.second == cn) {
+            ids.emplace_back(entry.first);
+        }
+        return true;
+    });
+}
+
 } // namespace
 
 std::vector<IdCnLine> idCnLinesOf(std::string_view text)
 {
-    std::vector<IdCnLine> entries;
-    for (TextLines lines(text); !lines.isAtEnd();) {
-        const std::string_view line = lines.next();
-        if (line.find(' ') != std::string_view::npos) {
-            entries.push_back(keyAndValueOf(line));
+    std::vector<IdCnLine> lines;
+    visitEntries(text, [&](const IdCnLine& entry) {
+        lines.push_back(entry);
+        return true;
+    });
+    // A map file is in order already, and then nothing is to be done.
+    if (std::adjacent_find(lines.begin(), lines.end(), isOutOfOrder) != lines.end()) {
+        std::stable_sort(lines.begin(), lines.end(), hasSmallerId);
+        lines.erase(std::unique(lines.begin(), lines.end(), hasSameId), lines.end());
+    }
+    return lines;
+}
+
+std::vector<std::string> idsByCN(std::string_view text, std::string_view cn)
+{
+    std::vector<std::string> ids;
+    if (!takeInOrder(text, cn, ids)) {
+        ids.clear();
+        for (const IdCnLine& line : idCnLinesOf(text)) {
+            if (line.second == cn) {
+                ids.emplace_back(line.first);
+            }
         }
     }
-    // A map file is in order already, and then nothing is to be done.
-    if (std::adjacent_find(entries.begin(), entries.end(), isOutOfOrder) != entries.end()) {
-        std::stable_sort(entries.begin(), entries.end(), hasSmallerId);
-        entries.erase(std::unique(entries.begin(), entries.end(), hasSameId), entries.end());
-    }
-    return entries;
+    return ids;
 }
 
 } // namespace ostrel

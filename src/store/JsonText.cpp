@@ -4,6 +4,7 @@
 #include <cxxtools/utf8codec.h>
 
 #include <algorithm>
+#include <iterator>
 #include <stdexcept>
 
 namespace ostrel
@@ -35,11 +36,25 @@ bool isBlank(Char character)
            character == Char('\n');
 }
 
-// The codec silently drops a character that the end of its input cuts off.
-// With the bytes of the longest one behind it, it is an error as anywhere else.
-cxxtools::String decoded(const std::string& text)
+// Decodes into a small buffer, not a string: cxxtools' strings grow character
+// by character, which would take as long as the parsing.
+template <class Take>
+void decode(const std::string& text, Take take)
 {
-    return cxxtools::Utf8Codec::decode(text + std::string(longestCharacter, '\n'));
+    const cxxtools::Utf8Codec codec;
+    cxxtools::MBState state;
+    Char characters[64];
+    const char* from = text.data();
+    auto result = cxxtools::Utf8Codec::ok;
+    do {
+        const char* const begin = from;
+        Char* end = characters;
+        result = codec.in(state, begin, text.data() + text.size(), from, characters,
+                          std::end(characters), end);
+        const bool isStuck = result == cxxtools::Utf8Codec::partial && from == begin;
+        require(result != cxxtools::Utf8Codec::error && !isStuck);
+        std::for_each(characters, end, take);
+    } while (result == cxxtools::Utf8Codec::partial);
 }
 
 // The levels above the one that is being read: those of the tree's latest
@@ -70,14 +85,18 @@ int advance(JsonDeserializer& document, Char character)
 
 void readJsonText(const std::string& text, JsonDeserializer& document)
 {
-    const cxxtools::String characters = decoded(text);
     document.begin();
-    auto next = characters.begin();
     int end = 0;
-    while (end == 0 && next != characters.end()) {
-        end = advance(document, *next++);
-    }
-    require(end == 1 && std::all_of(next, characters.end(), isBlank));
+    // The codec silently drops a character that the end of its input cuts off.
+    // With the bytes of the longest one behind it, it is an error as anywhere else.
+    decode(text + std::string(longestCharacter, '\n'), [&](Char character) {
+        if (end == 0) {
+            end = advance(document, character);
+        } else {
+            require(isBlank(character));
+        }
+    });
+    require(end == 1);
 }
 
 } // namespace ostrel

@@ -100,14 +100,15 @@ bool changeGroup(const std::string& path, gid_t gid)
 // Intended: changeUser() by name passes its failure on as it is, this one translates it.
 bool changeGroup(const std::string& path, const std::string& groupName)
 {
-    const std::string suffix = " caught while changing group for file '" + path + "'";
-    return orRuntimeError<std::runtime_error>(
-        {("Runtime error" + suffix + ": ").c_str(), ("Std exception" + suffix + ": ").c_str(),
-         ("Generic exception" + suffix + ".").c_str()},
-        [&] {
-            const GroupEntry group = groupByName(groupName);
-            return group.isFound() && changeGroup(path, group->gr_gid);
-        });
+    try {
+        const GroupEntry group = groupByName(groupName);
+        return group.isFound() && changeGroup(path, group->gr_gid);
+    } catch (...) {
+        const std::string suffix = " caught while changing group for file '" + path + "'";
+        throw std::runtime_error(describeInFlight<std::runtime_error>(
+            {("Runtime error" + suffix + ": ").c_str(), ("Std exception" + suffix + ": ").c_str(),
+             ("Generic exception" + suffix + ".").c_str()}));
+    }
 }
 
 Rights getRights(const std::string& path)

@@ -10,6 +10,8 @@ namespace
 
 using ostrel::IdCnLine;
 using ostrel::idCnLinesOf;
+using ostrel::idsByCN;
+using Ids = std::vector<std::string>;
 using Lines = std::vector<IdCnLine>;
 
 struct Row {
@@ -70,6 +72,52 @@ TEST(IdCnLines, KeepTheFirstNameInAnyOrderOfManyIds)
     }
     const Lines lines = idCnLinesOf(text);
     EXPECT_EQ(lines, Lines(expected.begin(), expected.end()));
+}
+
+// The ids that the entries themselves give.
+Ids idsAmong(const Lines& lines, const std::string& cn)
+{
+    Ids ids;
+    for (const IdCnLine& line : lines) {
+        if (line.second == cn) {
+            ids.emplace_back(line.first);
+        }
+    }
+    return ids;
+}
+
+TEST(IdCnLines, GiveTheIdsOfAnyNameThatTheEntriesHave)
+{
+    for (const Row& row : rows) {
+        for (const char* cn : {"", "a", "b", "i", "Root", "root", "Root ", "Roo", "absent"}) {
+            EXPECT_EQ(idsByCN(row.text, cn), idsAmong(row.expected, cn))
+                << row.sentence << ": " << cn;
+        }
+    }
+}
+
+struct IdsRow {
+    const char* sentence;
+    std::string text;
+    Ids expected;
+};
+
+TEST(IdCnLines, GiveEachIdOnceAscendingAndByItsFirstName)
+{
+    const IdsRow idsRows[] = {
+        {"in order", "1 a\n2 b\n3 a\n", {"1", "3"}},
+        {"out of order at the end", "2 a\n3 a\n1 a\n", {"1", "2", "3"}},
+        {"out of order at the start", "3 a\n1 a\n2 a\n", {"1", "2", "3"}},
+        {"twice in a row", "1 a\n1 a\n2 a\n", {"1", "2"}},
+        {"twice apart", "1 a\n2 a\n1 a\n", {"1", "2"}},
+        {"a later name does not count", "1 b\n2 a\n1 a\n", {"2"}},
+        {"nor does it take the id away", "1 a\n2 a\n1 b\n", {"1", "2"}},
+        {"the empty id comes first", "1 a\n a\n", {"", "1"}},
+        {"the empty id twice", " a\n a\n", {""}},
+    };
+    for (const IdsRow& row : idsRows) {
+        EXPECT_EQ(idsByCN(row.text, "a"), row.expected) << row.sentence;
+    }
 }
 
 } // namespace

@@ -102,6 +102,20 @@ TEST(JsonText, IsRefusedWithAnyByteBeyondAsciiBehindIt)
     }
 }
 
+TEST(JsonText, IsReadAtAnyLengthWithWideCharactersAnywhere)
+{
+    const std::string wide = "\xE2\x82\xAC";
+    for (std::size_t length = 0; length < 300; ++length) {
+        const std::string ascii(length, 'x');
+        cxxtools::JsonDeserializer document;
+        ostrel::readJsonText("[\"" + ascii + wide + "\"]", document);
+        cxxtools::String text;
+        document.current()->getMember(0U).getValue(text);
+        EXPECT_EQ(text, cxxtools::String(length, cxxtools::Char('x')) + cxxtools::Char(0x20AC));
+        EXPECT_FALSE(isDocument("[\"" + ascii + wide.substr(0, 2) + "\"]")) << length;
+    }
+}
+
 TEST(JsonText, IsRefusedCutOffAnywhere)
 {
     const std::string text = R"({"a":"x\u00e9\\", "b":[1, -2.5e3, {"c":true}], /* x */ "d":null})";

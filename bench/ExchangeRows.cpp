@@ -1,0 +1,59 @@
+#include "bench/Peer.h"
+#include "bench/RawExchange.h"
+#include "bench/Rows.h"
+
+#include <ostrelApi/OstrelService.h>
+
+#include <memory>
+
+namespace bench
+{
+
+namespace
+{
+
+std::string statusOf(ostrelApi::OstrelService& service)
+{
+    ostrel::Commands command;
+    command.target = ostrel::TargetConfig;
+    command.command = ostrel::CommandStatus;
+    return service.sendCommandToServer(command);
+}
+
+/// A service, and the peer that answers its calls.
+struct Exchange {
+    Exchange(const Device& device, const std::string& name, const std::string& reply)
+        : service(device.addService(name)), pipes(device.pipesBase(name), managementGroup),
+          peer(device, name, [=](const std::string&) { return reply; })
+    {
+    }
+
+    ostrelApi::OstrelService service;
+    RawPipes pipes;
+    Peer peer;
+};
+
+// Two rows of one call: as the caller's clock sees it, and the caller's own part.
+std::vector<Row> callRows(const Device& device, std::size_t payload)
+{
+    const auto exchange = std::make_shared<Exchange>(device, "exchange" + std::to_string(payload),
+                                                     "0 " + std::string(payload, 'x'));
+    const auto library = [=] { return statusOf(exchange->service); };
+    const auto raw = [=] { return exchangeByHand(exchange->pipes, "config\tstatus"); };
+    return {rowOf({"exchange, bytes of reply", payload, 1.1, Clock::Wall}, library, raw),
+            rowOf({"exchange, caller's part", payload, 1.1, Clock::Thread}, library, raw)};
+}
+
+} // namespace
+
+std::vector<Row> exchangeRows(const Device& device, Extent extent)
+{
+    std::vector<Row> rows;
+    for (const std::size_t payload : sizesFor(extent, {10, 10000})) {
+        const std::vector<Row> both = callRows(device, payload);
+        rows.insert(rows.end(), both.begin(), both.end());
+    }
+    return rows;
+}
+
+} // namespace bench

@@ -1,0 +1,24 @@
+#pragma once
+
+// The families of rows. Each one makes what its rows need on the device.
+
+#include "bench/Row.h"
+
+namespace bench
+{
+
+class Device;
+
+/// One call to the daemon and back.
+std::vector<Row> exchangeRows(const Device& device, Extent extent);
+
+/// Queries of an external store.
+std::vector<Row> storeRows(const Device& device, Extent extent);
+
+/// Info files, imported texts, records.
+std::vector<Row> textRows(const Device& device, Extent extent);
+
+/// The start of a program that links the library.
+std::vector<Row> startRows();
+
+} // namespace bench
