@@ -170,12 +170,8 @@ void SectionReader::readCommon()
     readTexts(commonTexts);
     readFlags(commonFlags);
     std::uint32_t& offset = m_configuration.m_certDailyExpiryChkTimeOffsetSecs;
-    offset = 0;
-    const char* key = "CertDailyExpiryChkTimeOffsetSecs";
-    if (value(key).empty()) {
-        return;
-    }
-    offset = number<std::uint32_t>(key, " certificate expiry check offset time");
+    offset = number<std::uint32_t>("CertDailyExpiryChkTimeOffsetSecs",
+                                   " certificate expiry check offset time");
     trace("value for CertDailyExpiryChkTimeOffsetSecs :", std::to_string(offset));
     if (offset > lastSecondOfDay) {
         // Intended: zero passes, although the text says otherwise.

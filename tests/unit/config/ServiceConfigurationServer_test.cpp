@@ -89,9 +89,9 @@ TEST(ServerSection, NeedsACnfFileOrAHookFile)
         file.write(row.text);
         const support::CapturedTrace errors;
         EXPECT_EQ(thrownBy([] { ServiceConfiguration("web"); }), row.expected) << row.sentence;
-        EXPECT_EQ(errors.text(), row.expected == noCnfFile
-                                     ? "Error: cnfHookFile or cnfFile must be defined\n"
-                                     : "")
+        const std::string refusal = "Error: cnfHookFile or cnfFile must be defined\n";
+        EXPECT_EQ(errors.text(), "value for CertDailyExpiryChkTimeOffsetSecs :0\n" +
+                                     (row.expected == noCnfFile ? refusal : ""))
             << row.sentence;
     }
 }

@@ -207,12 +207,12 @@ TEST(ExpiryCheckOffset, IsReadWhateverStoresTheServiceHas)
     }
 }
 
-TEST(ExpiryCheckOffset, IsTracedOnlyWhenTheFileHasIt)
+TEST(ExpiryCheckOffset, IsTracedAlsoWhenTheFileLacksIt)
 {
     const ServiceFile file;
     const support::CapturedTrace errors;
     file.read("CertDailyExpiryChkTimeOffsetSecs\n");
-    EXPECT_EQ(errors.text(), "");
+    EXPECT_EQ(errors.text(), "value for CertDailyExpiryChkTimeOffsetSecs :0\n");
 }
 
 TEST(ServiceConfiguration, IsNotPrintedWhileTheDebugFlagIsClear)
