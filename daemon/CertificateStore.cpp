@@ -34,6 +34,12 @@ std::string readIn(const std::string& path, std::size_t limit)
     return readRegularFile(parentOf(path), fs::path(path).filename().string(), limit);
 }
 
+bool isMissing(const std::string& path)
+{
+    std::error_code ignored;
+    return fs::symlink_status(path, ignored).type() == fs::file_type::not_found;
+}
+
 template <class Keep>
 void removeFilesUnless(const std::string& directory, const Replacer& replacer, Keep keep)
 {
@@ -85,6 +91,11 @@ void CertificateStore::readListedNames()
         return;
     }
     for (const std::string& id : ostrel::CertificateIdList(m_paths.listPath()).toArray()) {
+        if (isMissing(m_paths.certPath(id))) {
+            logEvent("{}: {} {} has no file: listed no more", m_service->m_serviceName, m_row->word,
+                     id);
+            continue;
+        }
         try {
             const Certificate certificate(certificateText(id));
             writeVolatileFiles(id, certificate);
