@@ -97,6 +97,9 @@ void CertificateStore::readListedNames()
             continue;
         }
         try {
+            // The group may be another one than when they were written.
+            shareFile(m_paths.certPath(id), {m_group, fileMode});
+            shareFile(m_paths.certOverwrittenDataPath(id), {m_group, fileMode});
             const Certificate certificate(certificateText(id));
             writeVolatileFiles(id, certificate);
             m_names.entries()[id] = certificate.commonName();

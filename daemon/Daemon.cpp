@@ -139,11 +139,11 @@ void Daemon::run(int readyDescriptor)
     Descriptor ready(readyDescriptor);
     updateServices();
     writePidFile();
+    logEvent("serving {} services", m_services.size());
     if (ready.isOpen()) {
         writeAll(ready, "\n");
         ready.close();
     }
-    logEvent("serving {} services", m_services.size());
     while (nextSignal(signals) == SIGHUP) {
         logEvent("reading the configuration again");
         updateServices();
