@@ -12,6 +12,18 @@ namespace ostreld
 
 using ostrel::ServiceConfiguration;
 
+namespace
+{
+
+bool isMissing(const std::string& path)
+{
+    std::error_code ignored;
+    return std::filesystem::symlink_status(path, ignored).type() ==
+           std::filesystem::file_type::not_found;
+}
+
+} // namespace
+
 const StoreRow storeRows[2] = {
     {ostrel::TargetCA, "ca", &ServiceConfiguration::m_ca, &ServiceConfiguration::m_maximumCA,
      &ServiceConfiguration::m_uniqueCaByCn, true, BadCA, ErrorAddingCA, TooManyCAs, CAExists},
@@ -47,7 +59,13 @@ void CertificateStore::readListedNames()
         return;
     }
     for (const std::string& id : ostrel::CertificateIdList(m_files.paths.listPath()).toArray()) {
+        if (isMissing(m_files.paths.certPath(id))) {
+            logEvent("{}: {} {} has no file: listed no more", m_service->m_serviceName, m_row->word,
+                     id);
+            continue;
+        }
         try {
+            m_files.share(id);
             const Certificate certificate(m_files.certificateText(id));
             m_files.writeSummaries(id, certificate);
             m_names.entries()[id] = certificate.commonName();

@@ -81,11 +81,11 @@ void Daemon::run(int readyDescriptor)
     updateServices();
     writePidFile();
     const NotificationFifo notifications;
+    logEvent("serving {} services", m_services.size());
     if (ready.isOpen()) {
         writeAll(ready, "\n");
         ready.close();
     }
-    logEvent("serving {} services", m_services.size());
     serve(notifications);
     logEvent("ending");
     // All at once: a client that stands still delays the end of one service.

@@ -29,6 +29,9 @@ void setAccess(const ostrel::Descriptor& file, const std::string& path, const Ac
 /// existing one gets it too.
 void makeDirectory(const std::string& path, const Access& access);
 
+/// Gives the regular file `path` this access; a missing one is no failure.
+void shareFile(const std::string& path, const Access& access);
+
 /// Whether a lasting file has to outlive a power cut.
 enum class Durability { Lasting, Volatile };
 

@@ -43,7 +43,8 @@ std::string orEmpty(const std::string& path)
 } // namespace
 
 ServerStore::ServerStore(const ostrel::ServiceConfiguration& service, gid_t group)
-    : m_service(&service), m_files(ostrel::InternalCertificatesAccessor(service, "server"), group),
+    : m_service(&service), m_files(ostrel::InternalCertificatesAccessor(service, "server"), group,
+                                   keyGroupOf(service, group) != group),
       m_lastingKeys(m_files.paths.cachedDirectoryPath(), keyGroupOf(service, group),
                     Durability::Lasting),
       m_keyMode(service.m_keyGroup.empty() ? ownerOnlyMode : storeFileMode)

@@ -60,7 +60,10 @@ void ServiceThread::doTasks()
         return (tasks & static_cast<unsigned int>(task)) != 0;
     };
     if (isAsked(Task::Reload)) {
-        attempt("configuration", [this] { m_service.reload(); });
+        attempt("configuration", [this] {
+            m_service.reload();
+            logEvent("{}: configuration read again", m_service.name());
+        });
         followConfiguration();
     }
     if (isAsked(Task::CheckNetwork)) {

@@ -13,11 +13,11 @@
 namespace ostreld
 {
 
-// The group reads what is kept for it, and lists the certificates' directory;
-// a key's group that is another one passes through.
+// The group reads what is kept for it, and lists the certificates' directory.
 constexpr mode_t storeFileMode = 0640;
 constexpr mode_t overridesMode = 0660;
-constexpr mode_t certificatesMode = 0751;
+constexpr mode_t certificatesMode = 0750;
+constexpr mode_t openCertificatesMode = 0751;
 constexpr mode_t passThroughMode = 0710;
 
 /// The files that the stores of both kinds have for each certificate, by the
@@ -27,17 +27,20 @@ template <class Accessor>
 class StoreFiles
 {
 public:
-    StoreFiles(Accessor accessor, gid_t group)
+    /// Others than the group may pass through the certificates' directory where
+    /// a file in it has another group.
+    StoreFiles(Accessor accessor, gid_t group, bool isForOthersToo = false)
         : paths(std::move(accessor)),
           lasting(paths.cachedDirectoryPath(), group, Durability::Lasting),
-          fleeting(paths.tmpDirectoryPath(), group, Durability::Volatile), m_group(group)
+          fleeting(paths.tmpDirectoryPath(), group, Durability::Volatile), m_group(group),
+          m_certificatesMode(isForOthersToo ? openCertificatesMode : certificatesMode)
     {
     }
 
     void makeDirectories() const
     {
         const std::filesystem::path cached = paths.cachedDirectoryPath();
-        makeDirectory(cached.parent_path().string(), {m_group, certificatesMode});
+        makeDirectory(cached.parent_path().string(), {m_group, m_certificatesMode});
         makeDirectory(cached.string(), {m_group, passThroughMode});
         makeDirectory(paths.tmpDirectoryPath(), {m_group, passThroughMode});
     }
@@ -61,6 +64,14 @@ public:
             lasting.replace(paths.certOverwrittenDataPath(id), "", overridesMode);
         }
         writeSummaries(id, certificate);
+    }
+
+    /// Gives a certificate's lasting files to the group again, which may be
+    /// another one than when they were written.
+    void share(const std::string& id) const
+    {
+        shareFile(paths.certPath(id), {m_group, storeFileMode});
+        shareFile(paths.certOverwrittenDataPath(id), {m_group, overridesMode});
     }
 
     /// Writes the volatile files of a certificate.
@@ -124,6 +135,7 @@ private:
     }
 
     gid_t m_group;
+    mode_t m_certificatesMode;
 };
 
 } // namespace ostreld

@@ -14,7 +14,6 @@
 
 namespace
 {
-
 std::string textOf(const std::filesystem::path& path)
 {
     std::ifstream file(path);
@@ -41,16 +40,19 @@ void takeThroughLife(ostrelApi::OstrelService& service, const char* directory)
               << "revoked    " << service.revokeCA(ids).size() << '\n'
               << "left       " << service.getCAList().size() << '\n';
 }
-
 } // namespace
 
 int main(int argc, char* argv[])
 {
+    if (argc != 3) {
+        std::cerr << "usage: ca_import SERVICE DIRECTORY\n";
+        return 2;
+    }
     try {
-        ostrelApi::OstrelService service(argc == 3 ? argv[1] : "");
+        ostrelApi::OstrelService service(argv[1]);
         takeThroughLife(service, argv[2]);
     } catch (const std::exception& failure) {
-        std::cerr << "ca_import SERVICE DIRECTORY: " << failure.what() << '\n';
+        std::cerr << "ca_import: " << failure.what() << '\n';
         return 1;
     }
 }

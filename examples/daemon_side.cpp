@@ -34,13 +34,17 @@ std::string answer(const ostrel::ServiceConfiguration& service, const ostrel::Co
 
 int main(int argc, char* argv[])
 {
+    if (argc != 3) {
+        std::cerr << "usage: daemon_side SERVICE MESSAGE\n";
+        return 2;
+    }
     try {
-        const ostrel::ServiceConfiguration service(argc == 3 ? argv[1] : "");
+        const ostrel::ServiceConfiguration service(argv[1]);
         std::string message = argv[2];
         std::replace(message.begin(), message.end(), ' ', '\t');
         std::cout << answer(service, ostrel::Commands(message)) << '\n';
     } catch (const std::exception& failure) {
-        std::cerr << "daemon_side SERVICE MESSAGE: " << failure.what() << '\n';
+        std::cerr << "daemon_side: " << failure.what() << '\n';
         return 1;
     }
 }

@@ -8,8 +8,12 @@
 
 int main(int argc, char* argv[])
 {
+    if (argc != 4) {
+        std::cerr << "usage: overrides SERVICE KEY VALUE\n";
+        return 2;
+    }
     try {
-        ostrelApi::OstrelService service(argc == 4 ? argv[1] : "");
+        ostrelApi::OstrelService service(argv[1]);
         ostrelApi::OverwrittenData data = service.getServerCertificateOverwrittenData("");
         data.setData(argv[2], argv[3]);
         std::cout << data.getMap().size() << " with what is pending, which discard() would drop\n";
@@ -19,7 +23,7 @@ int main(int argc, char* argv[])
             std::cout << key << ": " << value << '\n';
         }
     } catch (const std::exception& failure) {
-        std::cerr << "overrides SERVICE KEY VALUE: " << failure.what() << '\n';
+        std::cerr << "overrides: " << failure.what() << '\n';
         return 1;
     }
 }

@@ -45,11 +45,15 @@ void step(ostrelApi::OstrelService& service, const std::string& name, const std:
 
 int main(int argc, char* argv[])
 {
+    if (argc < 3) {
+        std::cerr << "usage: server_life SERVICE request|apply|show|revoke [FILE]\n";
+        return 2;
+    }
     try {
-        ostrelApi::OstrelService service(argc > 2 ? argv[1] : "");
+        ostrelApi::OstrelService service(argv[1]);
         step(service, argv[2], argc > 3 ? argv[3] : "");
     } catch (const std::exception& failure) {
-        std::cerr << "server_life SERVICE STEP [FILE]: " << failure.what() << '\n';
+        std::cerr << "server_life: " << failure.what() << '\n';
         return 1;
     }
 }
