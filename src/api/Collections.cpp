@@ -4,6 +4,7 @@
 #include <ostrel/ServiceConfiguration.h>
 
 #include "api/ExternalStore.h"
+#include "api/LookUpFailure.h"
 #include "api/TemporaryCertificate.h"
 #include "store/IdCnLines.h"
 #include "store/ListFile.h"
@@ -70,6 +71,20 @@ void requireRevoked(const Ids& revoked, const std::string& id, ReturnCode otherw
 
 } // namespace
 
+void failLookUp(const std::string& path, const char* certificate)
+{
+    try {
+        throw;
+    } catch (const std::exception& caught) {
+        removeTemporaryCertificate(path, failedToRemove, "'." + ostrel::textOf(caught));
+        trace("Standard exception caught while getting Id for ", certificate, ": ",
+              ostrel::textOf(caught));
+    } catch (...) {
+        trace("Generic exception caught while getting Id for ", certificate, ".");
+    }
+    throw OstrelApiException(ActionFailed);
+}
+
 std::string OstrelService::getCertificate(ostrel::TypeTarget target, const std::string& path)
 {
     const ostrel::TextFile file = readTextFile(path);
@@ -96,14 +111,8 @@ std::string OstrelService::idOfText(const ExternalStore& store, const std::strin
     try {
         // Intended: a file that cannot be written is the same certificate as none.
         writeTemporaryCertificate(path, pem);
-    } catch (const std::exception& caught) {
-        removeTemporaryCertificate(path, failedToRemove, "'." + ostrel::textOf(caught));
-        trace("Standard exception caught while getting Id for ", store.name, ": ",
-              ostrel::textOf(caught));
-        throw OstrelApiException(ActionFailed);
     } catch (...) {
-        trace("Generic exception caught while getting Id for ", store.name, ".");
-        throw OstrelApiException(ActionFailed);
+        failLookUp(path, store.name);
     }
     // Intended: when the look-up throws, the file stays behind.
     const std::string id = (this->*idOfFile)(path);

@@ -1,0 +1,163 @@
+#include "unit/api/ServiceCase.h"
+
+#include <sys/stat.h>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using service_case::externalStores;
+using service_case::Ids;
+using service_case::OstrelService;
+using service_case::pem;
+using service_case::testNameOf;
+using support::apiError;
+using support::thrownBy;
+
+/// Which certificate of a store is the one in a file.
+class LookUp : public service_case::ExternalStoreCase
+{
+protected:
+    std::string idOf(const std::string& text)
+    {
+        support::writeText(wanted, text);
+        return idOfFile(wanted);
+    }
+    std::string idOfFile(const std::string& path) { return (web.*store.idOfFile)(path); }
+
+    const std::string wanted = device.storeDirectory() + "/wanted.pem";
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, LookUp, testing::ValuesIn(externalStores), testNameOf);
+
+struct SameRow {
+    const char* sentence;
+    std::string wanted;
+    const char* expected;
+};
+
+TEST_P(LookUp, FindsTheCertificateWithTheSameLines)
+{
+    putList("1\n2\n3\n");
+    put("1", pem("AA\n"));
+    put("2", "text before\n" + pem("BB\nbb\n") + "text behind\n");
+    put("3", "-----BEGIN CERTIFICATE-----\nCC\n");
+    const SameRow rows[] = {
+        {"the first", pem("AA\n"), "1"},
+        {"text around the stored one", pem("BB\nbb\n"), "2"},
+        {"other text around the wanted one", "x\n" + pem("BB\nbb\n") + pem("AA\n"), "2"},
+        {"the wanted one is cut off", "-----BEGIN CERTIFICATE-----\nBB\n", "2"},
+        {"the stored one is cut off", pem("CC\ncc\n"), "3"},
+        {"another certificate", pem("DD\n"), ""},
+        {"another wrapping", pem("B\nBbb\n"), ""},
+        {"other line ends", "-----BEGIN CERTIFICATE-----\r\nAA\r\n", ""},
+        {"no certificate", "AA\n", ""},
+        {"an empty file", "", ""},
+    };
+    for (const SameRow& row : rows) {
+        EXPECT_EQ(idOf(row.wanted), row.expected) << row.sentence;
+    }
+}
+
+TEST_P(LookUp, PrefersTheSmallestIdOfDuplicates)
+{
+    putList("9\n10\n");
+    put("9", pem("AA\n"));
+    put("10", pem("AA\n"));
+    EXPECT_EQ(idOf(pem("AA\n")), "10");
+}
+
+TEST_P(LookUp, LooksAtTheListedCertificatesAlone)
+{
+    putList("");
+    put("1", pem("AA\n"));
+    EXPECT_EQ(idOf(pem("AA\n")), "");
+    putList("1\n");
+    EXPECT_EQ(idOf(pem("AA\n")), "1");
+}
+
+TEST_P(LookUp, PassesOverListedCertificatesThatCannotBeRead)
+{
+    putList("1\n2\n3\n4\n");
+    fs::create_directories(certificates + "/2");
+    ASSERT_EQ(::mknod((certificates + "/3").c_str(), S_IFSOCK | 0600, 0), 0);
+    EXPECT_EQ(idOf(pem("AA\n")), "") << "the first is missing, and the last too";
+    put("4", pem("AA\n"));
+    EXPECT_EQ(idOf(pem("AA\n")), "4");
+    EXPECT_EQ(idOf(""), "") << "what cannot be read is not the same as an empty file";
+}
+
+TEST_P(LookUp, FindsNothingForAFileThatCannotBeRead)
+{
+    putList("1\n2\n");
+    put("1", pem("AA\n"));
+    put("2", "");
+    const std::string socket = device.storeDirectory() + "/socket";
+    ASSERT_EQ(::mknod(socket.c_str(), S_IFSOCK | 0600, 0), 0);
+    for (const std::string& path :
+         {wanted + ".gone", socket, device.storeDirectory(), std::string()}) {
+        EXPECT_EQ(idOfFile(path), "") << path;
+    }
+}
+
+TEST_P(LookUp, NeedsTheList)
+{
+    put("1", pem("AA\n"));
+    EXPECT_EQ(thrownBy([&] { idOf(pem("AA\n")); }), apiError(1));
+}
+
+TEST_P(LookUp, ChangesNeitherTheFileNorTheStore)
+{
+    putList("1\n");
+    put("1", pem("AA\n"));
+    idOf(pem("BB\n"));
+    EXPECT_EQ(support::readText(wanted), pem("BB\n"));
+    EXPECT_EQ(support::readText(list), "1\n");
+    EXPECT_EQ(support::readText(certificates + "/1"), pem("AA\n"));
+}
+
+/// A service that lists its certificates in a way of its own.
+class OwnList : public OstrelService
+{
+public:
+    using OstrelService::OstrelService;
+    Ids getCAList() override { return ids; }
+    Ids getTrustedClientList() override { return ids; }
+
+    Ids ids;
+};
+
+TEST_P(LookUp, FollowsTheListThatASubclassGives)
+{
+    OwnList own("web");
+    own.ids = {"9", "10"};
+    put("9", pem("AA\n"));
+    put("10", pem("AA\n"));
+    support::writeText(wanted, pem("AA\n"));
+    EXPECT_EQ((own.*store.idOfFile)(wanted), "9") << "in the order that it gives";
+    EXPECT_EQ((own.*store.idOfText)(pem("AA\n")), "9");
+    own.ids.clear();
+    EXPECT_EQ((own.*store.idOfFile)(wanted), "");
+}
+
+/// A service that says by itself what it has.
+class OwnCapabilities : public OstrelService
+{
+public:
+    using OstrelService::OstrelService;
+    bool hasCA() const override { return hasBoth; }
+    bool hasTrustedClient() const override { return hasBoth; }
+
+    bool hasBoth = true;
+};
+
+TEST_P(LookUp, FollowsTheCapabilityThatASubclassTells)
+{
+    device.addService("bare", "");
+    OwnCapabilities own("bare");
+    EXPECT_EQ((own.*store.directory)(), device.storeDirectory() + "/bare/" + store.word + '/');
+    own.hasBoth = false;
+    EXPECT_EQ(thrownBy([&] { (own.*store.directory)(); }), apiError(7));
+}
+
+} // namespace

@@ -1,0 +1,284 @@
+#include "api/LookUpFailure.h"
+
+#include "unit/api/ServiceCase.h"
+
+#include <ostrel/Debug.h>
+
+#include "support/CapturedErrors.h"
+
+#include <csignal>
+#include <functional>
+#include <regex>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using service_case::externalStores;
+using service_case::OstrelService;
+using service_case::pem;
+using service_case::testNameOf;
+using support::apiError;
+using support::thrownBy;
+
+/// A service whose look-up by file is the test's.
+class OwnLookUp : public OstrelService
+{
+public:
+    using OstrelService::OstrelService;
+    std::string getIdCAPath(const std::string& path) override { return look(path); }
+    std::string getIdTrustedClientPath(const std::string& path) override { return look(path); }
+
+    std::function<std::string(const std::string&)> look;
+};
+
+/// A certificate given as text goes through a file, which a look-up reads.
+class LookUpOfText : public service_case::ExternalStoreCase
+{
+protected:
+    std::string idOf(const std::string& text) { return (web.*store.idOfText)(text); }
+    std::string ownIdOf(const std::string& text) { return (own.*store.idOfText)(text); }
+
+    /// Nothing but the store's own directory.
+    void expectNoFileLeft() const
+    {
+        for (const std::string& name : pipeFiles()) {
+            EXPECT_EQ(name, store.word);
+        }
+    }
+
+    OwnLookUp own{"web"};
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, LookUpOfText, testing::ValuesIn(externalStores), testNameOf);
+
+TEST_P(LookUpOfText, FindsWhatTheLookUpOfAFileFindsAndLeavesNoFile)
+{
+    putList("9\n10\n");
+    put("9", pem("AA\n"));
+    put("10", "text before\n" + pem("BB\n"));
+    const support::CapturedTrace trace;
+    EXPECT_EQ(idOf(pem("AA\n")), "9");
+    EXPECT_EQ(idOf("x\n" + pem("BB\n")), "10");
+    EXPECT_EQ(idOf(pem("CC\n")), "");
+    EXPECT_EQ(idOf("-----BEGIN CERTIFICATE-----\r\nAA\r\n-----END CERTIFICATE-----\r\n"), "");
+    EXPECT_EQ(idOf(""), "");
+    expectNoFileLeft();
+    EXPECT_EQ(trace.text(), "");
+}
+
+TEST_P(LookUpOfText, ShowsTheTextAsItIsGiven)
+{
+    const std::string texts[] = {
+        "",
+        "no line feed",
+        "\r\n\r\n",
+        pem("AA\n") + pem("BB\n"),
+        std::string("a\0b\n", 4),
+        std::string(1 << 20, 'x'),
+    };
+    for (const std::string& text : texts) {
+        own.look = [&](const std::string& path) {
+            EXPECT_EQ(support::readText(path), text);
+            return "the id";
+        };
+        EXPECT_EQ(ownIdOf(text), "the id");
+    }
+    expectNoFileLeft();
+}
+
+TEST_P(LookUpOfText, NamesItsFileAnewEachTimeInTheServicesPipeDirectory)
+{
+    const std::regex name("[0-9A-Za-z]{32}\\.crt");
+    std::set<std::string> names;
+    own.look = [&](const std::string& path) {
+        EXPECT_EQ(path, pipes + '/' + path.substr(pipes.size() + 1));
+        names.insert(path.substr(pipes.size() + 1));
+        return "";
+    };
+    for (int i = 0; i < 100; ++i) {
+        ownIdOf("text");
+    }
+    EXPECT_EQ(names.size(), 100U);
+    for (const std::string& one : names) {
+        EXPECT_TRUE(std::regex_match(one, name)) << one;
+    }
+}
+
+TEST_P(LookUpOfText, LeavesTheFilesModeAndGroupAsTheyAreMade)
+{
+    for (const mode_t mask : {0U, 022U, 077U}) {
+        struct stat status = {};
+        own.look = [&](const std::string& path) {
+            ::stat(path.c_str(), &status);
+            return "";
+        };
+        const mode_t former = ::umask(mask);
+        ownIdOf("text");
+        ::umask(former);
+        EXPECT_EQ(status.st_mode, S_IFREG | (0666U & ~mask));
+        EXPECT_EQ(status.st_gid, ::getegid());
+    }
+}
+
+struct ThrowRow {
+    const char* sentence;
+    void (*fail)();
+};
+
+// Intended: unlike a file that could not be written, one whose look-up failed stays.
+TEST_P(LookUpOfText, LeavesTheFileBehindWhenTheLookUpThrowsAndPassesThatOn)
+{
+    const ThrowRow rows[] = {
+        {"the API's own exception", [] { throw ostrelApi::OstrelApiException(33); }},
+        {"a standard exception", [] { throw std::out_of_range("text"); }},
+        {"anything else", [] { throw 1; }},
+    };
+    for (const ThrowRow& row : rows) {
+        SCOPED_TRACE(row.sentence);
+        const support::CapturedTrace trace;
+        std::string left;
+        own.look = [&](const std::string& path) -> std::string {
+            left = path;
+            row.fail();
+            return "";
+        };
+        EXPECT_EQ(thrownBy([&] { ownIdOf("given"); }), thrownBy(row.fail));
+        EXPECT_EQ(support::readText(left), "given");
+        EXPECT_EQ(trace.text(), "");
+    }
+    EXPECT_EQ(pipeFiles().size(), std::size(rows));
+}
+
+TEST_P(LookUpOfText, LeavesTheFileBehindWhenThereIsNoList)
+{
+    EXPECT_EQ(thrownBy([&] { idOf(pem("AA\n")); }), apiError(1));
+    ASSERT_EQ(pipeFiles().size(), 1U);
+    EXPECT_EQ(support::readText(pipes + '/' + *pipeFiles().begin()), pem("AA\n"));
+}
+
+TEST_P(LookUpOfText, TracesAFileThatIsGoneByItsEndAndKeepsTheResult)
+{
+    for (const bool isTraced : {true, false}) {
+        const support::CapturedTrace trace;
+        ostrel::gDebug = isTraced;
+        std::string seen;
+        own.look = [&](const std::string& path) {
+            seen = path;
+            fs::remove(path);
+            return "the id";
+        };
+        EXPECT_EQ(ownIdOf("text"), "the id");
+        EXPECT_EQ(trace.text(), isTraced ? "Failed to remove file '" + seen + "'.\n" : "");
+    }
+}
+
+TEST_P(LookUpOfText, FindsNothingWhereTheFileCannotBeMade)
+{
+    putList("1\n");
+    put("1", pem("AA\n"));
+    fs::remove_all(pipes);
+    const support::CapturedTrace trace;
+    EXPECT_EQ(idOf(pem("AA\n")), "");
+    EXPECT_TRUE(std::regex_match(trace.text(), std::regex("Failed to remove file '" + pipes +
+                                                          "/[0-9A-Za-z]{32}\\.crt'\\.\n")))
+        << trace.text();
+}
+
+/// Lets no file of this process grow beyond a size.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t size) : m_handler(::signal(SIGXFSZ, SIG_IGN))
+    {
+        ::getrlimit(RLIMIT_FSIZE, &m_former);
+        const rlimit limit = {size, m_former.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &m_former);
+        ::signal(SIGXFSZ, m_handler);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    void (*m_handler)(int);
+    rlimit m_former;
+};
+
+TEST_P(LookUpOfText, TakesWhatItCouldWriteWhereTheWritingFails)
+{
+    putList("1\n");
+    put("1", pem("AA\n"));
+    std::string written;
+    own.look = [&](const std::string& path) {
+        written = support::readText(path);
+        return "";
+    };
+    const FileSizeLimit limit(10);
+    ownIdOf(pem("AA\n"));
+    EXPECT_EQ(written, pem("AA\n").substr(0, 10));
+    EXPECT_EQ(idOf(pem("AA\n")), "");
+    expectNoFileLeft();
+}
+
+class Textless : public std::exception
+{
+public:
+    const char* what() const noexcept override { return nullptr; }
+};
+
+/// What is in flight when a look-up's file could not be written.
+struct FailureRow {
+    const char* sentence;
+    void (*fail)();
+    bool isFileLeft;
+    std::string traced;
+    std::string tracedWithoutAFile;
+};
+
+std::string failLookUpAfter(void (*fail)(), const std::string& path, const char* certificate)
+{
+    return thrownBy([&] {
+        try {
+            fail();
+        } catch (...) {
+            ostrelApi::failLookUp(path, certificate);
+        }
+    });
+}
+
+TEST_P(LookUpOfText, FailsWhateverKeepsItsFileFromBeingWritten)
+{
+    const std::string path = device.storeDirectory() + "/file.crt";
+    const std::string notRemoved = "Failed to remove file '" + path + "'.";
+    const std::string caught =
+        "exception caught while getting Id for " + std::string(store.certificate);
+    const std::string standard = "Standard " + caught + ": ";
+    const std::string generic = "Generic " + caught + ".\n";
+    const FailureRow rows[] = {
+        {"a standard exception", [] { throw std::out_of_range("why"); }, false, standard + "why\n",
+         notRemoved + "why\n" + standard + "why\n"},
+        {"one without a text", [] { throw Textless(); }, false, standard + "Unknown error\n",
+         notRemoved + "Unknown error\n" + standard + "Unknown error\n"},
+        // Intended: only a standard exception has the file removed.
+        {"anything else", [] { throw 1; }, true, generic, generic},
+    };
+    for (const FailureRow& row : rows) {
+        SCOPED_TRACE(row.sentence);
+        support::writeText(path, "");
+        const support::CapturedTrace trace;
+        EXPECT_EQ(failLookUpAfter(row.fail, path, store.certificate), apiError(1));
+        EXPECT_EQ(fs::exists(path), row.isFileLeft);
+        fs::remove(path);
+        EXPECT_EQ(failLookUpAfter(row.fail, path, store.certificate), apiError(1));
+        EXPECT_EQ(trace.text(), row.traced + row.tracedWithoutAFile);
+    }
+}
+
+} // namespace

@@ -1,0 +1,286 @@
+#include "unit/api/ServiceCase.h"
+
+#include "support/CapturedErrors.h"
+
+#include <thread>
+
+#include <sys/stat.h>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using service_case::externalStores;
+using service_case::Ids;
+using service_case::OstrelService;
+using service_case::pem;
+using service_case::testNameOf;
+using support::apiError;
+using support::thrownBy;
+
+/// What is read from a store without asking the daemon, which does not run.
+class Collection : public service_case::ExternalStoreCase
+{
+protected:
+    std::string get(const std::string& id) { return (web.*store.get)(id); }
+    Ids ids() { return (web.*store.list)(); }
+    Ids idsByCN(const std::string& cn) { return (web.*store.listByCN)(cn); }
+
+    std::string thrownByGet(const std::string& id)
+    {
+        return thrownBy([&] { get(id); });
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, Collection, testing::ValuesIn(externalStores), testNameOf);
+
+/// Something that can be found but not opened.
+void makeUnopenable(const std::string& path)
+{
+    fs::create_directories(fs::path(path).parent_path());
+    ASSERT_EQ(::mknod(path.c_str(), S_IFSOCK | 0600, 0), 0) << path;
+}
+
+struct TextRow {
+    const char* sentence;
+    std::string text;
+    std::string expected;
+};
+
+TEST_P(Collection, GivesTheFirstCertificateOfAFileAlone)
+{
+    const TextRow rows[] = {
+        {"one certificate", pem("AA\n"), pem("AA\n")},
+        {"two certificates", pem("AA\n") + pem("BB\n"), pem("AA\n")},
+        {"text around it", "text\n" + pem("AA\n") + "more\n", pem("AA\n")},
+        {"no line feed at the end", "x\n-----BEGIN CERTIFICATE-----\n-----END CERTIFICATE-----",
+         pem("")},
+        {"no END line", "-----BEGIN CERTIFICATE-----\nAA\n", "-----BEGIN CERTIFICATE-----\nAA\n\n"},
+        {"a BEGIN line with a blank behind", "-----BEGIN CERTIFICATE----- \nAA\nlast", "last\n"},
+        {"carriage returns, so no marker matches", "-----BEGIN CERTIFICATE-----\r\nAA\r\n", "\n"},
+        {"no certificate", "text\nlast", "last\n"},
+        {"no certificate, and a line feed at the end", "text\nlast\n", "\n"},
+        {"an empty file", "", "\n"},
+        {"a NUL in it", pem(std::string("A\0A\n", 4)), pem(std::string("A\0A\n", 4))},
+    };
+    for (const TextRow& row : rows) {
+        put("7", row.text);
+        EXPECT_EQ(get("7"), row.expected) << row.sentence;
+    }
+}
+
+TEST_P(Collection, TakesAnIdAsAPathBelowTheStore)
+{
+    put("sub/7.crt", pem("AA\n"));
+    EXPECT_EQ(get("sub/7.crt"), pem("AA\n"));
+    EXPECT_EQ(get("../" + std::string(store.word) + "/sub/7.crt"), pem("AA\n"));
+}
+
+TEST_P(Collection, HasNoCertificateWhereNoneCanBeRead)
+{
+    const std::string expected =
+        "ostrelApi::OstrelApiException: " + std::string(store.badCertificateText);
+    EXPECT_EQ(thrownByGet("7"), expected) << "there is no store";
+    putList("");
+    makeUnopenable(certificates + "/unopenable");
+    fs::create_symlink("nowhere", certificates + "/broken");
+    EXPECT_EQ(thrownByGet("7"), expected) << "a missing file";
+    EXPECT_EQ(thrownByGet("unopenable"), expected) << "one that cannot be opened";
+    EXPECT_EQ(thrownByGet("broken"), expected) << "a broken link";
+    EXPECT_EQ(thrownByGet(""), expected) << "the store's own directory";
+    EXPECT_EQ(thrownByGet(".cacheddata"), expected) << "a directory in it";
+    EXPECT_EQ(expected, apiError(store.badCertificate));
+}
+
+struct ListRow {
+    const char* sentence;
+    const char* list;
+    Ids expected;
+};
+
+TEST_P(Collection, ListsTheIdsOfItsListAscendingAndOnce)
+{
+    const ListRow rows[] = {
+        {"an empty list", "", {}},
+        {"one id", "7\n", {"7"}},
+        {"several, in no order, one of them twice", "10\n9\n9\n1", {"1", "10", "9"}},
+        {"empty lines", "\n\nb\n\na\n\n", {"a", "b"}},
+        {"blanks and carriage returns, which count", " a\na \na\r\na", {" a", "a", "a\r", "a "}},
+    };
+    for (const ListRow& row : rows) {
+        putList(row.list);
+        EXPECT_EQ(ids(), row.expected) << row.sentence;
+    }
+}
+
+struct CnRow {
+    const char* sentence;
+    std::string map;
+    std::string cn;
+    Ids expected;
+};
+
+TEST_P(Collection, FindsIdsByTheirWholeCommonNameByteByByte)
+{
+    const CnRow rows[] = {
+        {"one of several", "1 Root\n2 Other\n", "Root", {"1"}},
+        {"all that have it, by id", "9 Root\n10 Root\n1 Other\n", "Root", {"10", "9"}},
+        {"blanks within", "1 My Root CA\n", "My Root CA", {"1"}},
+        {"no match", "1 Root\n", "Leaf", {}},
+        {"another case", "1 Root\n", "root", {}},
+        {"a start of it", "1 Root\n", "Roo", {}},
+        {"more than it", "1 Root\n", "Root CA", {}},
+        {"a NUL and more", "1 Root\n", std::string("Root\0", 5), {}},
+        {"blanks before it in the file, which are dropped", "1   Root\n", "Root", {"1"}},
+        {"a blank before it in the question", "1  Root\n", " Root", {}},
+        {"a blank behind it in the file", "1 Root \n", "Root", {}},
+        {"a blank behind it in both", "1 Root \n", "Root ", {"1"}},
+        {"a carriage return behind it in the file", "1 Root\r\n", "Root", {}},
+        {"an id twice, whose first line counts", "1 Root\n1 Other\n", "Other", {}},
+        {"a line without a blank, which is skipped", "Root\n1 Root\n", "Root", {"1"}},
+        {"no name", "1 \n2 Root\n", "", {"1"}},
+        {"no id", " Root\n", "Root", {""}},
+        {"an empty map", "", "Root", {}},
+    };
+    for (const CnRow& row : rows) {
+        putMap(row.map);
+        EXPECT_EQ(idsByCN(row.cn), row.expected) << row.sentence;
+    }
+}
+
+TEST_P(Collection, CannotBeListedWithoutItsListNorSearchedWithoutItsMap)
+{
+    const auto expectFailures = [&] {
+        EXPECT_EQ(thrownBy([&] { ids(); }), apiError(1));
+        EXPECT_EQ(thrownBy([&] { idsByCN("Root"); }), apiError(1));
+    };
+    expectFailures();
+    makeUnopenable(list);
+    makeUnopenable(map);
+    expectFailures();
+    EXPECT_EQ(apiError(1),
+              "ostrelApi::OstrelApiException: Error -1: Generic exception (1 - Action Failed)");
+}
+
+TEST_P(Collection, IsEmptyWhereItsListAndItsMapAreDirectories)
+{
+    fs::create_directories(list);
+    fs::create_directories(map);
+    EXPECT_EQ(ids(), Ids());
+    EXPECT_EQ(idsByCN("Root"), Ids());
+}
+
+TEST_P(Collection, TellsItsDirectoryWhetherThatIsThereOrNot)
+{
+    EXPECT_EQ((web.*store.directory)(), device.storeDirectory() + "/web/" + store.word + '/');
+    EXPECT_FALSE(fs::exists(certificates));
+}
+
+TEST_P(Collection, IsReadAnewByEveryCall)
+{
+    putList("1\n");
+    put("1", pem("AA\n"));
+    EXPECT_EQ(ids(), Ids{"1"});
+    EXPECT_EQ(get("1"), pem("AA\n"));
+    putList("2\n");
+    put("1", pem("BB\n"));
+    EXPECT_EQ(ids(), Ids{"2"});
+    EXPECT_EQ(get("1"), pem("BB\n"));
+}
+
+TEST_P(Collection, AnswersSeveralThreadsAtOnce)
+{
+    putList("1\n2\n");
+    putMap("1 Root\n2 Root\n");
+    put("1", pem("AA\n"));
+    put("2", pem("BB\n"));
+    const auto ask = [&] {
+        for (int i = 0; i < 50; ++i) {
+            EXPECT_EQ(ids(), (Ids{"1", "2"}));
+            EXPECT_EQ(idsByCN("Root"), (Ids{"1", "2"}));
+            EXPECT_EQ(get("2"), pem("BB\n"));
+            EXPECT_EQ((web.*store.idOfText)(pem("BB\n")), "2");
+            EXPECT_EQ(thrownByGet("3"), apiError(store.badCertificate));
+            EXPECT_EQ(web.maxCA(), 0);
+        }
+    };
+    std::thread other(ask);
+    ask();
+    other.join();
+    EXPECT_EQ(pipeFiles(), std::set<std::string>{store.word}) << "no temporary file is left";
+}
+
+TEST_P(Collection, LeavesNoDescriptorAndWritesNothing)
+{
+    putList("1\n2\n");
+    put("1", pem("AA\n"));
+    const support::CapturedTrace trace;
+    const std::size_t before = support::openDescriptorCount();
+    ids();
+    get("1");
+    thrownByGet("2");
+    thrownByGet("");
+    thrownBy([&] { idsByCN("Root"); });
+    (web.*store.idOfText)(pem("AA\n"));
+    EXPECT_EQ(support::openDescriptorCount(), before);
+    EXPECT_EQ(trace.text(), "");
+}
+
+/// The workers that the queries of every store share.
+class CollectionWorker : public service_case::ServiceCase
+{
+protected:
+    OstrelService bare = bareService();
+
+private:
+    /// They ask for no store.
+    OstrelService bareService() const
+    {
+        device.addService("bare", "");
+        return OstrelService("bare");
+    }
+};
+
+struct TargetRow {
+    int target;
+    int code;
+    const char* text;
+};
+
+TEST_F(CollectionWorker, ReadsAnyFileAndNamesTheTargetOfOneThatIsMissing)
+{
+    const TargetRow rows[] = {
+        {0, 20, "Error -1: Generic exception (20 - The server certificate doesn't exist)"},
+        {1, 30, "Error -1: Generic exception (30 - Bad CA)"},
+        {2, 40, "Error -1: Generic exception (40 - Bad certificate for trusted client)"},
+        {3, 1, "Error -1: Generic exception (1 - Action Failed)"},
+        {4, 1, "Error -1: Generic exception (1 - Action Failed)"},
+        {5, 1, "Error -1: Generic exception (1 - Action Failed)"},
+        {-1, 1, "Error -1: Generic exception (1 - Action Failed)"},
+    };
+    const std::string path = device.storeDirectory() + "/any.pem";
+    support::writeText(path, "x\n" + pem("AA\n"));
+    for (const TargetRow& row : rows) {
+        SCOPED_TRACE(row.target);
+        const auto target = static_cast<ostrel::TypeTarget>(row.target);
+        EXPECT_EQ(bare.getCertificate(target, path), pem("AA\n"));
+        for (const std::string& missing :
+             {path + ".gone", device.storeDirectory(), std::string()}) {
+            EXPECT_EQ(thrownBy([&] { bare.getCertificate(target, missing); }),
+                      std::string("ostrelApi::OstrelApiException: ") + row.text);
+        }
+        EXPECT_EQ(apiError(row.code), std::string("ostrelApi::OstrelApiException: ") + row.text);
+    }
+}
+
+TEST_F(CollectionWorker, ReadsAnyListAndAnyMap)
+{
+    const std::string path = device.storeDirectory() + "/any.txt";
+    support::writeText(path, "9 Root\n10 Root\n");
+    EXPECT_EQ(bare.getList(path), (Ids{"10 Root", "9 Root"}));
+    EXPECT_EQ(bare.getListByCN(path, "Root"), (Ids{"10", "9"}));
+    EXPECT_EQ(thrownBy([&] { bare.getList(path + ".gone"); }), apiError(1));
+    EXPECT_EQ(thrownBy([&] { bare.getListByCN(path + ".gone", "Root"); }), apiError(1));
+}
+
+} // namespace

@@ -1,0 +1,84 @@
+#pragma once
+
+// What the tests of the import share: a service with a peer at its pipes, and
+// the temporary file as the peer finds it.
+
+#include "unit/api/ServiceCase.h"
+
+#include <functional>
+#include <regex>
+
+#include <sys/stat.h>
+
+namespace service_case
+{
+
+/// The file that an import names, at the moment at which the daemon reads it.
+struct SeenFile {
+    std::string path;
+    std::string text;
+    struct stat status = {};
+};
+
+class ImportCase : public ExternalStoreCase
+{
+protected:
+    std::string add(const std::string& certificate) { return (web.*store.add)(certificate); }
+    std::string addFile(const std::string& path) { return (web.*store.addFile)(path); }
+
+    std::string thrownByAdd(const std::string& certificate)
+    {
+        return support::thrownBy([&] { add(certificate); });
+    }
+
+    /// Has the peer look at the file that the next message names, and reply.
+    void lookAndAnswer(const std::string& reply)
+    {
+        actAndAnswer(reply, [this] {
+            seen.text = support::readText(seen.path);
+            ::stat(seen.path.c_str(), &seen.status);
+        });
+    }
+
+    /// Has the peer remove the file that the next message names, and reply.
+    void removeAndAnswer(const std::string& reply)
+    {
+        actAndAnswer(reply, [this] { std::filesystem::remove(seen.path); });
+    }
+
+    /// Whether a path is one that an import gives its file.
+    bool isTemporaryPath(const std::string& path) const
+    {
+        return std::regex_match(path, std::regex(pipes + "/[0-9A-Za-z]{32}\\.crt"));
+    }
+
+    std::string addMessage(const std::string& path) const
+    {
+        return messageStart() + store.word + "\tadd\t" + path;
+    }
+
+    /// Nothing but the daemon's own files.
+    void expectNoFileLeft() const
+    {
+        EXPECT_EQ(pipeFiles(), (std::set<std::string>{"web.in", "web.lock"}));
+    }
+
+    SeenFile seen;
+    // Last, for its thread may look at all the others.
+    support::ScriptedPeer peer{device, "web"};
+
+private:
+    void actAndAnswer(const std::string& reply, const std::function<void()>& act)
+    {
+        peer.play([this, reply, act](support::ScriptedPeer::Call& caller) {
+            caller.takeMessage();
+            const std::string message = peer.lastMessage();
+            seen.path = message.substr(message.rfind('\t') + 1);
+            act();
+            caller.openReply();
+            caller.send(reply);
+        });
+    }
+};
+
+} // namespace service_case

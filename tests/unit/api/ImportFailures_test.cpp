@@ -1,0 +1,273 @@
+#include "api/ImportFailure.h"
+
+#include "unit/api/ImportCase.h"
+
+#include <ostrel/Debug.h>
+
+#include "support/CapturedErrors.h"
+#include "support/FileWatch.h"
+#include "support/Interruption.h"
+#include "tools/Descriptor.h"
+
+#include <cstring>
+#include <future>
+
+#include <sys/file.h>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using service_case::externalStores;
+using service_case::messageLine;
+using service_case::OstrelService;
+using service_case::pem;
+using service_case::testNameOf;
+using support::apiError;
+using support::ScriptedPeer;
+using support::thrownBy;
+
+class ImportFailure : public service_case::ImportCase
+{
+protected:
+    /// A service of another group, with pipes of its own but no daemon.
+    OstrelService serviceOf(const std::string& group) const
+    {
+        device.addService("odd", "managmentGroup " + group + "\nca yes\ntrustedClients yes\n");
+        return OstrelService("odd");
+    }
+
+    std::string thrownByAddTo(OstrelService& service) const
+    {
+        return thrownBy([&] { (service.*store.add)(pem("AA\n")); });
+    }
+
+    const std::string oddPipes = device.pipesDirectory() + "/odd";
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, ImportFailure, testing::ValuesIn(externalStores), testNameOf);
+
+std::string messageOf(int returnCode)
+{
+    return ostrelApi::OstrelApiException(returnCode).what();
+}
+
+const std::string caughtLine = "Exception caught while adding certificate.";
+
+// Intended: the daemon's own code is told by the trace alone.
+TEST_P(ImportFailure, IsErrorOneForWhateverCodeTheDaemonRefusesWith)
+{
+    for (int code = 1; code <= 43; ++code) {
+        for (const bool isTraced : {true, false}) {
+            const support::CapturedTrace trace;
+            ostrel::gDebug = isTraced;
+            lookAndAnswer(std::to_string(code) + " reason");
+            EXPECT_EQ(thrownByAdd(pem("AA\n")), apiError(1));
+            EXPECT_EQ(trace.text(), isTraced
+                                        ? messageLine(addMessage(seen.path)) +
+                                              "Action failed while sending command to server.\n" +
+                                              caughtLine + messageOf(code) + '\n'
+                                        : "");
+            expectNoFileLeft();
+        }
+    }
+}
+
+TEST_P(ImportFailure, TellsWhyInItsTrace)
+{
+    const support::CapturedTrace trace;
+    lookAndAnswer("33 ");
+    EXPECT_EQ(thrownByAdd(pem("AA\n")),
+              "ostrelApi::OstrelApiException: Error -1: Generic exception (1 - Action Failed)");
+    EXPECT_EQ(trace.text().substr(trace.text().rfind("Exception caught")),
+              "Exception caught while adding certificate.Error 6: Already present "
+              "(33 - The certificate authority already exist)\n");
+}
+
+TEST_P(ImportFailure, TracesAFileThatTheDaemonHasRemovedBeforeItsRefusal)
+{
+    const support::CapturedTrace trace;
+    removeAndAnswer("9 ");
+    EXPECT_EQ(thrownByAdd(pem("AA\n")), apiError(1));
+    EXPECT_EQ(trace.text(), messageLine(addMessage(seen.path)) +
+                                "Action failed while sending command to server.\n" +
+                                "Error: File cannot be deleted: " + seen.path + '\n' + caughtLine +
+                                messageOf(9) + '\n');
+}
+
+TEST_P(ImportFailure, ByASignalKeepsItsOwnText)
+{
+    support::Interruption interruption;
+    const support::CapturedTrace trace;
+    peer.play([&](ScriptedPeer::Call& caller) {
+        caller.takeMessage();
+        interruption.untilOver();
+    });
+    const std::string thrown = thrownByAdd(pem("AA\n"));
+    interruption.over();
+    peer.finish();
+    EXPECT_EQ(thrown, std::string("std::runtime_error: ") + std::strerror(EINTR));
+    const std::string text = trace.text();
+    EXPECT_EQ(text.substr(text.rfind("Standard")),
+              "Standard exception caught while adding certificate." +
+                  std::string(std::strerror(EINTR)) + '\n');
+    expectNoFileLeft();
+}
+
+TEST_P(ImportFailure, OfTheReplyIsErrorOne)
+{
+    for (const char* reply : {"", " ", "x", "x 7"}) {
+        peer.answer(reply);
+        EXPECT_EQ(thrownByAdd(pem("AA\n")), apiError(1)) << reply;
+        expectNoFileLeft();
+    }
+}
+
+TEST_P(ImportFailure, IsAllThatADaemonThatDiesBringsAbout)
+{
+    peer.hangUpAndAnswer("");
+    EXPECT_EQ(thrownByAdd(pem("AA\n")), apiError(1));
+    peer.finish();
+    expectNoFileLeft();
+}
+
+TEST_P(ImportFailure, WithoutADaemonIsErrorOneToo)
+{
+    fs::remove(peer.lockPath());
+    const support::CapturedTrace trace;
+    EXPECT_EQ(thrownByAdd(pem("AA\n")), apiError(1));
+    EXPECT_EQ(trace.text(), "Failed to open the file '" + peer.lockPath() +
+                                "'. Looks like the 'ostreld' service is not running.\n" +
+                                caughtLine + messageOf(11) + '\n');
+    EXPECT_EQ(pipeFiles(), std::set<std::string>{"web.in"});
+}
+
+TEST_P(ImportFailure, OfTheSecondOfTwoAtOnceIsErrorOneAndLeavesTheFirstItsFile)
+{
+    std::promise<void> isMet;
+    std::promise<void> mayAnswer;
+    peer.play([&](ScriptedPeer::Call& caller) {
+        caller.takeMessage();
+        isMet.set_value();
+        mayAnswer.get_future().wait();
+        caller.openReply();
+        caller.send("0 first");
+    });
+    auto first = std::async(std::launch::async, [&] { return add(pem("AA\n")); });
+    isMet.get_future().wait();
+    const std::set<std::string> before = pipeFiles();
+    {
+        const support::CapturedTrace trace;
+        EXPECT_EQ(thrownByAdd(pem("BB\n")), apiError(1));
+        EXPECT_EQ(trace.text(), std::string("Error: file already locked : ") +
+                                    std::strerror(EWOULDBLOCK) + '\n' + caughtLine + messageOf(2) +
+                                    '\n');
+    }
+    EXPECT_EQ(pipeFiles(), before);
+    mayAnswer.set_value();
+    EXPECT_EQ(first.get(), "first");
+    EXPECT_EQ(peer.messages().size(), 1U);
+    expectNoFileLeft();
+}
+
+TEST_P(ImportFailure, OfAnUnknownGroupComesBeforeTheDaemonIsAsked)
+{
+    OstrelService odd = serviceOf("nobody-knows-it");
+    const support::CapturedTrace trace;
+    EXPECT_EQ(thrownByAddTo(odd), apiError(1));
+    EXPECT_EQ(trace.text(),
+              "Error: Change the group of the out file to 'nobody-knows-it' failed.\n" +
+                  caughtLine + messageOf(1) + '\n');
+    EXPECT_TRUE(fs::is_empty(oddPipes));
+}
+
+TEST_P(ImportFailure, OfAFileThatCannotBeMadeIsToldByTheChangeOfItsGroup)
+{
+    OstrelService odd = serviceOf("root");
+    fs::remove(oddPipes);
+    const support::CapturedTrace trace;
+    EXPECT_EQ(thrownByAddTo(odd), apiError(1));
+    const std::string text = trace.text();
+    const std::string notDeleted = "Error: File cannot be deleted: ";
+    const std::string path = text.substr(notDeleted.size(), oddPipes.size() + 37);
+    EXPECT_EQ(text, notDeleted + path +
+                        "\nStandard exception caught while adding certificate."
+                        "Runtime error caught while changing group for file '" +
+                        path + "': Impossible to change the group for " + path + '\n');
+    EXPECT_FALSE(fs::exists(oddPipes));
+}
+
+TEST_P(ImportFailure, OfAFileThatCannotBeReadComesBeforeAnythingIsDone)
+{
+    const std::string socket = device.storeDirectory() + "/socket";
+    ASSERT_EQ(::mknod(socket.c_str(), S_IFSOCK | 0600, 0), 0);
+    const support::CapturedTrace trace;
+    const support::FileWatch watch({pipes});
+    for (const std::string& path :
+         {device.storeDirectory() + "/missing", socket, device.storeDirectory(), std::string()}) {
+        EXPECT_EQ(thrownBy([&] { addFile(path); }), apiError(1)) << path;
+    }
+    EXPECT_EQ(watch.touched(), std::set<std::string>());
+    EXPECT_EQ(trace.text(), "");
+}
+
+/// An exception of the API without a text, or with one that says otherwise.
+class OtherText : public ostrelApi::OstrelApiException
+{
+public:
+    explicit OtherText(const char* text) : OstrelApiException(2), m_text(text) {}
+    const char* what() const noexcept override { return m_text; }
+
+private:
+    const char* m_text;
+};
+
+class Textless : public std::exception
+{
+public:
+    const char* what() const noexcept override { return nullptr; }
+};
+
+struct TierRow {
+    const char* sentence;
+    void (*fail)();
+    std::string traced;
+    std::string thrown;
+};
+
+TEST(FailImport, TracesTheTierAndKeepsTheTextOfASignalAlone)
+{
+    const std::string interrupted = std::strerror(EINTR);
+    const std::string asInterrupted = "std::runtime_error: " + interrupted;
+    const TierRow rows[] = {
+        {"the API's own", [] { throw ostrelApi::OstrelApiException(2); }, "a: " + messageOf(2),
+         apiError(1)},
+        {"the API's own without a text", [] { throw OtherText(nullptr); }, "a: Unknown error",
+         apiError(1)},
+        {"the API's own with the text of a signal", [] { throw OtherText(std::strerror(EINTR)); },
+         "a: " + interrupted, apiError(1)},
+        {"a standard exception", [] { throw std::out_of_range("why"); }, "b: why", apiError(1)},
+        {"one without a text", [] { throw Textless(); }, "b: Unknown error", apiError(1)},
+        {"one with the text of a signal", [] { throw std::logic_error(std::strerror(EINTR)); },
+         "b: " + interrupted, asInterrupted},
+        {"one with a text that begins so",
+         [] { throw std::runtime_error(std::strerror(EINTR) + std::string("!")); },
+         "b: " + interrupted + '!', apiError(1)},
+        {"anything else", [] { throw 1; }, "c.", apiError(1)},
+    };
+    for (const TierRow& row : rows) {
+        SCOPED_TRACE(row.sentence);
+        const support::CapturedTrace trace;
+        EXPECT_EQ(thrownBy([&] {
+                      try {
+                          row.fail();
+                      } catch (...) {
+                          ostrelApi::failImport({"a: ", "b: ", "c."});
+                      }
+                  }),
+                  row.thrown);
+        EXPECT_EQ(trace.text(), row.traced + '\n');
+    }
+}
+
+} // namespace
