@@ -1,5 +1,7 @@
 #include "support/Thrown.h"
 
+#include <ostrelApi/OstrelApiException.h>
+
 #include <exception>
 #include <memory>
 #include <typeinfo>
@@ -32,6 +34,11 @@ std::string thrownBy(const std::function<void()>& work)
         return "no standard exception";
     }
     return "nothing";
+}
+
+std::string apiError(int returnCode)
+{
+    return thrownBy([&] { throw ostrelApi::OstrelApiException(returnCode); });
 }
 
 } // namespace support

@@ -1,8 +1,9 @@
 #include "unit/protocol/TransportCase.h"
 
+#include "support/Interruption.h"
+
 #include <csignal>
 #include <ctime>
-#include <future>
 #include <thread>
 
 #include <sys/stat.h>
@@ -10,55 +11,12 @@
 namespace
 {
 
-using namespace std::chrono_literals;
+using support::Interruption;
 using support::ScriptedPeer;
 using transport_case::apiException;
 using transport_case::payload;
 using transport_case::runtimeError;
 using transport_case::Transport;
-
-void ignoreNothing(int /*signal*/) {}
-
-/// Signals the thread that made it, whose system calls are interrupted by that.
-class Interruption
-{
-public:
-    Interruption()
-    {
-        struct sigaction action = {};
-        action.sa_handler = ignoreNothing;
-        ::sigaction(SIGUSR1, &action, &m_former);
-    }
-    ~Interruption() { ::sigaction(SIGUSR1, &m_former, nullptr); }
-    Interruption(const Interruption&) = delete;
-    Interruption& operator=(const Interruption&) = delete;
-
-    void once() const { ::pthread_kill(m_target, SIGUSR1); }
-
-    /// Again and again until over(), for one that comes before the target has
-    /// started to wait is of no effect.
-    void untilOver()
-    {
-        const std::future<void> isOver = m_over.get_future();
-        while (isOver.wait_for(1ms) == std::future_status::timeout) {
-            once();
-        }
-        m_silent.set_value();
-    }
-
-    /// Afterwards no further signal comes.
-    void over()
-    {
-        m_over.set_value();
-        m_silent.get_future().wait();
-    }
-
-private:
-    const pthread_t m_target = ::pthread_self();
-    struct sigaction m_former;
-    std::promise<void> m_over;
-    std::promise<void> m_silent;
-};
 
 TEST_F(Transport, IsEndedByASignalWhileItWaitsForAReaderOfItsMessage)
 {
