@@ -51,7 +51,8 @@ void OstrelService::sendNotification(char signal)
         ::close(fifo);
         failToOpen(path, error);
     }
-    ostrel::trace("Send -> ", std::to_string(static_cast<int>(signal)));
+    // Unsigned everywhere, as char is on the device.
+    ostrel::trace("Send -> ", std::to_string(static_cast<unsigned char>(signal)));
     const ostrel::SigpipeBlock noSignal;
     // Intended: a byte that is lost on the way is not reported, and the
     // descriptor is closed once more after its stream has closed it.

@@ -1,0 +1,137 @@
+// The files of a store that are given back as text, line by line.
+
+#include "unit/api/StockedService.h"
+
+#include "support/CapturedErrors.h"
+
+#include <functional>
+
+#include <sys/stat.h>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using service_case::OstrelService;
+using service_case::StockedService;
+using support::apiError;
+using support::thrownBy;
+
+struct Reader {
+    const char* sentence;
+    std::string path;
+    std::function<std::string()> read;
+    /// Told when the file cannot be opened.
+    int returnCode;
+};
+
+class StoreTexts : public StockedService
+{
+protected:
+    OstrelService web{"web"};
+
+    const std::vector<Reader> readers = {
+        {"the signing request", csr, [this] { return web.getServerCsr(); }, 21},
+        {"the key in use", kept("server", "1.key"), [this] { return web.getServerKey(""); }, 1},
+        {"a key", kept("server", "2.key"), [this] { return web.getServerKey("2"); }, 1},
+        {"the details of the server certificate in use", volatileFile("server", "1.detail"),
+         [this] { return web.getServerCertificateDetails(""); }, 1},
+        {"the details of a server certificate", volatileFile("server", "2.detail"),
+         [this] { return web.getServerCertificateDetails("2"); }, 1},
+        {"the details of a CA", volatileFile("ca", "2.detail"),
+         [this] { return web.getCADetails("2"); }, 1},
+        {"the details of a trusted client", volatileFile("client", "2.detail"),
+         [this] { return web.getTrustedClientDetails("2"); }, 1},
+        {"any file", newFile, [this] { return OstrelService::getCertificateDetails(newFile); }, 1},
+    };
+};
+
+struct TextRow {
+    const char* sentence;
+    std::string text;
+    std::string expected;
+};
+
+// Intended: every line gets a line feed, also the empty one behind the last.
+TEST_F(StoreTexts, EndEachLineAndTheEmptyOneBehindTheLast)
+{
+    const TextRow rows[] = {
+        {"an empty file", "", "\n"},
+        {"a line feed alone", "\n", "\n\n"},
+        {"a line without an end", "a", "a\n"},
+        {"a line", "a\n", "a\n\n"},
+        {"two lines", "a\nb\n", "a\nb\n\n"},
+        {"two lines, the second without an end", "a\nb", "a\nb\n"},
+        {"empty lines", "\n\na\n\n", "\n\na\n\n\n"},
+        {"carriage returns", "a\r\nb\r", "a\r\nb\r\n"},
+        {"a NUL", std::string("a\0b\n", 4), std::string("a\0b\n\n", 5)},
+        {"bytes that are no text", "\xff\xfe\x80", "\xff\xfe\x80\n"},
+        {"a page", std::string(4096, 'x'), std::string(4096, 'x') + '\n'},
+        {"many pages", std::string(300000, 'x') + "\ny", std::string(300000, 'x') + "\ny\n"},
+    };
+    for (const Reader& reader : readers) {
+        for (const TextRow& row : rows) {
+            support::writeText(reader.path, row.text);
+            EXPECT_EQ(reader.read(), row.expected) << reader.sentence << ": " << row.sentence;
+        }
+    }
+}
+
+struct UnopenableRow {
+    const char* sentence;
+    void (*put)(const std::string& path);
+};
+
+TEST_F(StoreTexts, AreErrorsWhereTheirFilesCannotBeOpened)
+{
+    const UnopenableRow rows[] = {
+        {"missing", [](const std::string& /*path*/) {}},
+        {"a link to nothing", [](const std::string& path) { fs::create_symlink("nothing", path); }},
+        {"a link to itself", [](const std::string& path) { fs::create_symlink(path, path); }},
+        {"a socket",
+         [](const std::string& path) { ASSERT_EQ(::mknod(path.c_str(), S_IFSOCK | 0600, 0), 0); }},
+    };
+    const std::size_t descriptorsBefore = support::openDescriptorCount();
+    for (const Reader& reader : readers) {
+        for (const UnopenableRow& row : rows) {
+            fs::remove(reader.path);
+            row.put(reader.path);
+            EXPECT_EQ(thrownBy(reader.read), apiError(reader.returnCode))
+                << reader.sentence << ": " << row.sentence;
+        }
+    }
+    EXPECT_EQ(support::openDescriptorCount(), descriptorsBefore);
+}
+
+// One can be opened, but not read: there is no first line.
+TEST_F(StoreTexts, OfADirectoryAreOneEmptyLine)
+{
+    for (const Reader& reader : readers) {
+        fs::remove(reader.path);
+        fs::create_directory(reader.path);
+        EXPECT_EQ(reader.read(), "\n") << reader.sentence;
+    }
+}
+
+TEST_F(StoreTexts, AreReadAgainWithEachCall)
+{
+    for (const Reader& reader : readers) {
+        for (const char* text : {"before", "after"}) {
+            support::writeText(reader.path, text);
+            EXPECT_EQ(reader.read(), text + std::string("\n")) << reader.sentence;
+        }
+    }
+}
+
+TEST_F(StoreTexts, AreNeverTraced)
+{
+    const support::CapturedTrace trace;
+    for (const Reader& reader : readers) {
+        reader.read();
+        fs::remove(reader.path);
+        thrownBy(reader.read);
+    }
+    EXPECT_EQ(trace.text(), "");
+}
+
+} // namespace
