@@ -138,6 +138,11 @@ void Replacer::replace(const std::string& path,
     syncDirectoryOf(path);
 }
 
+void Replacer::share(const std::string& path, mode_t mode) const
+{
+    setAccess(openOrFail(path, O_RDONLY), path, {m_group, mode});
+}
+
 void Replacer::remove(const std::string& path) const
 {
     if (::unlink(path.c_str()) == 0) {

@@ -50,6 +50,9 @@ public:
     void replace(const std::string& path, const std::function<void(const std::string&)>& write,
                  mode_t mode) const;
 
+    /// Gives the file `path`, as it is, the group and this mode.
+    void share(const std::string& path, mode_t mode) const;
+
     /// Removes the file `path`, lastingly; a missing one is no failure.
     void remove(const std::string& path) const;
 

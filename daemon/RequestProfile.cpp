@@ -168,7 +168,9 @@ KeyKind RequestProfile::keyKind() const
     require(kind.curve.empty() || kind.curve == "P-256", CnfNotGood, "no curve but P-256");
     const std::string bits = requestSetting("default_bits");
     if (!bits.empty()) {
-        std::from_chars(bits.data(), bits.data() + bits.size(), kind.rsaBits);
+        const char* end = bits.data() + bits.size();
+        const auto [behind, error] = std::from_chars(bits.data(), end, kind.rsaBits);
+        require(error == std::errc() && behind == end, CnfNotGood, "default_bits is no number");
     }
     require(kind.rsaBits >= smallestRsaKey && kind.rsaBits <= largestRsaKey, CnfNotGood,
             "default_bits is out of range");
@@ -180,6 +182,7 @@ void RequestProfile::takeConfiguredName(X509_NAME* name) const
     const std::string section = requestSetting("distinguished_name");
     const bool isPlain = requestSetting("prompt") == "no";
     const STACK_OF(CONF_VALUE)* values = NCONF_get_section(m_conf.get(), section.c_str());
+    require(section.empty() || values != nullptr, CnfNotGood, "distinguished_name has no section");
     for (int i = 0; i < sk_CONF_VALUE_num(values); ++i) {
         const CONF_VALUE* entry = sk_CONF_VALUE_value(values, i);
         std::string type = entry->name;

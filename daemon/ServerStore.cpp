@@ -35,9 +35,10 @@ std::string networkText(const std::vector<std::string>& names)
     return fmt::format("{}\n", fmt::join(names, "\n"));
 }
 
+// A file that is there but cannot be read is a failure: nothing is given up for it.
 std::string orEmpty(const std::string& path)
 {
-    return std::filesystem::exists(path) ? readOwnFile(path) : std::string();
+    return std::filesystem::is_regular_file(path) ? readOwnFile(path) : std::string();
 }
 
 } // namespace
@@ -56,49 +57,64 @@ void ServerStore::rebuild()
     m_files.makeDirectories();
     readActive();
     discardHalfRequest();
-    m_files.removeUnless([&](const std::filesystem::path& path) {
-        const auto& paths = m_files.paths;
-        return path == paths.activePath() || path == paths.csrPath() ||
-               path == paths.csrKeyPath() || path == paths.csrNetworkPath() ||
-               belongsTo(path, m_active);
-    });
+    m_files.removeUnless([&](const std::filesystem::path& path) { return isNeeded(path); });
     if (hasActive()) {
+        // The configuration may name another key group than before.
+        m_lastingKeys.share(m_files.paths.certKeyPath(m_active), m_keyMode);
         m_files.writeSummaries(m_active, activeCertificate());
     }
 }
 
-bool ServerStore::belongsTo(const std::filesystem::path& path, const std::string& id) const
+bool ServerStore::isNeeded(const std::filesystem::path& path) const
 {
-    return !id.empty() && path.stem().string() == id;
+    const auto& paths = m_files.paths;
+    const bool isOfActive = path == paths.activePath() || path.stem().string() == m_active;
+    const bool isOfRequest =
+        path == paths.csrPath() || path == paths.csrKeyPath() || path == paths.csrNetworkPath();
+    return (isOfActive && hasActive()) || (isOfRequest && isRequestPending());
 }
 
-// A certificate that cannot be read is not in use: the service would serve nothing with it.
 void ServerStore::readActive()
 {
     m_active.clear();
     m_former.clear();
     const std::string named = orEmpty(m_files.paths.activePath());
     const std::string id = named.substr(0, named.find('\n'));
-    if (id.empty() || id.find('/') != std::string::npos) {
-        return;
+    if (!id.empty() && id.find('/') == std::string::npos && isWhole(id)) {
+        m_active = id;
     }
+}
+
+// A certificate that is damaged, or has no key, is not in use: the service would
+// serve nothing with it.
+bool ServerStore::isWhole(const std::string& id) const
+{
     try {
-        if (Certificate(m_files.certificateText(id)).id() == id) {
-            m_active = id;
+        const Certificate certificate(orEmpty(m_files.paths.certPath(id)));
+        std::string keyPem = orEmpty(m_files.paths.certKeyPath(id));
+        const Wipe wipe(keyPem);
+        if (certificate.id() != id ||
+            !Key::fromPem(keyPem).matches(X509_get0_pubkey(certificate.get()))) {
+            throw Refusal(NoServerCertificate, "another certificate, or another key");
         }
-    } catch (const std::exception& caught) {
-        logEvent("{}: server {}: {}", m_service->m_serviceName, id, caught.what());
+        return true;
+    } catch (const Refusal& caught) {
+        logEvent("{}: server {} is not in use: {}", m_service->m_serviceName, id, caught.what());
+        return false;
     }
 }
 
 // A request without its key, which lies in a volatile directory, can never be answered.
 void ServerStore::discardHalfRequest() const
 {
-    std::string pem = orEmpty(m_files.paths.csrKeyPath());
-    const Wipe wipe(pem);
-    if (isRequestPending() &&
-        !Key::fromPem(pem).matches(SigningRequest(requestText()).publicKey())) {
-        logEvent("{}: the pending request has lost its key", m_service->m_serviceName);
+    if (!isRequestPending()) {
+        return;
+    }
+    try {
+        std::string pem = pendingKeyText();
+        const Wipe wipe(pem);
+    } catch (const Refusal& caught) {
+        logEvent("{}: the pending request is removed: {}", m_service->m_serviceName, caught.what());
         removeRequest();
     }
 }
@@ -146,15 +162,24 @@ std::int64_t ServerStore::requestTime() const
     return ::stat(m_files.paths.csrPath().c_str(), &status) == 0 ? status.st_ctime : 0;
 }
 
-void ServerStore::apply(const std::string& pem)
+// The key of the pending request, which the caller wipes.
+std::string ServerStore::pendingKeyText() const
 {
     const SigningRequest request(requestText());
+    std::string pem = orEmpty(m_files.paths.csrKeyPath());
+    if (!Key::fromPem(pem).matches(request.publicKey())) {
+        const Wipe wipe(pem);
+        throw Refusal(NoPrivateKey, "the pending request has lost its key");
+    }
+    return pem;
+}
+
+void ServerStore::apply(const std::string& pem)
+{
     const Certificate certificate(pem);
-    std::string keyPem = orEmpty(m_files.paths.csrKeyPath());
+    std::string keyPem = pendingKeyText();
     const Wipe wipe(keyPem);
-    const EVP_PKEY* publicKey = X509_get0_pubkey(certificate.get());
-    if (publicKey == nullptr || EVP_PKEY_eq(request.publicKey(), publicKey) != 1 ||
-        !Key::fromPem(keyPem).matches(publicKey)) {
+    if (!Key::fromPem(keyPem).matches(X509_get0_pubkey(certificate.get()))) {
         throw Refusal(CertificateAndCsrDiffer, "another key than the pending request's");
     }
     putInUse(certificate, keyPem, orEmpty(m_files.paths.csrNetworkPath()));
@@ -184,8 +209,8 @@ void ServerStore::putInUse(const Certificate& certificate, const std::string& ke
         throw;
     }
     if (id != m_active) {
-        removeSet(m_former);
-        m_former = std::exchange(m_active, id);
+        // It is in use already, whatever becomes of the oldest one.
+        removeSet(std::exchange(m_former, std::exchange(m_active, id)));
     }
 }
 

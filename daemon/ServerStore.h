@@ -70,6 +70,9 @@ public:
 
 private:
     void readActive();
+    bool isWhole(const std::string& id) const;
+    bool isNeeded(const std::filesystem::path& path) const;
+    std::string pendingKeyText() const;
     void discardHalfRequest() const;
     void putInUse(const Certificate& certificate, const std::string& keyPem,
                   const std::string& network);
@@ -77,7 +80,6 @@ private:
                   const std::string& network);
     void removeSet(const std::string& id) const;
     void removeRequest() const;
-    bool belongsTo(const std::filesystem::path& path, const std::string& id) const;
     Certificate activeCertificate() const;
 
     const ostrel::ServiceConfiguration* m_service;

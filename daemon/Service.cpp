@@ -353,11 +353,7 @@ std::string Service::getOverwrittenData(const Commands& command)
 std::string Service::setOverwrittenData(const Commands& command)
 {
     const CertificateStore& store = storeWith(command);
-    try {
-        store.files().setOverride(command.arguments[0], command.arguments[1], command.arguments[2]);
-    } catch (const ostrelApi::OstrelApiException& caught) {
-        throw Refusal(ActionFailed, caught.what());
-    }
+    store.files().setOverride(command.arguments[0], command.arguments[1], command.arguments[2]);
     return {};
 }
 

@@ -3,7 +3,9 @@
 #include "Certificate.h"
 #include "Files.h"
 #include "Log.h"
+#include "Refusal.h"
 
+#include <ostrelApi/OstrelApiException.h>
 #include <ostrelApi/OverwrittenData.h>
 
 #include <filesystem>
@@ -104,7 +106,24 @@ public:
         return ostrelApi::OverwrittenData(paths.certOverwrittenDataPath(id)).getMap();
     }
 
+    /// Throws Refusal, "Action Failed", for a key or a value that overrides
+    /// cannot hold.
     void setOverride(const std::string& id, const std::string& key, const std::string& value) const
+    {
+        try {
+            writeOverride(id, key, value);
+        } catch (const ostrelApi::OstrelApiException& caught) {
+            throw Refusal(ActionFailed, caught.what());
+        }
+    }
+
+    const Accessor paths;
+    const Replacer lasting;
+    const Replacer fleeting;
+
+private:
+    void writeOverride(const std::string& id, const std::string& key,
+                       const std::string& value) const
     {
         auto all = overrides(id);
         all[key] = value;
@@ -118,11 +137,6 @@ public:
         lasting.replace(paths.certOverwrittenDataPath(id), write, overridesMode);
     }
 
-    const Accessor paths;
-    const Replacer lasting;
-    const Replacer fleeting;
-
-private:
     template <class Keep>
     static void removeIn(const std::string& directory, const Replacer& replacer, Keep keep)
     {

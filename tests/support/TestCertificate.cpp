@@ -57,6 +57,37 @@ void addExtension(X509* certificate, int nid, const std::string& value)
             "add an extension");
 }
 
+Owner<BIO> readerOf(const std::string& text)
+{
+    return Owner<BIO>(BIO_new_mem_buf(text.data(), static_cast<int>(text.size())),
+                      [](BIO* bio) { BIO_free(bio); });
+}
+
+Owner<EVP_PKEY> keyOfRequest(const std::string& pem)
+{
+    const Owner<X509_REQ> request(
+        PEM_read_bio_X509_REQ(readerOf(pem).get(), nullptr, nullptr, nullptr), X509_REQ_free);
+    require(request != nullptr, "read a signing request");
+    return Owner<EVP_PKEY>(X509_REQ_get_pubkey(request.get()), EVP_PKEY_free);
+}
+
+Owner<X509> certificateOf(const std::string& pem)
+{
+    Owner<X509> certificate(PEM_read_bio_X509(readerOf(pem).get(), nullptr, nullptr, nullptr),
+                            X509_free);
+    require(certificate != nullptr, "read a certificate");
+    return certificate;
+}
+
+void setPublicKey(X509* certificate, const std::string& request)
+{
+    if (request.empty()) {
+        X509_set_pubkey(certificate, processKey());
+    } else {
+        X509_set_pubkey(certificate, keyOfRequest(request).get());
+    }
+}
+
 void fill(X509* certificate, const TestCertificate& wish)
 {
     X509_set_version(certificate, X509_VERSION_3);
@@ -82,7 +113,7 @@ std::string TestCertificate::pem() const
 {
     const Owner<X509> certificate(X509_new(), X509_free);
     fill(certificate.get(), *this);
-    X509_set_pubkey(certificate.get(), processKey());
+    setPublicKey(certificate.get(), request);
     require(X509_sign(certificate.get(), processKey(), EVP_sha256()) > 0, "sign");
     const Owner<BIO> out(BIO_new(BIO_s_mem()), [](BIO* bio) { BIO_free(bio); });
     require(PEM_write_bio_X509(out.get(), certificate.get()) == 1, "write a certificate");
@@ -93,10 +124,7 @@ std::string TestCertificate::pem() const
 
 std::string fingerprintId(const std::string& pem)
 {
-    const Owner<BIO> in(BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())),
-                        [](BIO* bio) { BIO_free(bio); });
-    const Owner<X509> certificate(PEM_read_bio_X509(in.get(), nullptr, nullptr, nullptr),
-                                  X509_free);
+    const Owner<X509> certificate = certificateOf(pem);
     unsigned char* der = nullptr;
     const int length = i2d_X509(certificate.get(), &der);
     require(length > 0, "encode a certificate");
@@ -109,6 +137,24 @@ std::string fingerprintId(const std::string& pem)
         text += "0123456789abcdef"[digest[i] % 16];
     }
     return text;
+}
+
+std::string certificateFor(const std::string& request)
+{
+    TestCertificate wish;
+    wish.commonName = "web.example";
+    wish.issuer = "Test CA";
+    wish.isCA = false;
+    wish.request = request;
+    return wish.pem();
+}
+
+bool isKeyOf(const std::string& certificatePem, const std::string& keyPem)
+{
+    const Owner<EVP_PKEY> key(
+        PEM_read_bio_PrivateKey(readerOf(keyPem).get(), nullptr, nullptr, nullptr), EVP_PKEY_free);
+    const Owner<X509> certificate = certificateOf(certificatePem);
+    return key != nullptr && X509_check_private_key(certificate.get(), key.get()) == 1;
 }
 
 } // namespace support

@@ -18,6 +18,9 @@ struct TestCertificate {
     std::string notAfter = "20400101000000Z";
     /// So many bytes are put into a comment.
     std::size_t padding = 0;
+    /// A signing request, PEM, whose public key it is for; this process's own
+    /// key when empty.
+    std::string request = {};
 
     /// Makes it, as PEM text.
     std::string pem() const;
@@ -25,5 +28,11 @@ struct TestCertificate {
 
 /// The first 16 hexadecimal digits of the SHA-256 fingerprint, by OpenSSL.
 std::string fingerprintId(const std::string& pem);
+
+/// What an authority makes of a signing request.
+std::string certificateFor(const std::string& request);
+
+/// Whether a private key, PEM, is the one that a certificate is for.
+bool isKeyOf(const std::string& certificatePem, const std::string& keyPem);
 
 } // namespace support

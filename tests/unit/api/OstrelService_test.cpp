@@ -223,7 +223,6 @@ TEST_F(Service, ReleasesNoLockThatIsHeldElsewhere)
 
 TEST_F(Service, IsDestroyedWithoutAWordAndWithoutADescriptorLeft)
 {
-    const support::CapturedTrace trace;
     const std::size_t before = support::openDescriptorCount();
     buildAndDestroy();
     support::writeText(pipes + "/web.lock", "");
@@ -232,6 +231,10 @@ TEST_F(Service, IsDestroyedWithoutAWordAndWithoutADescriptorLeft)
     fs::create_directory(pipes + "/web.lock");
     buildAndDestroy();
     EXPECT_EQ(support::openDescriptorCount(), before);
+
+    auto service = std::make_unique<OstrelService>("web");
+    const support::CapturedTrace trace;
+    service.reset();
     EXPECT_EQ(trace.text(), "");
 }
 

@@ -1,0 +1,93 @@
+#include "integration/ServerCase.h"
+
+#include <atomic>
+#include <thread>
+
+namespace
+{
+
+/// What one look at the store saw.
+struct Look {
+    std::string id;
+    std::string certificate;
+    std::string key;
+};
+
+// Certificate and key of the id that is in use, as an application reads them.
+Look look()
+{
+    ostrelApi::OstrelService web("web");
+    Look seen;
+    seen.id = web.getServerActiveCertificateId();
+    seen.certificate = web.getServerCertificate(seen.id);
+    seen.key = web.getServerKey(seen.id);
+    return seen;
+}
+
+std::string faultOf(const Look& seen)
+{
+    if (support::fingerprintId(seen.certificate) != seen.id) {
+        return "another certificate than the one named";
+    }
+    return support::isKeyOf(seen.certificate, seen.key) ? "" : "another key than the certificate's";
+}
+
+class ServerSwitch : public server_case::WithServer
+{
+protected:
+    /// Looks again and again until `isEnough`: the first fault that it saw.
+    static std::string watch(const std::atomic<bool>& isEnough, int& looks)
+    {
+        for (; !isEnough; ++looks) {
+            const std::string fault = faultOfOneLook();
+            if (!fault.empty()) {
+                return fault;
+            }
+        }
+        return "";
+    }
+
+    // A set stays until the change after the next: only a reader that two
+    // changes overtook may find it gone.
+    static std::string faultOfOneLook()
+    {
+        const std::string before = web().getServerActiveCertificateId();
+        try {
+            return faultOf(look());
+        } catch (const ostrelApi::OstrelApiException& caught) {
+            const bool isOvertaken = web().getServerActiveCertificateId() != before;
+            return isOvertaken ? "" : caught.getErrorMessage();
+        }
+    }
+};
+
+TEST_F(ServerSwitch, ShowsEveryReaderTheOldSetOrTheNewOne)
+{
+    daemon.start();
+    applyNew();
+    std::atomic<bool> isEnough{false};
+    std::string fault;
+    int looks = 0;
+    std::thread reader([&] { fault = watch(isEnough, looks); });
+    for (int i = 0; i < 50; ++i) {
+        applyNew();
+    }
+    isEnough = true;
+    reader.join();
+    EXPECT_EQ(fault, "");
+    EXPECT_GT(looks, 50);
+}
+
+TEST_F(ServerSwitch, LeavesAReaderTheSetWhoseNameItHasTaken)
+{
+    daemon.start();
+    const std::string id = applyNew();
+    const std::string key = web().getServerKey(id);
+    applyNew();
+    EXPECT_EQ(web().getServerKey(id), key);
+    EXPECT_TRUE(support::isKeyOf(web().getServerCertificate(id), key));
+    applyNew();
+    EXPECT_FALSE(std::filesystem::exists(paths.certKeyPath(id)));
+}
+
+} // namespace
