@@ -95,16 +95,6 @@ void makeDirectory(const std::string& path, const Access& access)
     setAccess(openOrFail(path, O_RDONLY | O_DIRECTORY), path, access);
 }
 
-void shareFile(const std::string& path, const Access& access)
-{
-    const Descriptor file = Descriptor::open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-    if (file.isOpen()) {
-        setAccess(file, path, access);
-    } else if (errno != ENOENT) {
-        failSystemCall("open", path);
-    }
-}
-
 Replacer::Replacer(std::string scratchDirectory, gid_t group, Durability durability)
     : m_scratch(std::move(scratchDirectory) + "/.new"), m_group(group), m_durability(durability)
 {
@@ -140,7 +130,12 @@ void Replacer::replace(const std::string& path,
 
 void Replacer::share(const std::string& path, mode_t mode) const
 {
-    setAccess(openOrFail(path, O_RDONLY), path, {m_group, mode});
+    const Descriptor file = Descriptor::open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+    if (file.isOpen()) {
+        setAccess(file, path, {m_group, mode});
+    } else if (errno != ENOENT) {
+        failSystemCall("open", path);
+    }
 }
 
 void Replacer::remove(const std::string& path) const

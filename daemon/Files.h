@@ -29,9 +29,6 @@ void setAccess(const ostrel::Descriptor& file, const std::string& path, const Ac
 /// existing one gets it too.
 void makeDirectory(const std::string& path, const Access& access);
 
-/// Gives the regular file `path` this access; a missing one is no failure.
-void shareFile(const std::string& path, const Access& access);
-
 /// Whether a lasting file has to outlive a power cut.
 enum class Durability { Lasting, Volatile };
 
@@ -50,7 +47,8 @@ public:
     void replace(const std::string& path, const std::function<void(const std::string&)>& write,
                  mode_t mode) const;
 
-    /// Gives the file `path`, as it is, the group and this mode.
+    /// Gives the file `path`, as it is, the group and this mode; a missing one
+    /// is no failure.
     void share(const std::string& path, mode_t mode) const;
 
     /// Removes the file `path`, lastingly; a missing one is no failure.

@@ -58,10 +58,24 @@ void ServerStore::rebuild()
     readActive();
     discardHalfRequest();
     m_files.removeUnless([&](const std::filesystem::path& path) { return isNeeded(path); });
+    shareAgain();
     if (hasActive()) {
-        // The configuration may name another key group than before.
-        m_lastingKeys.share(m_files.paths.certKeyPath(m_active), m_keyMode);
         m_files.writeSummaries(m_active, activeCertificate());
+    }
+}
+
+// The configuration may name other groups than when the files were written.
+void ServerStore::shareAgain() const
+{
+    const auto& paths = m_files.paths;
+    for (const std::string& path : {paths.activePath(), paths.csrPath()}) {
+        m_files.lasting.share(path, storeFileMode);
+    }
+    m_files.fleeting.share(paths.csrNetworkPath(), storeFileMode);
+    if (hasActive()) {
+        m_files.share(m_active);
+        m_files.lasting.share(paths.certNetworkPath(m_active), storeFileMode);
+        m_lastingKeys.share(paths.certKeyPath(m_active), m_keyMode);
     }
 }
 

@@ -74,6 +74,7 @@ private:
     bool isNeeded(const std::filesystem::path& path) const;
     std::string pendingKeyText() const;
     void discardHalfRequest() const;
+    void shareAgain() const;
     void putInUse(const Certificate& certificate, const std::string& keyPem,
                   const std::string& network);
     void writeSet(const Certificate& certificate, const std::string& keyPem,

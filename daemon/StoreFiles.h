@@ -72,8 +72,8 @@ public:
     /// another one than when they were written.
     void share(const std::string& id) const
     {
-        shareFile(paths.certPath(id), {m_group, storeFileMode});
-        shareFile(paths.certOverwrittenDataPath(id), {m_group, overridesMode});
+        lasting.share(paths.certPath(id), storeFileMode);
+        lasting.share(paths.certOverwrittenDataPath(id), overridesMode);
     }
 
     /// Writes the volatile files of a certificate.
