@@ -73,6 +73,9 @@ void Service::generateSelfSigned(std::uint32_t days)
     if (std::time(nullptr) < ostrel::DaemonConfiguration::getMinDateForGeneratingCert()) {
         throw Refusal(ActionFailed, "the clock is before minDateForGeneratingCert");
     }
+    if (days > longestValidityDays) {
+        throw Refusal(BadConfiguration, "selfSignedValidity is more than a hundred years");
+    }
     server().generateSelfSigned(days);
     logEvent("{}: self-signed certificate {}", m_name, server().active());
 }
@@ -162,6 +165,7 @@ void Service::checkExpiry()
         generateSelfSigned(m_configuration->m_selfSignedValidity);
         tellChange("server-apply");
     }
+    logStep("{}: looked at the end of the certificate", m_name);
 }
 
 void Service::checkNetwork()
@@ -170,6 +174,7 @@ void Service::checkNetwork()
         generateSelfSigned(m_configuration->m_selfSignedValidity);
         tellChange("server-apply");
     }
+    logStep("{}: looked at the addresses of the device", m_name);
 }
 
 std::uint32_t Service::expiryCheckOffset() const

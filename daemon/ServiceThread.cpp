@@ -90,10 +90,11 @@ void ServiceThread::attempt(const char* what, Work work)
     }
 }
 
-// A "reload" may have changed who may call.
+// A "reload" may have changed who may call, and when to look at the ends.
 void ServiceThread::followConfiguration()
 {
     attempt("group", [this] { m_channel.shareWith(m_service.group()); });
+    m_clock.follow(m_service.expiryCheckOffset());
 }
 
 } // namespace ostreld

@@ -1,0 +1,145 @@
+#include "integration/ServerCase.h"
+
+#include "support/Await.h"
+
+#include <gmock/gmock.h>
+
+namespace
+{
+
+using server_case::ask;
+using server_case::payload;
+using testing::HasSubstr;
+using testing::Not;
+
+const char record[] = "for word; do printf '<%s>' \"$word\"; done >>\"$OSTREL_SANDBOX/calls\"\n"
+                      "echo >>\"$OSTREL_SANDBOX/calls\"\n";
+
+class Callbacks : public server_case::WithServer
+{
+protected:
+    Callbacks() { support::writeText(m_calls, ""); }
+
+    static void writeScript(const std::string& path, const std::string& text)
+    {
+        support::writeText(path, "#!/bin/sh\n" + text);
+        std::filesystem::permissions(path, std::filesystem::perms(0700));
+    }
+
+    /// Starts the daemon with this callback script.
+    void startWith(const std::string& script, const std::string& settings = "")
+    {
+        writeScript("/etc/ostrel/scripts/changed", script);
+        configure("callbackScript changed\n" + settings);
+        daemon.start();
+    }
+
+    /// Waits until the script was called for one change more: the calls so far.
+    std::string callsAfter(const std::string& call) const
+    {
+        support::awaitChange(m_calls, call, [&] {
+            return support::readText(m_calls).find(call + '\n') != std::string::npos;
+        });
+        return support::readText(m_calls);
+    }
+
+    const std::string m_calls = support::boxDirectory() + "/calls";
+};
+
+TEST_F(Callbacks, AreMadeForEachChangeInTheirOrder)
+{
+    startWith(record);
+    applyNew();
+    ask(ostrel::CommandSetOverwrittenData, {"key", "value"});
+    ask(ostrel::CommandCreateCrt, {"self", "30", "yes"});
+    web().revokeServerCertificate("");
+    EXPECT_EQ(callsAfter("<web><server-revoke>"), "<web><server-request>\n"
+                                                  "<web><server-apply>\n"
+                                                  "<web><server-override>\n"
+                                                  "<web><server-apply>\n"
+                                                  "<web><server-revoke>\n");
+}
+
+TEST_F(Callbacks, AreNotMadeForQuestionsAndRefusals)
+{
+    startWith(record);
+    ask(ostrel::CommandGetCsr);
+    ask(ostrel::CommandRevoke);
+    ask(ostrel::CommandApplyCrt, {given("")});
+    ask(ostrel::CommandHelp);
+    web().createServerCsr();
+    EXPECT_EQ(callsAfter("<web><server-request>"), "<web><server-request>\n");
+}
+
+TEST_F(Callbacks, AreMadeForWhatTheDaemonDoesItself)
+{
+    startWith(record, "selfSignedGeneration yes\n");
+    EXPECT_EQ(callsAfter("<web><server-apply>"), "<web><server-apply>\n");
+}
+
+TEST_F(Callbacks, GetEveryNameAsOneArgument)
+{
+    const std::string name = "o'dd \"na me\" $(id) *;";
+    writeScript("/etc/ostrel/scripts/a script", record);
+    configure("callbackScript a script\nselfSignedGeneration yes\n");
+    device.addService(name, support::readText("/etc/ostrel/services/web.conf"));
+    daemon.start();
+    EXPECT_THAT(callsAfter('<' + name + "><server-apply>"), HasSubstr("<web><server-apply>\n"));
+}
+
+TEST_F(Callbacks, MayLieAnywhere)
+{
+    const std::string path = support::boxDirectory() + "/elsewhere";
+    writeScript(path, record);
+    configure("callbackScript " + path + '\n');
+    daemon.start();
+    web().createServerCsr();
+    callsAfter("<web><server-request>");
+}
+
+TEST_F(Callbacks, ThatFailChangeNothingAndAreLogged)
+{
+    const struct {
+        const char* sentence;
+        const char* script;
+        const char* line;
+    } rows[] = {
+        {"it fails", "exit 3\n",
+         "web: callback for server-request: /etc/ostrel/scripts/changed failed"},
+        {"it is killed", "kill -9 $$\n",
+         "web: callback for server-request: /etc/ostrel/scripts/changed failed"},
+        {"it prints too much", "yes\n",
+         "web: callback for server-request: /etc/ostrel/scripts/changed prints too much"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sentence);
+        startWith(row.script);
+        const support::RunningDaemon::LogMark mark(daemon);
+        EXPECT_EQ(ask(ostrel::CommandCreateCsr), payload(""));
+        mark.await(row.line);
+        EXPECT_EQ(web().getCsrInfo().subjectName.commonName, "web.example");
+        daemon.stop();
+    }
+}
+
+TEST_F(Callbacks, ThatAreMissingChangeNothingAndAreLogged)
+{
+    configure("callbackScript missing\n");
+    daemon.start();
+    const support::RunningDaemon::LogMark mark(daemon);
+    EXPECT_EQ(ask(ostrel::CommandCreateCsr), payload(""));
+    mark.await("web: callback for server-request: cannot run /etc/ostrel/scripts/missing");
+}
+
+TEST_F(Callbacks, ThatHangDelayNobodyAndAreEnded)
+{
+    startWith("[ \"$2\" != server-request ] || exec sleep 1000\n" + std::string(record));
+    const support::RunningDaemon::LogMark mark(daemon);
+    const std::string id = applyNew();
+    EXPECT_EQ(ask(ostrel::CommandPath), payload(paths.certPath(id)));
+    EXPECT_THAT(daemon.log(), Not(HasSubstr("takes too long")));
+    mark.await("web: callback for server-request: /etc/ostrel/scripts/changed takes too long");
+    EXPECT_EQ(callsAfter("<web><server-apply>"), "<web><server-apply>\n");
+}
+
+} // namespace
