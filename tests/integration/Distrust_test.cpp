@@ -143,7 +143,7 @@ TEST_F(Distrust, TakesAMessageOf64KibibytesAndNoMore)
         return start + std::string(length - start.size(), 'x');
     };
     EXPECT_EQ(reply(message(65536)), "reply 0 ");
-    for (const std::size_t length : {65537, 100000, 5000000}) {
+    for (const std::size_t length : {65537U, 100000U, 5000000U}) {
         const support::RunningDaemon::LogMark mark(daemon);
         EXPECT_THAT(reply(message(length)), StartsWith("reply 4 ")) << length;
         mark.await("message of more than 65536 bytes refused");

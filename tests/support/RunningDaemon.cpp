@@ -4,6 +4,8 @@
 #include "support/Program.h"
 #include "tools/Descriptor.h"
 
+#include <gtest/gtest.h>
+
 #include <cerrno>
 #include <stdexcept>
 
@@ -30,9 +32,20 @@ bool isLineFeedNext(const Descriptor& pipe)
 
 const char* const RunningDaemon::path = OSTREL_BUILT_DAEMON;
 
+RunningDaemon::RunningDaemon()
+{
+    writeText(m_logPath, "");
+}
+
 RunningDaemon::~RunningDaemon()
 {
     kill();
+    // What a sanitizer found in the daemon is a failure of the test as well.
+    for (const char* report : {"Sanitizer", "runtime error: "}) {
+        if (log().find(report) != std::string::npos) {
+            ADD_FAILURE() << log();
+        }
+    }
 }
 
 void RunningDaemon::start(const std::vector<std::string>& options)

@@ -12,7 +12,7 @@ namespace support
 {
 
 /// The built daemon, run for the Device that the test has set up. Killed with
-/// the object.
+/// the object, which fails the test when a sanitizer complained of the daemon.
 ///
 ///     support::RunningDaemon daemon;
 ///     daemon.start();
@@ -21,7 +21,7 @@ namespace support
 class RunningDaemon
 {
 public:
-    RunningDaemon() = default;
+    RunningDaemon();
     ~RunningDaemon();
     RunningDaemon(const RunningDaemon&) = delete;
     RunningDaemon& operator=(const RunningDaemon&) = delete;
