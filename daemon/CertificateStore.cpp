@@ -52,13 +52,40 @@ void CertificateStore::rebuild()
     writeList();
 }
 
+// A list that is lost is no reason to lose the certificates: each that has the
+// name that it ought to have is taken for listed.
+std::vector<std::string> CertificateStore::listedIds() const
+{
+    const auto& paths = m_files.paths;
+    if (std::filesystem::exists(paths.listPath())) {
+        return ostrel::CertificateIdList(paths.listPath()).toArray();
+    }
+    std::vector<std::string> ids;
+    for (const auto& entry :
+         std::filesystem::directory_iterator(paths.certificateDirectoryPath())) {
+        const std::string name = entry.path().filename().string();
+        if (entry.is_regular_file() && isCertificateNamed(name)) {
+            logEvent("{}: {} {}: no list names it, but it stays", m_service->m_serviceName,
+                     m_row->word, name);
+            ids.push_back(name);
+        }
+    }
+    return ids;
+}
+
+bool CertificateStore::isCertificateNamed(const std::string& id) const
+{
+    try {
+        return Certificate(m_files.certificateText(id)).id() == id;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
 void CertificateStore::readListedNames()
 {
     m_names = {};
-    if (!std::filesystem::exists(m_files.paths.listPath())) {
-        return;
-    }
-    for (const std::string& id : ostrel::CertificateIdList(m_files.paths.listPath()).toArray()) {
+    for (const std::string& id : listedIds()) {
         if (isMissing(m_files.paths.certPath(id))) {
             logEvent("{}: {} {} has no file: listed no more", m_service->m_serviceName, m_row->word,
                      id);

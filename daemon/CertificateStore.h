@@ -69,6 +69,8 @@ public:
 
 private:
     void refuse(const Certificate& certificate) const;
+    std::vector<std::string> listedIds() const;
+    bool isCertificateNamed(const std::string& id) const;
     void readListedNames();
     void writeList() const;
     void writeNames() const;

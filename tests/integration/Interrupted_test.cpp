@@ -65,6 +65,8 @@ const Row rows[] = {
          fs::rename(files.certOverwrittenDataPath(id), files.certOverwrittenDataPath("0123"));
      },
      2},
+    {"the list itself, which is lost",
+     [](const StoreFiles& files, const std::string&) { fs::remove(files.listPath()); }, 2},
     {"half of a lasting file",
      [](const StoreFiles& files, const std::string&) {
          support::writeText(files.cachedDirectoryPath() + "/.new", "-----BEGIN CERTIFI");
