@@ -14,27 +14,27 @@ namespace
 const char usersFile[] = "/etc/passwd";
 const char groupsFile[] = "/etc/group";
 
-void write(const std::string& path, const std::string& text)
-{
-    boxDirectory();
-    writeText(path, text);
-}
-
 } // namespace
 
-Accounts::Accounts()
+Accounts::Accounts() : m_formerUsers(readText(usersFile)), m_formerGroups(readText(groupsFile))
 {
-    write("/etc/nsswitch.conf", "passwd: files\ngroup: files\n");
+    Device::replaceSystemFile("/etc/nsswitch.conf", "passwd: files\ngroup: files\n");
+}
+
+Accounts::~Accounts()
+{
+    setUsers(m_formerUsers);
+    setGroups(m_formerGroups);
 }
 
 void Accounts::setUsers(const std::string& text)
 {
-    write(usersFile, text);
+    Device::replaceSystemFile(usersFile, text);
 }
 
 void Accounts::setGroups(const std::string& text)
 {
-    write(groupsFile, text);
+    Device::replaceSystemFile(groupsFile, text);
 }
 
 void Accounts::addUser(const std::string& line)

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include <sys/types.h>
+
 namespace support
 {
 
@@ -12,6 +14,10 @@ class Accounts
 public:
     /// Keeps the machine's users and groups, from the files alone.
     Accounts();
+    /// Puts them back.
+    ~Accounts();
+    Accounts(const Accounts&) = delete;
+    Accounts& operator=(const Accounts&) = delete;
 
     /// Replace a whole file, or add one line to it.
     static void setUsers(const std::string& text);
@@ -22,6 +28,14 @@ public:
     /// Whether a file can be given to anybody but root: an ordinary user's
     /// namespace holds no other id.
     static bool hasOtherIds();
+
+    /// The id of a group that a file can be given to: one that the test is not
+    /// in where there is such a one, and else its own.
+    static gid_t foreignGroup() { return hasOtherIds() ? 4242 : 0; }
+
+private:
+    const std::string m_formerUsers;
+    const std::string m_formerGroups;
 };
 
 } // namespace support

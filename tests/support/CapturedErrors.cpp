@@ -2,21 +2,47 @@
 
 #include <ostrel/Debug.h>
 
+#include <cstdio>
 #include <iostream>
 
 namespace support
 {
 
-CapturedErrors::CapturedErrors() : m_former(std::cerr.rdbuf(m_text.rdbuf())) {}
+namespace
+{
+
+void flush()
+{
+    std::cerr.flush();
+    std::fflush(stderr);
+}
+
+} // namespace
+
+CapturedErrors::CapturedErrors()
+    : m_former(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1))
+{
+    flush();
+    const ostrel::Descriptor file =
+        ostrel::Descriptor::open(m_directory / "stderr", O_WRONLY | O_CREAT | O_APPEND, 0600);
+    ::dup2(file.get(), STDERR_FILENO);
+}
 
 CapturedErrors::~CapturedErrors()
 {
-    std::cerr.rdbuf(m_former);
+    flush();
+    ::dup2(m_former.get(), STDERR_FILENO);
 }
 
-CapturedTrace::CapturedTrace()
+std::string CapturedErrors::text() const
 {
-    ostrel::gDebug = true;
+    flush();
+    return readText(m_directory / "stderr");
+}
+
+CapturedTrace::CapturedTrace(bool isTraced)
+{
+    ostrel::gDebug = isTraced;
 }
 
 CapturedTrace::~CapturedTrace()

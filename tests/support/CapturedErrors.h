@@ -1,12 +1,15 @@
 #pragma once
 
-#include <sstream>
+#include "support/TextFiles.h"
+#include "tools/Descriptor.h"
+
 #include <string>
 
 namespace support
 {
 
-/// Takes what the process writes to std::cerr while the object lives.
+/// Takes what the process writes to its standard error descriptor while the
+/// object lives, by whatever means: std::cerr, perror(), stdio.
 class CapturedErrors
 {
 public:
@@ -15,18 +18,18 @@ public:
     CapturedErrors(const CapturedErrors&) = delete;
     CapturedErrors& operator=(const CapturedErrors&) = delete;
 
-    std::string text() const { return m_text.str(); }
+    std::string text() const;
 
 private:
-    std::ostringstream m_text;
-    std::streambuf* m_former;
+    const TemporaryDirectory m_directory;
+    const ostrel::Descriptor m_former;
 };
 
-/// The same with the library's debug trace on.
+/// The same with the library's debug trace on, unless it is told otherwise.
 class CapturedTrace : public CapturedErrors
 {
 public:
-    CapturedTrace();
+    explicit CapturedTrace(bool isTraced = true);
     ~CapturedTrace();
 };
 

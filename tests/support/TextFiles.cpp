@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include <stdlib.h>
+#include <sys/stat.h>
 
 namespace support
 {
@@ -43,6 +44,15 @@ std::string readText(const std::string& path)
     std::ifstream file(path, std::ios::binary);
     EXPECT_TRUE(file.is_open()) << path;
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+void makeUnopenable(const std::string& path)
+{
+    fs::create_directories(fs::path(path).parent_path());
+    // A socket without a listener: permissions would not stop root.
+    if (::mknod(path.c_str(), S_IFSOCK | 0600, 0) != 0) {
+        throw std::runtime_error("cannot make " + path);
+    }
 }
 
 std::size_t openDescriptorCount()

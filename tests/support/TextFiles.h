@@ -28,6 +28,10 @@ void writeText(const std::string& path, const std::string& text);
 /// The text of the file `path`; fails the test when there is none.
 std::string readText(const std::string& path);
 
+/// Makes the file `path`, and the directories above it, which can be found but
+/// not opened.
+void makeUnopenable(const std::string& path);
+
 /// How many descriptors the process has open.
 std::size_t openDescriptorCount();
 

@@ -1,7 +1,5 @@
 #include "unit/api/ServiceCase.h"
 
-#include <sys/stat.h>
-
 namespace
 {
 
@@ -23,7 +21,7 @@ protected:
         support::writeText(wanted, text);
         return idOfFile(wanted);
     }
-    std::string idOfFile(const std::string& path) { return (web.*store.idOfFile)(path); }
+    std::string idOfFile(const std::string& path) { return store.idOfFile(web, path); }
 
     const std::string wanted = device.storeDirectory() + "/wanted.pem";
 };
@@ -80,7 +78,7 @@ TEST_P(LookUp, PassesOverListedCertificatesThatCannotBeRead)
 {
     putList("1\n2\n3\n4\n");
     fs::create_directories(certificates + "/2");
-    ASSERT_EQ(::mknod((certificates + "/3").c_str(), S_IFSOCK | 0600, 0), 0);
+    support::makeUnopenable(certificates + "/3");
     EXPECT_EQ(idOf(pem("AA\n")), "") << "the first is missing, and the last too";
     put("4", pem("AA\n"));
     EXPECT_EQ(idOf(pem("AA\n")), "4");
@@ -93,7 +91,7 @@ TEST_P(LookUp, FindsNothingForAFileThatCannotBeRead)
     put("1", pem("AA\n"));
     put("2", "");
     const std::string socket = device.storeDirectory() + "/socket";
-    ASSERT_EQ(::mknod(socket.c_str(), S_IFSOCK | 0600, 0), 0);
+    support::makeUnopenable(socket);
     for (const std::string& path :
          {wanted + ".gone", socket, device.storeDirectory(), std::string()}) {
         EXPECT_EQ(idOfFile(path), "") << path;
@@ -134,10 +132,10 @@ TEST_P(LookUp, FollowsTheListThatASubclassGives)
     put("9", pem("AA\n"));
     put("10", pem("AA\n"));
     support::writeText(wanted, pem("AA\n"));
-    EXPECT_EQ((own.*store.idOfFile)(wanted), "9") << "in the order that it gives";
-    EXPECT_EQ((own.*store.idOfText)(pem("AA\n")), "9");
+    EXPECT_EQ(store.idOfFile(own, wanted), "9") << "in the order that it gives";
+    EXPECT_EQ(store.idOfText(own, pem("AA\n")), "9");
     own.ids.clear();
-    EXPECT_EQ((own.*store.idOfFile)(wanted), "");
+    EXPECT_EQ(store.idOfFile(own, wanted), "");
 }
 
 /// A service that says by itself what it has.
@@ -155,9 +153,9 @@ TEST_P(LookUp, FollowsTheCapabilityThatASubclassTells)
 {
     device.addService("bare", "");
     OwnCapabilities own("bare");
-    EXPECT_EQ((own.*store.directory)(), device.storeDirectory() + "/bare/" + store.word + '/');
+    EXPECT_EQ(store.directory(own), device.storeDirectory() + "/bare/" + store.word + '/');
     own.hasBoth = false;
-    EXPECT_EQ(thrownBy([&] { (own.*store.directory)(); }), apiError(7));
+    EXPECT_EQ(thrownBy([&] { store.directory(own); }), apiError(7));
 }
 
 } // namespace

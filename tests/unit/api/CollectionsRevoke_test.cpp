@@ -21,11 +21,11 @@ using support::thrownBy;
 class Revocation : public service_case::ExternalStoreCase
 {
 protected:
-    Ids revokeAll(const Ids& ids) { return (web.*store.revokeAll)(ids); }
+    Ids revokeAll(const Ids& ids) { return store.revokeAll(web, ids); }
 
     std::string thrownByRevoke(const std::string& id)
     {
-        return thrownBy([&] { (web.*store.revoke)(id); });
+        return thrownBy([&] { store.revoke(web, id); });
     }
 
     std::string message(const std::string& arguments) const
@@ -189,10 +189,10 @@ TEST_P(Revocation, OfOneIdGoesTheWayThatASubclassGivesEvenWithoutAStore)
     device.addService("bare", "");
     OwnRevocation own("bare");
     own.revoked = {"7", "1"};
-    (own.*store.revoke)("7");
+    store.revoke(own, "7");
     EXPECT_EQ(own.asked, Ids{"7"});
     own.revoked = {"1", "7"};
-    EXPECT_EQ(thrownBy([&] { (own.*store.revoke)("7"); }), apiError(store.badCertificate))
+    EXPECT_EQ(thrownBy([&] { store.revoke(own, "7"); }), apiError(store.badCertificate))
         << "the first counts, in whatever order they come";
 }
 

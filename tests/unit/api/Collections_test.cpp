@@ -4,8 +4,6 @@
 
 #include <thread>
 
-#include <sys/stat.h>
-
 namespace
 {
 
@@ -22,9 +20,9 @@ using support::thrownBy;
 class Collection : public service_case::ExternalStoreCase
 {
 protected:
-    std::string get(const std::string& id) { return (web.*store.get)(id); }
-    Ids ids() { return (web.*store.list)(); }
-    Ids idsByCN(const std::string& cn) { return (web.*store.listByCN)(cn); }
+    std::string get(const std::string& id) { return store.get(web, id); }
+    Ids ids() { return store.list(web); }
+    Ids idsByCN(const std::string& cn) { return store.listByCN(web, cn); }
 
     std::string thrownByGet(const std::string& id)
     {
@@ -33,13 +31,6 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(Of, Collection, testing::ValuesIn(externalStores), testNameOf);
-
-/// Something that can be found but not opened.
-void makeUnopenable(const std::string& path)
-{
-    fs::create_directories(fs::path(path).parent_path());
-    ASSERT_EQ(::mknod(path.c_str(), S_IFSOCK | 0600, 0), 0) << path;
-}
 
 struct TextRow {
     const char* sentence;
@@ -82,7 +73,7 @@ TEST_P(Collection, HasNoCertificateWhereNoneCanBeRead)
         "ostrelApi::OstrelApiException: " + std::string(store.badCertificateText);
     EXPECT_EQ(thrownByGet("7"), expected) << "there is no store";
     putList("");
-    makeUnopenable(certificates + "/unopenable");
+    support::makeUnopenable(certificates + "/unopenable");
     fs::create_symlink("nowhere", certificates + "/broken");
     EXPECT_EQ(thrownByGet("7"), expected) << "a missing file";
     EXPECT_EQ(thrownByGet("unopenable"), expected) << "one that cannot be opened";
@@ -155,8 +146,8 @@ TEST_P(Collection, CannotBeListedWithoutItsListNorSearchedWithoutItsMap)
         EXPECT_EQ(thrownBy([&] { idsByCN("Root"); }), apiError(1));
     };
     expectFailures();
-    makeUnopenable(list);
-    makeUnopenable(map);
+    support::makeUnopenable(list);
+    support::makeUnopenable(map);
     expectFailures();
     EXPECT_EQ(apiError(1),
               "ostrelApi::OstrelApiException: Error -1: Generic exception (1 - Action Failed)");
@@ -172,7 +163,7 @@ TEST_P(Collection, IsEmptyWhereItsListAndItsMapAreDirectories)
 
 TEST_P(Collection, TellsItsDirectoryWhetherThatIsThereOrNot)
 {
-    EXPECT_EQ((web.*store.directory)(), device.storeDirectory() + "/web/" + store.word + '/');
+    EXPECT_EQ(store.directory(web), device.storeDirectory() + "/web/" + store.word + '/');
     EXPECT_FALSE(fs::exists(certificates));
 }
 
@@ -199,7 +190,7 @@ TEST_P(Collection, AnswersSeveralThreadsAtOnce)
             EXPECT_EQ(ids(), (Ids{"1", "2"}));
             EXPECT_EQ(idsByCN("Root"), (Ids{"1", "2"}));
             EXPECT_EQ(get("2"), pem("BB\n"));
-            EXPECT_EQ((web.*store.idOfText)(pem("BB\n")), "2");
+            EXPECT_EQ(store.idOfText(web, pem("BB\n")), "2");
             EXPECT_EQ(thrownByGet("3"), apiError(store.badCertificate));
             EXPECT_EQ(web.maxCA(), 0);
         }
@@ -221,7 +212,7 @@ TEST_P(Collection, LeavesNoDescriptorAndWritesNothing)
     thrownByGet("2");
     thrownByGet("");
     thrownBy([&] { idsByCN("Root"); });
-    (web.*store.idOfText)(pem("AA\n"));
+    store.idOfText(web, pem("AA\n"));
     EXPECT_EQ(support::openDescriptorCount(), before);
     EXPECT_EQ(trace.text(), "");
 }

@@ -6,7 +6,6 @@
 #include "unit/api/ServiceCase.h"
 
 #include <functional>
-#include <regex>
 
 #include <sys/stat.h>
 
@@ -23,8 +22,8 @@ struct SeenFile {
 class ImportCase : public ExternalStoreCase
 {
 protected:
-    std::string add(const std::string& certificate) { return (web.*store.add)(certificate); }
-    std::string addFile(const std::string& path) { return (web.*store.addFile)(path); }
+    std::string add(const std::string& certificate) { return store.add(web, certificate); }
+    std::string addFile(const std::string& path) { return store.addFile(web, path); }
 
     std::string thrownByAdd(const std::string& certificate)
     {
@@ -44,12 +43,6 @@ protected:
     void removeAndAnswer(const std::string& reply)
     {
         actAndAnswer(reply, [this] { std::filesystem::remove(seen.path); });
-    }
-
-    /// Whether a path is one that an import gives its file.
-    bool isTemporaryPath(const std::string& path) const
-    {
-        return std::regex_match(path, std::regex(pipes + "/[0-9A-Za-z]{32}\\.crt"));
     }
 
     std::string addMessage(const std::string& path) const

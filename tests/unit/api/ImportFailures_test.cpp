@@ -2,11 +2,10 @@
 
 #include "unit/api/ImportCase.h"
 
-#include <ostrel/Debug.h>
-
 #include "support/CapturedErrors.h"
 #include "support/FileWatch.h"
 #include "support/Interruption.h"
+#include "support/Textless.h"
 #include "tools/Descriptor.h"
 
 #include <cstring>
@@ -25,6 +24,7 @@ using service_case::pem;
 using service_case::testNameOf;
 using support::apiError;
 using support::ScriptedPeer;
+using support::Textless;
 using support::thrownBy;
 
 class ImportFailure : public service_case::ImportCase
@@ -39,7 +39,7 @@ protected:
 
     std::string thrownByAddTo(OstrelService& service) const
     {
-        return thrownBy([&] { (service.*store.add)(pem("AA\n")); });
+        return thrownBy([&] { store.add(service, pem("AA\n")); });
     }
 
     const std::string oddPipes = device.pipesDirectory() + "/odd";
@@ -59,8 +59,7 @@ TEST_P(ImportFailure, IsErrorOneForWhateverCodeTheDaemonRefusesWith)
 {
     for (int code = 1; code <= 43; ++code) {
         for (const bool isTraced : {true, false}) {
-            const support::CapturedTrace trace;
-            ostrel::gDebug = isTraced;
+            const support::CapturedTrace trace(isTraced);
             lookAndAnswer(std::to_string(code) + " reason");
             EXPECT_EQ(thrownByAdd(pem("AA\n")), apiError(1));
             EXPECT_EQ(trace.text(), isTraced
@@ -144,17 +143,9 @@ TEST_P(ImportFailure, WithoutADaemonIsErrorOneToo)
 
 TEST_P(ImportFailure, OfTheSecondOfTwoAtOnceIsErrorOneAndLeavesTheFirstItsFile)
 {
-    std::promise<void> isMet;
-    std::promise<void> mayAnswer;
-    peer.play([&](ScriptedPeer::Call& caller) {
-        caller.takeMessage();
-        isMet.set_value();
-        mayAnswer.get_future().wait();
-        caller.openReply();
-        caller.send("0 first");
-    });
+    service_case::HeldCall held(peer, "0 first");
     auto first = std::async(std::launch::async, [&] { return add(pem("AA\n")); });
-    isMet.get_future().wait();
+    held.awaitCall();
     const std::set<std::string> before = pipeFiles();
     {
         const support::CapturedTrace trace;
@@ -164,7 +155,7 @@ TEST_P(ImportFailure, OfTheSecondOfTwoAtOnceIsErrorOneAndLeavesTheFirstItsFile)
                                     '\n');
     }
     EXPECT_EQ(pipeFiles(), before);
-    mayAnswer.set_value();
+    held.answer();
     EXPECT_EQ(first.get(), "first");
     EXPECT_EQ(peer.messages().size(), 1U);
     expectNoFileLeft();
@@ -200,7 +191,7 @@ TEST_P(ImportFailure, OfAFileThatCannotBeMadeIsToldByTheChangeOfItsGroup)
 TEST_P(ImportFailure, OfAFileThatCannotBeReadComesBeforeAnythingIsDone)
 {
     const std::string socket = device.storeDirectory() + "/socket";
-    ASSERT_EQ(::mknod(socket.c_str(), S_IFSOCK | 0600, 0), 0);
+    support::makeUnopenable(socket);
     const support::CapturedTrace trace;
     const support::FileWatch watch({pipes});
     for (const std::string& path :
@@ -211,21 +202,12 @@ TEST_P(ImportFailure, OfAFileThatCannotBeReadComesBeforeAnythingIsDone)
     EXPECT_EQ(trace.text(), "");
 }
 
-/// An exception of the API without a text, or with one that says otherwise.
-class OtherText : public ostrelApi::OstrelApiException
+/// An exception of the API with the text of an interrupted call.
+class Interrupted : public ostrelApi::OstrelApiException
 {
 public:
-    explicit OtherText(const char* text) : OstrelApiException(2), m_text(text) {}
-    const char* what() const noexcept override { return m_text; }
-
-private:
-    const char* m_text;
-};
-
-class Textless : public std::exception
-{
-public:
-    const char* what() const noexcept override { return nullptr; }
+    using OstrelApiException::OstrelApiException;
+    const char* what() const noexcept override { return std::strerror(EINTR); }
 };
 
 struct TierRow {
@@ -242,12 +224,12 @@ TEST(FailImport, TracesTheTierAndKeepsTheTextOfASignalAlone)
     const TierRow rows[] = {
         {"the API's own", [] { throw ostrelApi::OstrelApiException(2); }, "a: " + messageOf(2),
          apiError(1)},
-        {"the API's own without a text", [] { throw OtherText(nullptr); }, "a: Unknown error",
-         apiError(1)},
-        {"the API's own with the text of a signal", [] { throw OtherText(std::strerror(EINTR)); },
+        {"the API's own without a text", [] { throw Textless<ostrelApi::OstrelApiException>(2); },
+         "a: Unknown error", apiError(1)},
+        {"the API's own with the text of a signal", [] { throw Interrupted(2); },
          "a: " + interrupted, apiError(1)},
         {"a standard exception", [] { throw std::out_of_range("why"); }, "b: why", apiError(1)},
-        {"one without a text", [] { throw Textless(); }, "b: Unknown error", apiError(1)},
+        {"one without a text", [] { throw Textless<>(); }, "b: Unknown error", apiError(1)},
         {"one with the text of a signal", [] { throw std::logic_error(std::strerror(EINTR)); },
          "b: " + interrupted, asInterrupted},
         {"one with a text that begins so",

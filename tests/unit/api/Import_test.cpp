@@ -1,7 +1,5 @@
 #include "unit/api/ImportCase.h"
 
-#include <ostrel/Debug.h>
-
 #include "support/Accounts.h"
 #include "support/CapturedErrors.h"
 
@@ -89,16 +87,15 @@ TEST_P(Import, NamesTheFileAloneInItsMessage)
 
 TEST_P(Import, OpensTheFileToTheServicesGroupWhateverTheUmask)
 {
-    const bool hasOtherIds = support::Accounts::hasOtherIds();
-    const gid_t group = hasOtherIds ? 4242 : 0;
     const support::Accounts accounts;
+    const gid_t group = support::Accounts::foreignGroup();
     support::Accounts::setGroups("root:x:0:\nmanagers:x:" + std::to_string(group) + ":\n");
     device.addService("web", std::string("managmentGroup managers\n") + store.flag + " yes\n");
     OstrelService managed("web");
     for (const mode_t mask : {0U, 022U, 077U, 0777U}) {
         lookAndAnswer("0 ");
         const mode_t former = ::umask(mask);
-        (managed.*store.add)(pem("AA\n"));
+        store.add(managed, pem("AA\n"));
         ::umask(former);
         EXPECT_EQ(seen.status.st_mode, S_IFREG | 0770U) << mask;
         EXPECT_EQ(seen.status.st_gid, group);
@@ -123,8 +120,7 @@ TEST_P(Import, GivesTheDaemonsReplyAsItIs)
 TEST_P(Import, TracesItsMessageAlone)
 {
     for (const bool isTraced : {true, false}) {
-        const support::CapturedTrace trace;
-        ostrel::gDebug = isTraced;
+        const support::CapturedTrace trace(isTraced);
         peer.answer("0 7");
         EXPECT_EQ(add(pem("AA\n")), "7");
         EXPECT_EQ(trace.text(), isTraced ? messageLine(peer.lastMessage()) : "");
@@ -134,8 +130,7 @@ TEST_P(Import, TracesItsMessageAlone)
 TEST_P(Import, SucceedsAlsoWhenTheDaemonHasRemovedTheFile)
 {
     for (const bool isTraced : {true, false}) {
-        const support::CapturedTrace trace;
-        ostrel::gDebug = isTraced;
+        const support::CapturedTrace trace(isTraced);
         removeAndAnswer("0 7");
         EXPECT_EQ(add(pem("AA\n")), "7");
         // Intended: no blank behind the colon.

@@ -8,7 +8,6 @@
 
 #include <cstring>
 #include <future>
-#include <thread>
 
 #include <sys/file.h>
 
@@ -154,20 +153,11 @@ TEST_F(ServiceCommand, OutlivesADaemonThatDiesAtAnyPointOfTheCall)
 
 TEST_F(ServiceCommand, OfOneThreadLocksTheOthersOutUntilItIsAnswered)
 {
-    std::promise<void> isMet;
-    std::promise<void> mayAnswer;
-    peer.play([&](ScriptedPeer::Call& caller) {
-        caller.takeMessage();
-        isMet.set_value();
-        mayAnswer.get_future().wait();
-        caller.openReply();
-        caller.send("0 running");
-    });
-    std::future<bool> first =
-        std::async(std::launch::async, [&] { return web.isServiceRunning(); });
-    isMet.get_future().wait();
+    service_case::HeldCall held(peer, "0 running");
+    auto first = std::async(std::launch::async, [&] { return web.isServiceRunning(); });
+    held.awaitCall();
     expectBothThrow(apiError(2));
-    mayAnswer.set_value();
+    held.answer();
     EXPECT_TRUE(first.get());
     EXPECT_EQ(peer.messages().size(), 1U);
 }

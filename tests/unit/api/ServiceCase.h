@@ -12,7 +12,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
+#include <functional>
+#include <future>
 #include <ostream>
 #include <set>
 
@@ -35,30 +39,33 @@ struct ExternalStore {
     /// What the debug trace calls one of its certificates.
     const char* certificate;
 
-    std::string (OstrelService::*get)(const std::string&);
-    Ids (OstrelService::*list)();
-    Ids (OstrelService::*listByCN)(const std::string&);
-    std::string (OstrelService::*directory)();
-    std::string (OstrelService::*idOfText)(const std::string&);
-    std::string (OstrelService::*idOfFile)(const std::string&);
-    void (OstrelService::*revoke)(const std::string&);
-    Ids (OstrelService::*revokeAll)(const Ids&);
-    std::string (OstrelService::*add)(const std::string&);
-    std::string (OstrelService::*addFile)(const std::string&);
+    std::function<std::string(OstrelService&, const std::string&)> get;
+    std::function<Ids(OstrelService&)> list;
+    std::function<Ids(OstrelService&, const std::string&)> listByCN;
+    std::function<std::string(OstrelService&)> directory;
+    std::function<std::string(OstrelService&, const std::string&)> idOfText;
+    std::function<std::string(OstrelService&, const std::string&)> idOfFile;
+    std::function<void(OstrelService&, const std::string&)> revoke;
+    std::function<Ids(OstrelService&, const Ids&)> revokeAll;
+    std::function<std::string(OstrelService&, const std::string&)> add;
+    std::function<std::string(OstrelService&, const std::string&)> addFile;
 };
+
+using RevokeOne = void (OstrelService::*)(const std::string&);
+using RevokeAll = Ids (OstrelService::*)(const Ids&);
 
 inline const ExternalStore externalStores[] = {
     {"CA", "ca", "ca", ostrel::TargetCA, 30, "Error -1: Generic exception (30 - Bad CA)", "CA",
      &OstrelService::getCA, &OstrelService::getCAList, &OstrelService::getCAListByCN,
      &OstrelService::getCADirectory, &OstrelService::getIdCA, &OstrelService::getIdCAPath,
-     &OstrelService::revokeCA, &OstrelService::revokeCA, &OstrelService::addCA,
-     &OstrelService::addCAFile},
+     RevokeOne(&OstrelService::revokeCA), RevokeAll(&OstrelService::revokeCA),
+     &OstrelService::addCA, &OstrelService::addCAFile},
     {"TrustedClient", "client", "trustedClients", ostrel::TargetClient, 40,
      "Error -1: Generic exception (40 - Bad certificate for trusted client)", "trusted client",
      &OstrelService::getTrustedClient, &OstrelService::getTrustedClientList,
      &OstrelService::getTrustedClientListByCN, &OstrelService::getTrustedClientDirectory,
      &OstrelService::getIdTrustedClient, &OstrelService::getIdTrustedClientPath,
-     &OstrelService::revokeTrustedClient, &OstrelService::revokeTrustedClient,
+     RevokeOne(&OstrelService::revokeTrustedClient), RevokeAll(&OstrelService::revokeTrustedClient),
      &OstrelService::addTrustedClient, &OstrelService::addTrustedClientFile},
 };
 
@@ -92,6 +99,18 @@ protected:
         return names;
     }
 
+    /// Whether a path is one that a temporary file of the service may have:
+    /// 32 random letters and digits, directly in its pipe directory.
+    bool isTemporaryPath(const std::string& path) const
+    {
+        const std::string start = pipes + '/';
+        const bool hasLength = path.size() == start.size() + 36;
+        return hasLength && path.compare(0, start.size(), start) == 0 &&
+               path.substr(start.size() + 32) == ".crt" &&
+               std::all_of(path.begin() + static_cast<std::ptrdiff_t>(start.size()), path.end() - 4,
+                           [](unsigned char c) { return std::isalnum(c) != 0; });
+    }
+
     const support::Device device;
     const std::string pipes = device.pipesDirectory() + "/web";
 };
@@ -112,6 +131,29 @@ protected:
     const std::string list = certificates + "/.cacheddata/list.txt";
     const std::string map = pipes + '/' + store.word + "/id_cn.map";
     OstrelService web{"web"};
+};
+
+/// A call that the peer meets at once and answers when it is told to.
+class HeldCall
+{
+public:
+    HeldCall(support::ScriptedPeer& peer, const std::string& reply)
+    {
+        peer.play([this, reply](support::ScriptedPeer::Call& caller) {
+            caller.takeMessage();
+            m_isMet.set_value();
+            m_mayAnswer.get_future().wait();
+            caller.openReply();
+            caller.send(reply);
+        });
+    }
+
+    void awaitCall() { m_isMet.get_future().wait(); }
+    void answer() { m_mayAnswer.set_value(); }
+
+private:
+    std::promise<void> m_isMet;
+    std::promise<void> m_mayAnswer;
 };
 
 /// How the messages of this process to the daemon begin.

@@ -1,8 +1,8 @@
 #include <ostrel/DaemonConfiguration.h>
 
 #include "support/AllocationFault.h"
+#include "support/CapturedErrors.h"
 #include "support/Device.h"
-#include "support/StandardError.h"
 #include "support/Thrown.h"
 
 #include <gmock/gmock.h>
@@ -190,7 +190,7 @@ TEST(BadDaemonConfiguration, IsTranslatedByTwoGetters)
 TEST(BadDaemonConfiguration, IsNotPrinted)
 {
     Device::writeDaemonConfiguration("");
-    const support::CapturedStandardError errors;
+    const support::CapturedErrors errors;
     EXPECT_EQ(thrownBy(getLockFile), allMissing);
     EXPECT_EQ(errors.text(), "");
 }

@@ -1,6 +1,6 @@
 #include <ostrel/ServiceConfiguration.h>
 
-#include "support/ServiceFile.h"
+#include "unit/config/ServiceFile.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@ namespace
 {
 
 using ostrel::ServiceConfiguration;
-using support::ServiceFile;
+using service_file::ServiceFile;
 
 struct LimitRow {
     const char* sentence;

@@ -1,7 +1,7 @@
 #include <ostrel/ServiceConfiguration.h>
 
-#include "support/ServiceFile.h"
 #include "support/Thrown.h"
+#include "unit/config/ServiceFile.h"
 
 #include <gmock/gmock.h>
 
@@ -10,7 +10,7 @@ namespace
 
 using ostrel::ServiceConfiguration;
 using ostrel::ServiceNetworkConfiguration;
-using support::ServiceFile;
+using service_file::ServiceFile;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -1,8 +1,8 @@
 #include <ostrel/ServiceConfiguration.h>
 
 #include "support/AllocationFault.h"
-#include "support/ServiceFile.h"
 #include "support/Thrown.h"
+#include "unit/config/ServiceFile.h"
 
 #include <gmock/gmock.h>
 
@@ -12,7 +12,7 @@ namespace
 {
 
 using ostrel::ServiceConfiguration;
-using support::ServiceFile;
+using service_file::ServiceFile;
 using support::thrownBy;
 using testing::Contains;
 using testing::ElementsAre;

@@ -1,8 +1,8 @@
 #include <ostrel/ServiceConfiguration.h>
 
 #include "support/CapturedErrors.h"
-#include "support/ServiceFile.h"
 #include "support/Thrown.h"
+#include "unit/config/ServiceFile.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@ namespace
 {
 
 using ostrel::ServiceConfiguration;
-using support::ServiceFile;
+using service_file::ServiceFile;
 using support::thrownBy;
 
 const std::string server = "server yes\ncnfFile /cnf\n";

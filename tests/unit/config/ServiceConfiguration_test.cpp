@@ -1,9 +1,8 @@
 #include <ostrel/ServiceConfiguration.h>
 
 #include "support/CapturedErrors.h"
-#include "support/ServiceFile.h"
-#include "support/StandardError.h"
 #include "support/Thrown.h"
+#include "unit/config/ServiceFile.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +13,7 @@ namespace
 
 namespace fs = std::filesystem;
 using ostrel::ServiceConfiguration;
-using support::ServiceFile;
+using service_file::ServiceFile;
 using support::thrownBy;
 
 const std::string offsetError =
@@ -219,7 +218,7 @@ TEST(ServiceConfiguration, IsNotPrintedWhileTheDebugFlagIsClear)
 {
     const ServiceFile file;
     file.write("CertDailyExpiryChkTimeOffsetSecs 5\nserver yes\n");
-    const support::CapturedStandardError errors;
+    const support::CapturedErrors errors;
     EXPECT_NE(thrownBy([] { ServiceConfiguration("web"); }), "nothing");
     EXPECT_EQ(errors.text(), "");
 }

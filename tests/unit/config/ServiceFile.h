@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace support
+namespace service_file
 {
 
 /// A device with one service, "web".
@@ -21,7 +21,7 @@ struct ServiceFile {
         return ostrel::ServiceConfiguration("web");
     }
 
-    const Device device;
+    const support::Device device;
 };
 
-} // namespace support
+} // namespace service_file

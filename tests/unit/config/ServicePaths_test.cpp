@@ -1,7 +1,7 @@
 #include <ostrel/ServiceConfiguration.h>
 
 #include "support/AllocationFault.h"
-#include "support/ServiceFile.h"
+#include "unit/config/ServiceFile.h"
 
 #include <gmock/gmock.h>
 
@@ -9,7 +9,7 @@ namespace
 {
 
 using ostrel::ServiceConfiguration;
-using support::ServiceFile;
+using service_file::ServiceFile;
 using support::thrownWithoutMemory;
 using testing::Contains;
 

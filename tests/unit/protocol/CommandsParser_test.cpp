@@ -1,7 +1,7 @@
 #include <ostrel/Commands.h>
 
 #include "support/CapturedErrors.h"
-#include "support/ErrorOf.h"
+#include "support/Thrown.h"
 
 #include <gtest/gtest.h>
 
@@ -12,14 +12,15 @@ namespace
 
 using ostrel::Commands;
 
-const std::string badFormat = "Bad format for command.";
-const std::string badTarget = "format for command. Invalid target received: ";
-const std::string badArguments = "Bad format for command. Incorrect arguments received for: ";
+const std::string badFormat = "std::runtime_error: Bad format for command.";
+const std::string badTarget = "std::runtime_error: format for command. Invalid target received: ";
+const std::string badArguments =
+    "std::runtime_error: Bad format for command. Incorrect arguments received for: ";
 
-/// The text that the parser refuses a message with; empty when it accepts it.
+/// What the parser refuses a message with.
 std::string refusalOf(const std::string& message)
 {
-    return support::errorOf([&] { const Commands command(message); });
+    return support::thrownBy([&] { const Commands command(message); });
 }
 
 TEST(CommandsParser, TakesUserPidTargetCommandAndArguments)

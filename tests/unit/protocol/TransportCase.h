@@ -5,12 +5,10 @@
 
 #include "protocol/Transport.h"
 
-#include <ostrel/Debug.h>
-#include <ostrelApi/OstrelApiException.h>
-
 #include "support/CapturedErrors.h"
 #include "support/Device.h"
 #include "support/ScriptedPeer.h"
+#include "support/Thrown.h"
 
 #include <gtest/gtest.h>
 
@@ -29,32 +27,13 @@ inline std::string payload(const std::string& text)
     return "payload: " + text;
 }
 
-inline std::string apiException(int returnCode)
-{
-    return "OstrelApiException: " + ostrelApi::OstrelApiException(returnCode).getErrorMessage();
-}
-
-inline std::string runtimeError(const std::string& text)
-{
-    return "runtime_error: " + text;
-}
-
-/// What a call returned or threw, in the words above.
+/// What a call returned or threw, in the words above and those of thrownBy().
 inline std::string outcomeOf(ostrel::Commands& command, const ostrelApi::ServicePipes& pipes)
 {
-    try {
-        return payload(ostrelApi::exchange(command, pipes));
-    } catch (const ostrelApi::OstrelApiException& caught) {
-        return "OstrelApiException: " + caught.getErrorMessage();
-    } catch (const std::runtime_error& caught) {
-        return runtimeError(caught.what());
-    }
-}
-
-/// How many descriptors the process has open.
-inline std::ptrdiff_t openDescriptors()
-{
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    std::string reply;
+    const std::string thrown =
+        support::thrownBy([&] { reply = payload(ostrelApi::exchange(command, pipes)); });
+    return thrown == "nothing" ? reply : thrown;
 }
 
 /// A service whose pipes a scripted peer holds.

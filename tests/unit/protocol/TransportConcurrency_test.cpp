@@ -15,8 +15,8 @@ namespace
 
 namespace fs = std::filesystem;
 using ostrel::Descriptor;
+using support::apiError;
 using support::ScriptedPeer;
-using transport_case::apiException;
 using transport_case::payload;
 using transport_case::Transport;
 
@@ -27,7 +27,7 @@ protected:
     {
         const auto filesBefore = files();
         const support::CapturedTrace trace;
-        EXPECT_EQ(call(), apiException(2));
+        EXPECT_EQ(call(), apiError(2));
         EXPECT_EQ(trace.text(), line("Error: file already locked : ", EWOULDBLOCK));
         EXPECT_EQ(files(), filesBefore);
     }
@@ -50,7 +50,7 @@ TEST_F(TransportLock, TracesNothingWhileDebugIsOff)
     const Descriptor holder = Descriptor::open(pipes.lock, O_RDONLY);
     ASSERT_EQ(::flock(holder.get(), LOCK_EX), 0);
     const support::CapturedErrors errors;
-    EXPECT_EQ(call(), apiException(2));
+    EXPECT_EQ(call(), apiError(2));
     EXPECT_EQ(errors.text(), "");
 }
 
@@ -135,7 +135,7 @@ TEST_F(TransportLock, LetsOneOfTwoThreadsThroughAndTurnsTheOtherAwayAtOnce)
         std::promise<void> turnedAway;
         const auto callAndTell = [&] {
             const std::string outcome = call();
-            if (outcome == apiException(2)) {
+            if (outcome == apiError(2)) {
                 turnedAway.set_value();
             }
             return outcome;
@@ -147,7 +147,7 @@ TEST_F(TransportLock, LetsOneOfTwoThreadsThroughAndTurnsTheOtherAwayAtOnce)
         peer.answer("0 a");
         std::vector<std::string> outcomes = {first.get(), second.get()};
         std::sort(outcomes.begin(), outcomes.end());
-        EXPECT_EQ(outcomes, (std::vector<std::string>{apiException(2), payload("a")}));
+        EXPECT_EQ(outcomes, (std::vector<std::string>{apiError(2), payload("a")}));
     }
     EXPECT_EQ(peer.messages().size(), 100U);
 }
@@ -168,7 +168,7 @@ TEST_F(TransportLock, LetsNoTwoOfManyCallsMix)
         for (int i = 0; i < calls; ++i) {
             const std::string own = std::to_string(thread) + '.' + std::to_string(i);
             const std::string outcome = callWith({own});
-            if (outcome != apiException(2)) {
+            if (outcome != apiError(2)) {
                 EXPECT_EQ(outcome.substr(outcome.rfind('\t') + 1), own);
                 ++answered;
             }
@@ -194,7 +194,7 @@ TEST_F(TransportLock, OfOneServiceDoesNotKeepAnotherFromItsDaemon)
     vpn.answer("0 vpn");
     const Descriptor holder = Descriptor::open(pipes.lock, O_RDONLY);
     ASSERT_EQ(::flock(holder.get(), LOCK_EX), 0);
-    EXPECT_EQ(call(), apiException(2));
+    EXPECT_EQ(call(), apiError(2));
     pipes = ostrelApi::pipesOf(device.pipesDirectory(), "vpn", "root");
     EXPECT_EQ(call(), payload("vpn"));
 }

@@ -11,8 +11,7 @@ namespace
 
 namespace fs = std::filesystem;
 using ostrelApi::ServicePipes;
-using transport_case::apiException;
-using transport_case::openDescriptors;
+using support::apiError;
 using transport_case::Transport;
 
 /// What stands in the way of a call, and how the call ends: its return code,
@@ -45,7 +44,7 @@ void replaceByLink(const std::string& path, const std::string& target)
 void replaceBySocket(const std::string& path)
 {
     fs::remove(path);
-    ASSERT_EQ(::mknod(path.c_str(), S_IFSOCK | 0600, 0), 0);
+    support::makeUnopenable(path);
 }
 
 std::string lockMissing(const ServicePipes& pipes)
@@ -145,12 +144,12 @@ protected:
 TEST_P(TransportFailure, ThrowsItsReturnCodeAndLeavesEverythingAsItWas)
 {
     const auto filesBefore = files();
-    const std::ptrdiff_t descriptorsBefore = openDescriptors();
+    const std::size_t descriptorsBefore = support::openDescriptorCount();
     for (const char* time : {"the first time", "every other time"}) {
         SCOPED_TRACE(time);
-        EXPECT_EQ(call(), apiException(GetParam().returnCode));
+        EXPECT_EQ(call(), apiError(GetParam().returnCode));
         EXPECT_EQ(files(), filesBefore);
-        EXPECT_EQ(openDescriptors(), descriptorsBefore);
+        EXPECT_EQ(support::openDescriptorCount(), descriptorsBefore);
         EXPECT_EQ(isLockFree(), hasLock());
     }
 }
@@ -180,8 +179,8 @@ TEST_F(Transport, WorksAgainAsSoonAsALeftOverReplyFifoIsRemoved)
 {
     ASSERT_EQ(::mkfifo(pipes.out.c_str(), 0760), 0);
     peer.answer("0 a");
-    EXPECT_EQ(call(), apiException(1));
-    EXPECT_EQ(call(), apiException(1));
+    EXPECT_EQ(call(), apiError(1));
+    EXPECT_EQ(call(), apiError(1));
     fs::remove(pipes.out);
     EXPECT_EQ(call(), transport_case::payload("a"));
 }
@@ -195,9 +194,8 @@ TEST_F(Transport, FailsWhenTheReplyFifoIsGoneBeforeTheReply)
             fs::remove(pipes.out);
             caller.takeMessage();
         });
-        const support::CapturedTrace trace;
-        ostrel::gDebug = isTraced;
-        EXPECT_EQ(callWithLongMessage(), apiException(1));
+        const support::CapturedTrace trace(isTraced);
+        EXPECT_EQ(callWithLongMessage(), apiError(1));
         peer.finish();
         const std::string own =
             trace.text().substr(std::min(trace.text().find('\n') + 1, trace.text().size()));

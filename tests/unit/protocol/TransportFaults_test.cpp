@@ -3,6 +3,7 @@
 
 #include "unit/protocol/TransportCase.h"
 
+#include "support/Accounts.h"
 #include "support/DeniedSystemCalls.h"
 #include "support/TextFiles.h"
 
@@ -15,8 +16,7 @@ namespace
 {
 
 namespace fs = std::filesystem;
-using transport_case::apiException;
-using transport_case::openDescriptors;
+using support::apiError;
 using transport_case::payload;
 using transport_case::Transport;
 
@@ -58,7 +58,7 @@ protected:
     void TearDown() override
     {
         EXPECT_TRUE(isLockFree());
-        EXPECT_EQ(openDescriptors(), descriptorsBefore);
+        EXPECT_EQ(support::openDescriptorCount(), descriptorsBefore);
     }
 
     std::string notRemoved() const
@@ -67,14 +67,14 @@ protected:
     }
 
     std::string outcome;
-    const std::ptrdiff_t descriptorsBefore = openDescriptors();
     const support::CapturedTrace trace;
+    const std::size_t descriptorsBefore = support::openDescriptorCount();
 };
 
 TEST_F(TransportFault, AModeThatCannotBeSetEndsTheCall)
 {
     callWithout(changingModes, EPERM);
-    EXPECT_EQ(outcome, apiException(1));
+    EXPECT_EQ(outcome, apiError(1));
     EXPECT_EQ(
         trace.text(),
         line("Error: Failed to assign required permissions to file :" + pipes.out + " : ", EPERM));
@@ -85,7 +85,7 @@ TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedIsTracedBehindAnUnknownGroup
 {
     pipes.group = "no such group";
     callWithout(removals, EACCES);
-    EXPECT_EQ(outcome, apiException(1));
+    EXPECT_EQ(outcome, apiError(1));
     EXPECT_EQ(trace.text(), "Error: Change the group of the out file to 'no such group' failed.\n" +
                                 notRemoved());
 }
@@ -95,7 +95,7 @@ TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedIsTracedBehindAModeThatCanno
     std::vector<long> both = changingModes;
     both.insert(both.end(), removals.begin(), removals.end());
     callWithout(both, EACCES);
-    EXPECT_EQ(outcome, apiException(1));
+    EXPECT_EQ(outcome, apiError(1));
     EXPECT_EQ(
         trace.text(),
         line("Error: Failed to assign required permissions to file :" + pipes.out + " : ", EACCES) +
@@ -106,7 +106,7 @@ TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedIsTracedBehindAMissingComman
 {
     fs::remove(pipes.in);
     callWithout(removals, EACCES);
-    EXPECT_EQ(outcome, apiException(11));
+    EXPECT_EQ(outcome, apiError(11));
     EXPECT_EQ(trace.text(), "Failed to open the file '" + pipes.in +
                                 "'. Looks like 'ostreld' service is not running. \n" +
                                 notRemoved());
@@ -117,7 +117,7 @@ TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedIsTracedBehindACommandFifoTh
     fs::remove(pipes.in);
     fs::create_directory(pipes.in);
     callWithout(removals, EACCES);
-    EXPECT_EQ(outcome, apiException(1));
+    EXPECT_EQ(outcome, apiError(1));
     EXPECT_EQ(trace.text(), line("Error: Failed to open FIFO IN file: " + pipes.in + ": ", EISDIR) +
                                 notRemoved());
 }
@@ -130,13 +130,13 @@ TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedAfterTheReplyIsTracedAndTheC
     EXPECT_EQ(outcome, payload("a"));
     EXPECT_EQ(trace.text(),
               messageLine() + line("Failed to remove file '" + pipes.out + "' : error: ", EACCES));
-    EXPECT_EQ(call(), apiException(1)) << "it is in the way of the next call";
+    EXPECT_EQ(call(), apiError(1)) << "it is in the way of the next call";
 }
 
 TEST_F(TransportFault, ALockThatTheKernelRefusesIsToldAsALockedService)
 {
     callWithout({SYS_flock}, ENOLCK);
-    EXPECT_EQ(outcome, apiException(2));
+    EXPECT_EQ(outcome, apiError(2));
     EXPECT_EQ(trace.text(), line("Error: file already locked : ", ENOLCK));
     EXPECT_FALSE(fs::exists(pipes.out));
 }
@@ -163,15 +163,14 @@ private:
 
 TEST_F(Transport, TellsAGroupThatTheCallerMayNotGiveAsAnUnknownOne)
 {
-    const std::string formerGroups = support::readText("/etc/group");
-    support::Device::replaceSystemFile("/etc/group", "root:x:0:\nforeign:x:4242:\n");
+    const support::Accounts accounts;
+    support::Accounts::addGroup("foreign:x:4242:");
     pipes.group = "foreign";
     const support::CapturedTrace trace;
     {
         const WithoutCapability unprivileged(CAP_CHOWN);
-        EXPECT_EQ(call(), apiException(1));
+        EXPECT_EQ(call(), apiError(1));
     }
-    support::Device::replaceSystemFile("/etc/group", formerGroups);
     EXPECT_EQ(trace.text(), "Error: Change the group of the out file to 'foreign' failed.\n");
     expectReleased();
 }

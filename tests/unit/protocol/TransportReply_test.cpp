@@ -3,7 +3,7 @@
 namespace
 {
 
-using transport_case::apiException;
+using support::apiError;
 using transport_case::payload;
 using transport_case::Transport;
 
@@ -29,13 +29,13 @@ const Row replies[] = {
     {"no blank", "0", payload("0")},
     {"blanks in the payload", "0  a b ", payload(" a b ")},
     {"line feeds in the payload", "0 a\n\nb\n", payload("a\n\nb\n")},
-    {"a failure", "7 a", apiException(7)},
-    {"a failure without a payload", "33", apiException(33)},
-    {"an unknown code", "-5 a", apiException(-5)},
-    {"no reply", "", apiException(1)},
-    {"a leading blank", " 0 a", apiException(1)},
-    {"no number", "abc 0", apiException(1)},
-    {"a number too great", "2147483648 a", apiException(1)},
+    {"a failure", "7 a", apiError(7)},
+    {"a failure without a payload", "33", apiError(33)},
+    {"an unknown code", "-5 a", apiError(-5)},
+    {"no reply", "", apiError(1)},
+    {"a leading blank", " 0 a", apiError(1)},
+    {"no number", "abc 0", apiError(1)},
+    {"a number too great", "2147483648 a", apiError(1)},
     {"one byte less than a chunk", filled(1022), payload(std::string(1020, 'x'))},
     {"a chunk", filled(1023), payload(std::string(1021, 'x'))},
     {"one byte more than a chunk", filled(1024), payload(std::string(1022, 'x'))},
@@ -93,12 +93,12 @@ TEST_F(Transport, TakesAChunkUpToItsFirstNul)
         {"at the end", "0 ab\0"_bytes, payload("ab")},
         {"behind the blank", "0 \0ab"_bytes, payload("")},
         {"in place of the blank", "0\0ab"_bytes, payload("0")},
-        {"in place of the blank of a failure", "7\0 ab"_bytes, apiException(7)},
+        {"in place of the blank of a failure", "7\0 ab"_bytes, apiError(7)},
         {"at the start",
          "\0"
          "0 ab"_bytes,
-         apiException(1)},
-        {"alone", "\0"_bytes, apiException(1)},
+         apiError(1)},
+        {"alone", "\0"_bytes, apiError(1)},
         {"two of them", "0 a\0b\0c"_bytes, payload("a")},
         {"the chunk behind is taken", "0 ab\0"_bytes + rest + "cd", payload("abcd")},
         {"also when it is the very last byte of its chunk", "0 ab" + rest + "\0cd"_bytes,
@@ -125,7 +125,7 @@ TEST_F(Transport, TakesWhatThereIsOfAReplyWhoseWriterGoesAway)
     const std::string reply = "0 ab";
     for (std::size_t length = 0; length <= reply.size(); ++length) {
         peer.answer(reply.substr(0, length));
-        EXPECT_EQ(call(), length == 0   ? apiException(1)
+        EXPECT_EQ(call(), length == 0   ? apiError(1)
                           : length == 1 ? payload("0")
                                         : payload(reply.substr(2, length - 2)));
     }

@@ -11,22 +11,20 @@
 namespace
 {
 
+using support::apiError;
 using support::Interruption;
 using support::ScriptedPeer;
-using transport_case::apiException;
 using transport_case::payload;
-using transport_case::runtimeError;
 using transport_case::Transport;
 
 TEST_F(Transport, IsEndedByASignalWhileItWaitsForAReaderOfItsMessage)
 {
     const auto filesBefore = files();
     for (const bool isTraced : {true, false}) {
-        const support::CapturedTrace trace;
-        ostrel::gDebug = isTraced;
+        const support::CapturedTrace trace(isTraced);
         Interruption interruption;
         std::thread signaller([&] { interruption.untilOver(); });
-        EXPECT_EQ(call(), apiException(1));
+        EXPECT_EQ(call(), apiError(1));
         interruption.over();
         signaller.join();
         EXPECT_EQ(trace.text(),
@@ -51,7 +49,7 @@ TEST_F(Transport, TracesAReplyFifoThatIsGoneWhenASignalEndsTheWait)
         std::filesystem::remove(pipes.out);
         interruption.untilOver();
     });
-    EXPECT_EQ(call(), apiException(1));
+    EXPECT_EQ(call(), apiError(1));
     interruption.over();
     signaller.join();
     ::umask(former);
@@ -64,14 +62,13 @@ TEST_F(Transport, TracesAReplyFifoThatIsGoneWhenASignalEndsTheWait)
 TEST_F(Transport, ThrowsTheTextOfTheSignalThatEndsItsWaitForTheReply)
 {
     for (const bool isTraced : {true, false}) {
-        const support::CapturedTrace trace;
-        ostrel::gDebug = isTraced;
+        const support::CapturedTrace trace(isTraced);
         Interruption interruption;
         peer.play([&](ScriptedPeer::Call& caller) {
             caller.takeMessage();
             interruption.untilOver();
         });
-        EXPECT_EQ(call(), runtimeError(std::strerror(EINTR)));
+        EXPECT_EQ(call(), std::string("std::runtime_error: ") + std::strerror(EINTR));
         interruption.over();
         peer.finish();
         EXPECT_EQ(trace.text(),
@@ -88,7 +85,7 @@ TEST_F(Transport, ThrowsTheTextOfTheSignalThatEndsItsWaitForTheReply)
 TEST_F(Transport, TakesWhatThereIsOfAReplyWhoseReadingASignalEnds)
 {
     const std::pair<const char*, std::string> rows[] = {
-        {"", apiException(1)},
+        {"", apiError(1)},
         {"0", payload("0")},
         {"0 ha", payload("ha")},
     };
@@ -233,7 +230,7 @@ TEST_F(Transport, SurvivesADaemonThatGoesAwayAmidTheMessageAndStillReadsTheReply
             caller.send("7 late");
         });
         const support::CapturedTrace trace;
-        EXPECT_EQ(callWithLongMessage(), apiException(7));
+        EXPECT_EQ(callWithLongMessage(), apiError(7));
         EXPECT_EQ(trace.text().find("Error"), std::string::npos) << "what was written counts";
         sigpipe.expectUnchanged();
         expectReleased();

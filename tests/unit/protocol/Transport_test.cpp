@@ -1,5 +1,6 @@
 #include "unit/protocol/TransportCase.h"
 
+#include "support/Accounts.h"
 #include "support/TextFiles.h"
 
 #include <sys/stat.h>
@@ -8,8 +9,7 @@ namespace
 {
 
 using ostrel::Commands;
-using transport_case::apiException;
-using transport_case::openDescriptors;
+using support::apiError;
 using transport_case::outcomeOf;
 using transport_case::payload;
 using transport_case::Transport;
@@ -95,7 +95,7 @@ TEST_F(Transport, FillsInUserAndPidAlsoWhenTheCallFails)
 {
     Commands command("somebody\t1\tca\tadd\tpath");
     std::filesystem::remove(pipes.lock);
-    EXPECT_EQ(outcomeOf(command, pipes), apiException(11));
+    EXPECT_EQ(outcomeOf(command, pipes), apiError(11));
     EXPECT_EQ(command.user, "root");
     EXPECT_EQ(command.pid, std::to_string(::getpid()));
 }
@@ -113,17 +113,15 @@ TEST_F(Transport, NamesTheUserAsTheDatabaseDoes)
         {"of two names the first", "alice:x:0:0::/:/bin/sh\nbob:x:0:0::/:/bin/sh\n", "alice"},
         {"a user that the database does not know", "bob:x:1:1::/:/bin/sh\n", ""},
     };
-    const std::string formerUsers = support::readText("/etc/passwd");
-    support::Device::replaceSystemFile("/etc/nsswitch.conf", "passwd: files\ngroup: files\n");
+    const support::Accounts accounts;
     for (const UserRow& row : rows) {
-        support::Device::replaceSystemFile("/etc/passwd", row.database);
+        support::Accounts::setUsers(row.database);
         peer.answer("0 ");
         call();
         EXPECT_EQ(peer.lastMessage(),
                   row.expected + '\t' + std::to_string(::getpid()) + "\tca\tlist")
             << row.sentence;
     }
-    support::Device::replaceSystemFile("/etc/passwd", formerUsers);
 }
 
 TEST_F(Transport, ServesOneCallAfterTheOther)
@@ -134,29 +132,16 @@ TEST_F(Transport, ServesOneCallAfterTheOther)
     }
     for (int i = 0; i < 50; ++i) {
         EXPECT_EQ(call(), payload(std::to_string(i)));
-        EXPECT_EQ(call(), apiException(7));
+        EXPECT_EQ(call(), apiError(7));
     }
     EXPECT_EQ(peer.messages().size(), 100U);
 }
 
-/// The group that a reply FIFO is shared with below: one that its creator is
-/// not in where the machine allows that, and else the creator's own.
-gid_t foreignGroup(const std::string& directory)
-{
-    constexpr gid_t foreign = 4242;
-    const std::string probe = directory + "/probe";
-    support::writeText(probe, "");
-    const bool isAllowed = ::chown(probe.c_str(), static_cast<uid_t>(-1), foreign) == 0;
-    std::filesystem::remove(probe);
-    return isAllowed ? foreign : 0;
-}
-
 TEST_F(Transport, GivesTheReplyFifoTheServicesGroupAndItsModeWhateverTheUmask)
 {
-    const gid_t group = foreignGroup(directory);
-    const std::string formerGroups = support::readText("/etc/group");
-    support::Device::replaceSystemFile("/etc/group",
-                                       "root:x:0:\nmanagers:x:" + std::to_string(group) + ":\n");
+    const support::Accounts accounts;
+    const gid_t group = support::Accounts::foreignGroup();
+    support::Accounts::setGroups("root:x:0:\nmanagers:x:" + std::to_string(group) + ":\n");
     pipes.group = "managers";
     for (const mode_t mask : {0U, 022U, 077U, 0777U}) {
         SCOPED_TRACE(mask);
@@ -175,7 +160,6 @@ TEST_F(Transport, GivesTheReplyFifoTheServicesGroupAndItsModeWhateverTheUmask)
         EXPECT_EQ(status.st_mode & 07777U, 0760U);
         EXPECT_EQ(status.st_gid, group);
     }
-    support::Device::replaceSystemFile("/etc/group", formerGroups);
 }
 
 TEST_F(Transport, LeavesTheLockFileAsItIs)
@@ -211,7 +195,7 @@ TEST(TransportDescriptors, AreAllClosedWhenTheCallsEnd)
     const support::Device device;
     const ostrelApi::ServicePipes pipes =
         ostrelApi::pipesOf(device.pipesDirectory(), "web", "root");
-    const std::ptrdiff_t before = openDescriptors();
+    const std::size_t before = support::openDescriptorCount();
     {
         support::ScriptedPeer peer(device, "web");
         for (const char* reply : {"0 a", "7 a", " ", "", "x"}) {
@@ -223,7 +207,7 @@ TEST(TransportDescriptors, AreAllClosedWhenTheCallsEnd)
         peer.hangUpAndAnswer("0 ");
         EXPECT_EQ(outcomeOf(command, pipes), payload(""));
     }
-    EXPECT_EQ(openDescriptors(), before);
+    EXPECT_EQ(support::openDescriptorCount(), before);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "support/CapturedErrors.h"
 #include "support/GroupedNumbers.h"
+#include "unit/records/RecordText.h"
 
 #include <gtest/gtest.h>
 
@@ -9,6 +10,8 @@ namespace
 {
 
 using ostrl::CCSRData;
+using record_text::textOf;
+constexpr auto dataOf = record_text::recordOf<CCSRData>;
 
 const char* const defaultText = "subject_name \n"
                                 "public_key_size_bits 2048\n"
@@ -21,20 +24,6 @@ const char* const fullText = "subject_name C=US, OU=a, CN=web\n"
                              "csr_version 1\n"
                              "public_key_type EC\n"
                              "signatureAlgorithm_type ecdsa-with-SHA256\n";
-
-std::string textOf(CCSRData data)
-{
-    std::string text = "what was there before";
-    data.to(text);
-    return text;
-}
-
-CCSRData dataOf(const std::string& text)
-{
-    CCSRData data;
-    data.from(text);
-    return data;
-}
 
 TEST(CsrData, StartsWithAKeySizeAndAVersionAlone)
 {

@@ -2,6 +2,7 @@
 
 #include "support/CapturedErrors.h"
 #include "support/GroupedNumbers.h"
+#include "unit/records/RecordText.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +12,8 @@ namespace
 {
 
 using ostrl::CCertificateData;
+using record_text::textOf;
+constexpr auto dataOf = record_text::recordOf<CCertificateData>;
 
 const char* const defaultText = "public_key_size_bits 2048\n"
                                 "cert_serial 2\n"
@@ -35,20 +38,6 @@ const char* const fullText = "public_key_size_bits 4096\n"
                              "public_key MFkwEwYH\n"
                              "subject_name C=US, OU=a, OU=b, CN=web\n"
                              "issuer_name CN=root\n";
-
-std::string textOf(CCertificateData data)
-{
-    std::string text = "what was there before";
-    data.to(text);
-    return text;
-}
-
-CCertificateData dataOf(const std::string& text)
-{
-    CCertificateData data;
-    data.from(text);
-    return data;
-}
 
 ostrl::v3Ext extension(const std::string& id)
 {

@@ -1,26 +1,16 @@
 #include <ostrl/CDistinguishedName.h>
 
+#include "unit/records/RecordText.h"
+
 #include <gtest/gtest.h>
 
 namespace
 {
 
 using ostrl::CDistinguishedName;
+using record_text::textOf;
+constexpr auto nameOf = record_text::recordOf<CDistinguishedName>;
 using Texts = std::vector<std::string>;
-
-CDistinguishedName nameOf(const std::string& text)
-{
-    CDistinguishedName name;
-    name.from(text);
-    return name;
-}
-
-std::string textOf(const CDistinguishedName& name)
-{
-    std::string text = "what was there before";
-    name.to(text);
-    return text;
-}
 
 Texts valuesOf(const CDistinguishedName& name)
 {

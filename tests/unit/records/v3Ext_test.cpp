@@ -1,6 +1,7 @@
 #include <ostrl/v3Ext.h>
 
 #include "support/CapturedErrors.h"
+#include "unit/records/RecordText.h"
 
 #include <gtest/gtest.h>
 
@@ -8,6 +9,7 @@ namespace
 {
 
 using ostrl::v3Ext;
+using record_text::textOf;
 
 v3Ext extension(const std::string& id, const std::string& shortName, const std::string& longName,
                 const std::string& comment)
@@ -18,13 +20,6 @@ v3Ext extension(const std::string& id, const std::string& shortName, const std::
     result.long_name = longName;
     result.comment = comment;
     return result;
-}
-
-std::string textOf(const v3Ext& value)
-{
-    std::string text = "what was there before";
-    value.to(text);
-    return text;
 }
 
 struct Row {

@@ -1,8 +1,8 @@
 #include <ostrel/CertificateIdCnMap.h>
 
 #include "support/CapturedErrors.h"
-#include "support/ErrorOf.h"
 #include "support/TextFiles.h"
+#include "support/Thrown.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ namespace
 
 using ostrel::CertificateIdCnMap;
 using Entries = std::map<std::string, std::string>;
-using support::errorOf;
+using support::thrownBy;
 using Ids = std::vector<std::string>;
 
 CertificateIdCnMap mapOf(const Entries& entries)
@@ -137,9 +137,10 @@ TEST(CertificateIdCnMap, NamesAFileThatItCannotReadAndStaysAsItWas)
     for (const char* name : {"missing", "missing/id_cn.map", "loop"}) {
         const std::string path = directory / name;
         // Intended: the words of a list, for a map as well.
-        const std::string expected = "Impossible to open the list file " + path + ".";
-        EXPECT_EQ(errorOf([&] { map.readFromFile(path); }), expected);
-        EXPECT_EQ(errorOf([&] { const CertificateIdCnMap unused(path); }), expected);
+        const std::string expected =
+            "std::runtime_error: Impossible to open the list file " + path + ".";
+        EXPECT_EQ(thrownBy([&] { map.readFromFile(path); }), expected);
+        EXPECT_EQ(thrownBy([&] { const CertificateIdCnMap unused(path); }), expected);
     }
     EXPECT_EQ(map.entries(), (Entries{{"1", "a"}}));
 }
@@ -152,8 +153,8 @@ TEST(CertificateIdCnMap, NamesAFileThatItCannotWriteAndLeavesItAsItWas)
     for (const bool truncate : {false, true}) {
         for (const char* name : {"directory", "missing/id_cn.map", "directory/kept/id_cn.map"}) {
             const std::string path = directory / name;
-            EXPECT_EQ(errorOf([&] { map.writeIntoFile(path, truncate); }),
-                      "Impossible to open the list file " + path + ".");
+            EXPECT_EQ(thrownBy([&] { map.writeIntoFile(path, truncate); }),
+                      "std::runtime_error: Impossible to open the list file " + path + ".");
         }
     }
     EXPECT_EQ(support::readText(directory / "directory/kept"), "text");
@@ -165,8 +166,8 @@ TEST(CertificateIdCnMap, ReportsNoErrorOnceAFileIsOpenAndTracesNothing)
     const support::TemporaryDirectory directory;
     const support::CapturedTrace trace;
     EXPECT_TRUE(CertificateIdCnMap(directory.path()).entries().empty()) << "a directory opens";
-    EXPECT_EQ(errorOf([] { mapOf({{"1", "a"}}).writeIntoFile("/dev/full", true); }), "");
-    EXPECT_NE(errorOf([&] { const CertificateIdCnMap map(directory / "missing"); }), "");
+    EXPECT_EQ(thrownBy([] { mapOf({{"1", "a"}}).writeIntoFile("/dev/full", true); }), "nothing");
+    EXPECT_NE(thrownBy([&] { const CertificateIdCnMap map(directory / "missing"); }), "nothing");
     EXPECT_EQ(trace.text(), "");
 }
 

@@ -1,8 +1,8 @@
 #include <ostrel/CertificateIdList.h>
 
 #include "support/CapturedErrors.h"
-#include "support/ErrorOf.h"
 #include "support/TextFiles.h"
+#include "support/Thrown.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@ namespace
 {
 
 using ostrel::CertificateIdList;
-using support::errorOf;
+using support::thrownBy;
 using Ids = std::vector<std::string>;
 
 struct ReadRow {
@@ -102,9 +102,10 @@ TEST(CertificateIdListFile, ThatCannotBeOpenedForReadingIsNamedAndLeavesTheListA
     CertificateIdList list(Ids{"b", "a"});
     for (const char* name : {"missing", "missing/list.txt", "loop", "file/list.txt", ""}) {
         const std::string path = *name != '\0' ? directory / name : "";
-        const std::string expected = "Impossible to open the list file " + path + ".";
-        EXPECT_EQ(errorOf([&] { list.readFromFile(path); }), expected);
-        EXPECT_EQ(errorOf([&] { const CertificateIdList unused(path); }), expected);
+        const std::string expected =
+            "std::runtime_error: Impossible to open the list file " + path + ".";
+        EXPECT_EQ(thrownBy([&] { list.readFromFile(path); }), expected);
+        EXPECT_EQ(thrownBy([&] { const CertificateIdList unused(path); }), expected);
     }
     EXPECT_EQ(list.toArray(), (Ids{"a", "b"}));
 }
@@ -117,8 +118,8 @@ TEST(CertificateIdListFile, ThatCannotBeOpenedForWritingIsNamedAndLeftAsItWas)
     for (const bool truncate : {false, true}) {
         for (const char* name : {"directory", "missing/list.txt", "directory/kept/list.txt"}) {
             const std::string path = directory / name;
-            EXPECT_EQ(errorOf([&] { list.writeIntoFile(path, truncate); }),
-                      "Impossible to open the list file " + path + ".");
+            EXPECT_EQ(thrownBy([&] { list.writeIntoFile(path, truncate); }),
+                      "std::runtime_error: Impossible to open the list file " + path + ".");
         }
     }
     EXPECT_EQ(support::readText(directory / "directory/kept"), "text");
@@ -129,7 +130,8 @@ TEST(CertificateIdListFile, ReportsNoErrorOnceItIsOpen)
 {
     const support::TemporaryDirectory directory;
     EXPECT_EQ(CertificateIdList(directory.path()).toArray(), Ids()) << "a directory opens";
-    EXPECT_EQ(errorOf([] { CertificateIdList(Ids{"a"}).writeIntoFile("/dev/full", true); }), "");
+    EXPECT_EQ(thrownBy([] { CertificateIdList(Ids{"a"}).writeIntoFile("/dev/full", true); }),
+              "nothing");
 }
 
 TEST(CertificateIdListFile, IsNeverTraced)
@@ -138,7 +140,7 @@ TEST(CertificateIdListFile, IsNeverTraced)
     const support::CapturedTrace trace;
     CertificateIdList(Ids{"a"}).writeIntoFile(directory / "list.txt", true);
     const CertificateIdList list(directory / "list.txt");
-    EXPECT_NE(errorOf([&] { const CertificateIdList missing(directory / "missing"); }), "");
+    EXPECT_NE(thrownBy([&] { const CertificateIdList missing(directory / "missing"); }), "nothing");
     EXPECT_EQ(trace.text(), "");
 }
 

@@ -11,8 +11,6 @@
 #include <sstream>
 #include <type_traits>
 
-#include <sys/stat.h>
-
 namespace
 {
 
@@ -173,7 +171,7 @@ TEST(CertificateInfo, SaysWhyAFileCannotBeRead)
 {
     const support::TemporaryDirectory directory;
     const std::string socket = directory / "socket";
-    ASSERT_EQ(::mknod(socket.c_str(), S_IFSOCK | 0600, 0), 0);
+    support::makeUnopenable(socket);
     support::writeText(directory / "bad", "{");
     const std::string missing = " for reading! Because the file does not exist.";
     const FileRow rows[] = {

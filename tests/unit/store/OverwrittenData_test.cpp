@@ -1,7 +1,7 @@
 #include <ostrelApi/OverwrittenData.h>
 
-#include "support/OverwrittenFile.h"
 #include "support/SmallStack.h"
+#include "unit/store/OverwrittenFileCase.h"
 
 #include <ostrelApi/OstrelApiException.h>
 

@@ -44,7 +44,7 @@ protected:
     void putUnopenable() const
     {
         std::filesystem::remove(m_path);
-        ASSERT_EQ(::mknod(m_path.c_str(), S_IFSOCK | 0600, 0), 0) << m_path;
+        support::makeUnopenable(m_path);
     }
 
     const support::TemporaryDirectory m_directory;

@@ -1,4 +1,4 @@
-#include "support/OverwrittenFile.h"
+#include "unit/store/OverwrittenFileCase.h"
 
 #include <ostrelApi/OstrelApiException.h>
 

@@ -8,8 +8,6 @@
 
 #include <set>
 
-#include <sys/stat.h>
-
 namespace
 {
 
@@ -99,7 +97,7 @@ TEST(GetRandomName, OfNoLengthDoesNotReadTheDevice)
 TEST(GetRandomName, IsEmptyWhenTheDeviceCannotBeOpened)
 {
     const support::TemporaryDirectory directory;
-    ASSERT_EQ(::mknod((directory / "device").c_str(), S_IFSOCK | 0600, 0), 0);
+    support::makeUnopenable(directory / "device");
     const BindMount mount(directory / "device", device);
     for (const unsigned int length : {32U, 0U}) {
         const CapturedTrace errors;

@@ -1,7 +1,6 @@
 #include <ostrel/Tools.h>
 
 #include "support/CapturedErrors.h"
-#include "support/StandardError.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +15,7 @@ namespace
 
 namespace fs = std::filesystem;
 namespace Tools = ostrel::Tools;
-using support::CapturedStandardError;
+using support::CapturedErrors;
 using support::CapturedTrace;
 using support::TemporaryDirectory;
 using support::writeText;
@@ -82,7 +81,7 @@ TEST(RemoveFiles, RemovesATreeAndDoesNotFollowItsLinks)
     ASSERT_EQ(::mkfifo((directory / "tree/fifo").c_str(), 0600), 0);
     fs::create_directory_symlink(directory / "outside", directory / "tree/a/link");
     fs::create_symlink(directory / "missing", directory / "tree/dangling");
-    const CapturedStandardError errors;
+    const CapturedErrors errors;
     EXPECT_EQ(Tools::removeFiles(directory / "tree"), 0);
     EXPECT_FALSE(fs::exists(directory / "tree"));
     EXPECT_EQ(support::readText(directory / "outside/file"), "text");
@@ -103,7 +102,7 @@ TEST(RemoveFiles, RemovesAFileOrALinkToo)
 TEST(RemoveFiles, OfAMissingTreeFailsWithoutAWord)
 {
     const TemporaryDirectory directory;
-    const CapturedStandardError errors;
+    const CapturedErrors errors;
     EXPECT_EQ(Tools::removeFiles(directory / "missing"), -1);
     EXPECT_EQ(errors.text(), "");
 }
@@ -129,7 +128,7 @@ TEST(RemoveFiles, NeedsNoMoreThanSixtyFourOpenDirectories)
 TEST(RemoveFiles, StopsAtTheFirstFailureAndPrintsItWhateverTheDebugFlagSays)
 {
     ASSERT_FALSE(ostrel::Tools::fileExist("/proc/self/fdinfo/missing"));
-    const CapturedStandardError errors;
+    const CapturedErrors errors;
     EXPECT_EQ(Tools::removeFiles("/proc/self/fdinfo"), -1);
     EXPECT_EQ(errors.text(), "/proc/self/fdinfo/0: Operation not permitted\n");
 }
@@ -139,7 +138,7 @@ TEST(RemoveFiles, RemovesTheChildrenBeforeTheirDirectory)
     const TemporaryDirectory directory;
     writeText(directory / "tree/a/file", "text");
     const std::string path = directory / "tree/.";
-    const CapturedStandardError errors;
+    const CapturedErrors errors;
     EXPECT_EQ(Tools::removeFiles(path), -1);
     EXPECT_EQ(errors.text(), path + ": Invalid argument\n");
     EXPECT_TRUE(fs::is_empty(directory / "tree"));
@@ -152,7 +151,7 @@ TEST(RemoveOnFile, IsACallbackOfATreeWalk)
     writeText(directory / "full/file", "text");
     const std::string file = directory / "full/file";
     const std::string full = directory / "full";
-    const CapturedStandardError errors;
+    const CapturedErrors errors;
     EXPECT_EQ(callback(full.c_str(), nullptr, FTW_DP, nullptr), -1);
     EXPECT_EQ(errors.text(), full + ": Directory not empty\n");
     EXPECT_EQ(callback(file.c_str(), nullptr, FTW_F, nullptr), 0);

@@ -1,7 +1,6 @@
 #include <ostrel/Tools.h>
 
 #include "support/CapturedErrors.h"
-#include "support/StandardError.h"
 #include "support/Thrown.h"
 
 #include <gtest/gtest.h>
@@ -207,7 +206,7 @@ TEST_F(CreateDirectory, LeavesNoDescriptorOpen)
 
 TEST_F(FilesIn, ArePrintedNothingAboutWhileTheDebugFlagIsClear)
 {
-    const support::CapturedStandardError errors;
+    const support::CapturedErrors errors;
     Tools::createDirectory(directory / "missing/below", 0700);
     Tools::removeFile(directory / "missing");
     Tools::removeFile(directory.path());

@@ -1,5 +1,6 @@
 #include "tools/InFlight.h"
 
+#include "support/Textless.h"
 #include "support/Thrown.h"
 
 #include <gtest/gtest.h>
@@ -7,22 +8,10 @@
 namespace
 {
 
+using support::Textless;
 using support::thrownBy;
 
 const ostrel::TierTexts texts = {"first: ", "second: ", "generic."};
-
-class Textless : public std::exception
-{
-public:
-    const char* what() const noexcept override { return nullptr; }
-};
-
-class TextlessRuntimeError : public std::runtime_error
-{
-public:
-    TextlessRuntimeError() : std::runtime_error("unused") {}
-    const char* what() const noexcept override { return nullptr; }
-};
 
 struct TierRow {
     const char* sentence;
@@ -38,9 +27,10 @@ TEST(OrRuntimeError, GivesEachTierItsText)
         {"another standard exception", [] { throw std::logic_error("c"); }, "second: c"},
         {"no standard exception", [] { throw 1; }, "generic."},
         {"an empty text stays empty", [] { throw std::logic_error(""); }, "second: "},
-        {"the first type without a text", [] { throw TextlessRuntimeError(); },
+        {"the first type without a text", [] { throw Textless<std::runtime_error>("unused"); },
          "first: Unknown error"},
-        {"a standard exception without a text", [] { throw Textless(); }, "second: Unknown error"},
+        {"a standard exception without a text", [] { throw Textless<>(); },
+         "second: Unknown error"},
     };
     for (const TierRow& row : rows) {
         EXPECT_EQ(thrownBy([&] { ostrel::orRuntimeError<std::runtime_error>(texts, row.work); }),

@@ -1,7 +1,6 @@
 #include "tools/Trace.h"
 
 #include "support/CapturedErrors.h"
-#include "support/StandardError.h"
 
 #include <gmock/gmock.h>
 
@@ -20,12 +19,12 @@ using testing::SizeIs;
 TEST(Trace, IsOffUntilTheProgramSetsTheFlag)
 {
     EXPECT_FALSE(ostrel::gDebug);
-    const support::CapturedStandardError errors;
+    const support::CapturedErrors errors;
     trace("nobody sees this");
     EXPECT_EQ(errors.text(), "");
 }
 
-TEST(Trace, WritesItsPartsAsOneLineWhileTheFlagIsSet)
+TEST(Trace, WritesItsPartsAsOneLineToTheStandardErrorDescriptor)
 {
     const support::CapturedTrace errors;
     const std::string part = "b";
@@ -36,24 +35,13 @@ TEST(Trace, WritesItsPartsAsOneLineWhileTheFlagIsSet)
 
 TEST(Trace, FollowsTheFlag)
 {
-    const support::CapturedErrors errors;
-    ostrel::gDebug = true;
+    const support::CapturedTrace errors;
     trace("on");
     ostrel::gDebug = false;
     trace("off");
     ostrel::gDebug = true;
     trace("on again");
-    ostrel::gDebug = false;
     EXPECT_EQ(errors.text(), "on\non again\n");
-}
-
-TEST(Trace, GoesToTheStandardErrorDescriptor)
-{
-    const support::CapturedStandardError errors;
-    ostrel::gDebug = true;
-    trace("line");
-    ostrel::gDebug = false;
-    EXPECT_EQ(errors.text(), "line\n");
 }
 
 TEST(Trace, FlushesEachLine)
@@ -83,8 +71,7 @@ TEST(Trace, KeepsTheLinesOfConcurrentThreadsWhole)
 {
     constexpr std::size_t threadCount = 4;
     constexpr std::size_t linesEach = 500;
-    const support::CapturedStandardError errors;
-    ostrel::gDebug = true;
+    const support::CapturedTrace errors;
     std::vector<std::thread> threads;
     for (std::size_t number = 0; number < threadCount; ++number) {
         threads.emplace_back([number] {
@@ -97,7 +84,6 @@ TEST(Trace, KeepsTheLinesOfConcurrentThreadsWhole)
     for (std::thread& thread : threads) {
         thread.join();
     }
-    ostrel::gDebug = false;
     const std::vector<std::string> lines = linesOf(errors.text());
     EXPECT_THAT(lines, SizeIs(threadCount * linesEach));
     for (const std::string& line : lines) {

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <exception>
+
+namespace support
+{
+
+/// An exception of type `Base` that carries no text at all.
+template <class Base = std::exception>
+class Textless : public Base
+{
+public:
+    using Base::Base;
+    const char* what() const noexcept override { return nullptr; }
+};
+
+} // namespace support
