@@ -1,9 +1,8 @@
 #include "Channel.h"
 
+#include "Files.h"
 #include "Log.h"
 #include "Refusal.h"
-
-#include <openssl/crypto.h>
 
 #include <cerrno>
 #include <cstdint>
@@ -59,13 +58,6 @@ void removeUnlessOwn(const std::string& path, mode_t type)
     }
 }
 
-bool isFifo(const Descriptor& file)
-{
-    struct stat status {
-    };
-    return ::fstat(file.get(), &status) == 0 && S_ISFIFO(status.st_mode);
-}
-
 void startTimer(const Descriptor& timer, long milliseconds)
 {
     itimerspec time{};
@@ -81,12 +73,6 @@ void drain(const Descriptor& counter)
     }
 }
 
-short eventsOf(const Descriptor& descriptor, short events)
-{
-    pollfd entry{descriptor.get(), events, 0};
-    return ::poll(&entry, 1, 0) == 1 ? entry.revents : short{0};
-}
-
 std::string withCode(ReturnCode code)
 {
     return std::to_string(code) + ' ';
@@ -96,11 +82,12 @@ std::string withCode(ReturnCode code)
 
 Channel::Channel(const std::string& directory, const std::string& service, gid_t group)
     : m_service(service), m_lockPath(directory + '/' + service + ".lock"),
-      m_inPath(directory + '/' + service + ".in"), m_outPath(directory + '/' + service + ".out"),
+      m_inPath(directory + '/' + service + ".in"),
       m_notices(requireOpen(Descriptor(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)), "inotify")),
       m_wake(requireOpen(Descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), "an event")),
       m_timer(requireOpen(Descriptor(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)),
-                          "a timer"))
+                          "a timer")),
+      m_reply(directory + '/' + service + ".out", m_notices)
 {
     removeUnlessOwn(m_inPath, S_IFIFO);
     if (::mkfifo(m_inPath.c_str(), S_IRUSR | S_IWUSR) != 0 && errno != EEXIST) {
@@ -127,13 +114,13 @@ void Channel::openCommandFifo()
 // now, or waits for an answer that nobody else will give.
 void Channel::takeUpFormerCall()
 {
-    if (isReplyFifoThere()) {
+    if (m_reply.isThere()) {
         m_sweepsLeft = sweepCount;
         sweep();
     }
-    if (isReplyFifoThere()) {
-        openReplyFifo();
-        finishReplyIfRead();
+    if (m_reply.isThere()) {
+        m_reply.open();
+        answerFormerCall();
     }
 }
 
@@ -181,13 +168,12 @@ void Channel::letClientsIn()
 void Channel::run(const Duties& duties)
 {
     while (!m_isDone) {
-        const bool isWriting = isReplyUnwritten();
         pollfd entries[] = {
             {m_in.get(), POLLIN, 0},
             {m_notices.get(), POLLIN, 0},
             {m_wake.get(), POLLIN, 0},
             {m_timer.get(), POLLIN, 0},
-            {isWriting ? m_replyWriter.get() : -1, POLLOUT, 0},
+            {m_reply.blockedWriter(), POLLOUT, 0},
             {duties.clock, POLLIN, 0},
         };
         if (::poll(entries, sizeof entries / sizeof *entries, -1) == -1 && errno != EINTR) {
@@ -198,8 +184,8 @@ void Channel::run(const Duties& duties)
             takeInput(duties.answer);
         }
         takeNotices();
-        if (isWriting && entries[4].revents != 0) {
-            continueReply();
+        if (entries[4].revents != 0) {
+            m_reply.writeOn();
         }
         if (entries[3].revents != 0) {
             drain(m_timer);
@@ -224,10 +210,10 @@ bool Channel::isMessageUnderWay() const
 void Channel::end()
 {
     ::unlink(m_inPath.c_str());
-    if (m_isAnswered || isMessageUnderWay()) {
-        ::unlink(m_outPath.c_str());
+    if (m_reply.isAnswered() || isMessageUnderWay()) {
+        m_reply.remove();
     }
-    dropReply();
+    m_reply.drop();
     m_in.close();
 }
 
@@ -322,8 +308,9 @@ void Channel::takeNotices()
         for (const char* at = bytes; at < bytes + count;) {
             const auto* event = reinterpret_cast<const inotify_event*>(at);
             const bool isAnything = (event->mask & IN_Q_OVERFLOW) != 0;
-            if (isAnything || (event->wd == m_replyWatch && (event->mask & IN_OPEN) != 0)) {
-                finishReplyIfRead();
+            if (isAnything || m_reply.isOpening(*event)) {
+                m_reply.dropIfTaken();
+                answerFormerCall();
             }
             if (isAnything || event->wd == m_lockWatch) {
                 m_sweepsLeft = m_isStopping ? m_sweepsLeft : sweepCount;
@@ -334,115 +321,25 @@ void Channel::takeNotices()
     }
 }
 
-bool Channel::isReplyFifoThere() const
-{
-    struct stat status {
-    };
-    return ::lstat(m_outPath.c_str(), &status) == 0;
-}
-
-// Whether the reply FIFO that is open here is the one that has the name now.
-bool Channel::isReplyFifoCurrent() const
-{
-    struct stat held {
-    };
-    struct stat named {
-    };
-    return m_replyWriter.isOpen() && ::fstat(m_replyWriter.get(), &held) == 0 &&
-           ::lstat(m_outPath.c_str(), &named) == 0 && held.st_ino == named.st_ino &&
-           held.st_dev == named.st_dev;
-}
-
-void Channel::openReplyFifo()
-{
-    if (!isReplyFifoCurrent()) {
-        dropReply();
-    }
-    constexpr int flags = O_NONBLOCK | O_NOFOLLOW;
-    if (!m_replyReader.isOpen()) {
-        m_replyReader = Descriptor::open(m_outPath, O_RDONLY | flags);
-    }
-    if (!m_replyReader.isOpen() || !isFifo(m_replyReader)) {
-        dropReply();
-    } else if (!m_replyWriter.isOpen()) {
-        m_replyWriter = Descriptor::open(m_outPath, O_WRONLY | flags);
-        m_replyWatch = ::inotify_add_watch(m_notices.get(), m_outPath.c_str(), IN_OPEN);
-    }
-}
-
 void Channel::reply(std::string text)
 {
-    openReplyFifo();
-    if (!m_replyWriter.isOpen()) {
+    if (!m_reply.give(std::move(text))) {
         logStep("{}: no reply FIFO for the answer", m_service);
-        return;
     }
-    m_isAnswered = true;
-    m_reply = std::move(text);
-    m_replyWritten = 0;
-    continueReply();
 }
 
-bool Channel::isReplyUnwritten() const
+// A client that sent its message to a daemon that is gone has an answer, too.
+void Channel::answerFormerCall()
 {
-    return m_replyWritten < m_reply.size();
-}
-
-void Channel::continueReply()
-{
-    while (isReplyUnwritten()) {
-        const ssize_t count =
-            ::write(m_replyWriter.get(), &m_reply[m_replyWritten], m_reply.size() - m_replyWritten);
-        if (count > 0) {
-            m_replyWritten += static_cast<std::size_t>(count);
-        } else if (errno == EAGAIN) {
-            return;
-        } else if (errno != EINTR) {
-            dropReply();
-            return;
-        }
-    }
-    finishReplyIfRead();
-}
-
-// The bytes wait in the FIFO as long as one end is open. With the daemon's own
-// reading end closed, an error event says that no client has opened its own yet.
-void Channel::finishReplyIfRead()
-{
-    if (isReplyUnwritten() || !m_replyWriter.isOpen()) {
-        return;
-    }
-    m_replyReader.close();
-    if ((eventsOf(m_replyWriter, POLLOUT) & POLLERR) != 0) {
-        return;
-    }
-    if (m_isAnswered) {
-        dropReply();
-    } else if (!isInputReady()) {
-        // The client sent its message to a daemon that is gone.
+    if (m_reply.isAwaited() && !isInputReady()) {
         reply(withCode(DaemonTerminates));
     }
 }
 
-void Channel::dropReply()
-{
-    if (m_replyWatch != -1) {
-        ::inotify_rm_watch(m_notices.get(), m_replyWatch);
-        m_replyWatch = -1;
-    }
-    m_replyReader.close();
-    m_replyWriter.close();
-    // It may have been a key.
-    OPENSSL_cleanse(m_reply.data(), m_reply.size());
-    m_reply.clear();
-    m_replyWritten = 0;
-    m_isAnswered = false;
-}
-
 void Channel::sweep()
 {
-    if (!isReplyFifoThere()) {
-        dropReply();
+    if (!m_reply.isThere()) {
+        m_reply.drop();
         if (!m_isStopping) {
             return;
         }
@@ -458,11 +355,11 @@ void Channel::sweep()
 
 void Channel::removeLeftReplyFifo()
 {
-    if (isReplyFifoThere()) {
+    if (m_reply.isThere()) {
         logEvent("{}: a client ended within its call; its reply FIFO is removed", m_service);
-        ::unlink(m_outPath.c_str());
+        m_reply.remove();
     }
-    dropReply();
+    m_reply.drop();
 }
 
 void Channel::sweepAgainSoon()

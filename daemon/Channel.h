@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Files.h"
+#include "ReplyFifo.h"
 
 #include "tools/Descriptor.h"
 
@@ -21,9 +21,7 @@ namespace ostreld
 ///   - A message is whole when its writer closes the command FIFO. The daemon
 ///     opens it anew before it answers, so that the next writer is never
 ///     mistaken for this one.
-///   - The reply goes into the reply FIFO while the daemon itself holds a
-///     reading end, so it waits for no reader; the writing end stays open until
-///     the client has opened its own, which inotify tells.
+///   - The reply waits in the reply FIFO for a client that has yet to open it.
 ///   - A client that closes the lock file has finished or is dead. If the reply
 ///     FIFO is still there and no client is in a call, it was left behind and goes.
 ///
@@ -80,14 +78,8 @@ private:
     void takeNotices();
     void takeWake(const std::function<void()>& onWake);
 
-    bool isReplyFifoThere() const;
-    bool isReplyFifoCurrent() const;
-    void openReplyFifo();
     void reply(std::string text);
-    bool isReplyUnwritten() const;
-    void continueReply();
-    void finishReplyIfRead();
-    void dropReply();
+    void answerFormerCall();
 
     void sweep();
     void removeLeftReplyFifo();
@@ -99,7 +91,6 @@ private:
     const std::string m_service;
     const std::string m_lockPath;
     const std::string m_inPath;
-    const std::string m_outPath;
 
     ostrel::Descriptor m_lock;
     ostrel::Descriptor m_in;
@@ -112,15 +103,9 @@ private:
     std::string m_message;
     bool m_isMessageTooLong = false;
 
-    // The reply under way: both ends of the reply FIFO, and its text.
-    ostrel::Descriptor m_replyReader;
-    ostrel::Descriptor m_replyWriter;
-    int m_replyWatch = -1;
-    std::string m_reply;
-    std::size_t m_replyWritten = 0;
-    // A client that a former daemon left waiting has a reply FIFO open here
-    // before it has an answer.
-    bool m_isAnswered = false;
+    // A client that a former daemon left waiting has it open here before there
+    // is an answer.
+    ReplyFifo m_reply;
 
     std::size_t m_sweepsLeft = 0;
     std::atomic<bool> m_isStopAsked{false};

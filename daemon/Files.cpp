@@ -1,5 +1,7 @@
 #include "Files.h"
 
+#include "Log.h"
+
 #include "tools/ErrorText.h"
 
 #include <fmt/format.h>
@@ -8,6 +10,7 @@
 #include <stdexcept>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -41,6 +44,16 @@ void sync(const Descriptor& file, const std::string& path)
 {
     if (::fsync(file.get()) != 0) {
         failSystemCall("write to disk", path);
+    }
+}
+
+// The change has been made, and readers have seen it: a disk that does not say
+// whether it will last is no reason to undo it.
+void syncIfOpen(const Descriptor& directory, const std::string& changed)
+{
+    if (directory.isOpen() && ::fsync(directory.get()) != 0) {
+        logEvent("{}: changed, but a power cut may undo that: {}", changed,
+                 ostrel::errorText(errno));
     }
 }
 
@@ -87,6 +100,19 @@ void setAccess(const Descriptor& file, const std::string& path, const Access& ac
     }
 }
 
+bool isFifo(const Descriptor& file)
+{
+    struct stat status {
+    };
+    return ::fstat(file.get(), &status) == 0 && S_ISFIFO(status.st_mode);
+}
+
+short eventsOf(const Descriptor& file, short events)
+{
+    pollfd entry{file.get(), events, 0};
+    return ::poll(&entry, 1, 0) == 1 ? entry.revents : short{0};
+}
+
 void makeDirectory(const std::string& path, const Access& access)
 {
     if (::mkdir(path.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
@@ -122,10 +148,11 @@ void Replacer::replace(const std::string& path,
     if (m_durability == Durability::Lasting) {
         sync(file, m_scratch);
     }
+    const Descriptor directory = directoryToSync(path);
     if (::rename(m_scratch.c_str(), path.c_str()) != 0) {
         failSystemCall("replace", path);
     }
-    syncDirectoryOf(path);
+    syncIfOpen(directory, path);
 }
 
 void Replacer::share(const std::string& path, mode_t mode) const
@@ -140,8 +167,9 @@ void Replacer::share(const std::string& path, mode_t mode) const
 
 void Replacer::remove(const std::string& path) const
 {
+    const Descriptor directory = directoryToSync(path);
     if (::unlink(path.c_str()) == 0) {
-        syncDirectoryOf(path);
+        syncIfOpen(directory, path);
     } else if (errno != ENOENT) {
         failSystemCall("remove", path);
     }
@@ -154,12 +182,12 @@ void Replacer::removeScratch() const
     }
 }
 
-void Replacer::syncDirectoryOf(const std::string& path) const
+// Opened before anything is changed: then nothing but the disk itself can fail after.
+Descriptor Replacer::directoryToSync(const std::string& path) const
 {
-    if (m_durability == Durability::Lasting) {
-        const std::string directory = directoryOf(path);
-        sync(openOrFail(directory, O_RDONLY | O_DIRECTORY), directory);
-    }
+    return m_durability == Durability::Lasting
+               ? openOrFail(directoryOf(path), O_RDONLY | O_DIRECTORY)
+               : Descriptor();
 }
 
 std::string readRegularFile(const std::string& directory, const std::string& name,

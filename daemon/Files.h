@@ -25,6 +25,11 @@ struct Access {
 /// Gives an open file its group and mode.
 void setAccess(const ostrel::Descriptor& file, const std::string& path, const Access& access);
 
+bool isFifo(const ostrel::Descriptor& file);
+
+/// What poll() says of `events` at this moment.
+short eventsOf(const ostrel::Descriptor& file, short events);
+
 /// Makes the directory `path`, below one that exists, with this access; an
 /// existing one gets it too.
 void makeDirectory(const std::string& path, const Access& access);
@@ -34,7 +39,9 @@ enum class Durability { Lasting, Volatile };
 
 /// Files of one directory, replaced whole: written under another name in
 /// `scratchDirectory` (same file system), then renamed. What an interrupted
-/// replacement leaves is removed by removeScratch().
+/// replacement leaves is removed by removeScratch(). What fails leaves all as it
+/// was; but a change that is made, and that the disk does not confirm, stands,
+/// and is logged.
 class Replacer
 {
 public:
@@ -57,7 +64,7 @@ public:
     void removeScratch() const;
 
 private:
-    void syncDirectoryOf(const std::string& path) const;
+    ostrel::Descriptor directoryToSync(const std::string& path) const;
 
     std::string m_scratch;
     gid_t m_group;

@@ -39,9 +39,7 @@ NotificationFifo::NotificationFifo()
     }
     // For writing too: without a writer of its own the FIFO would be at its end for ever.
     m_fifo = ostrel::Descriptor::open(m_path, O_RDWR | O_NONBLOCK | O_NOFOLLOW);
-    struct stat status {
-    };
-    if (!m_fifo.isOpen() || ::fstat(m_fifo.get(), &status) != 0 || !S_ISFIFO(status.st_mode)) {
+    if (!m_fifo.isOpen() || !isFifo(m_fifo)) {
         failSystemCall("use as a FIFO", m_path);
     }
     setAccess(m_fifo, m_path, {notificationGroup(), groupWritesMode});

@@ -162,10 +162,10 @@ TEST_F(Notification, FailsAndClosesItsDescriptorWhenThereIsNoStreamForIt)
 {
     makeFifo();
     const Descriptor reader = listen();
+    const CapturedTrace trace;
     const std::size_t descriptorsBefore = openDescriptorCount();
     bool canDeny = false;
     std::string thrown;
-    const CapturedTrace trace;
     std::thread([&] {
         // The C library asks for the flags of a descriptor before it makes a stream.
         canDeny = support::denySystemCalls(descriptorFlags, EPERM);

@@ -1,0 +1,153 @@
+#include "ReplyFifo.h"
+
+#include "Files.h"
+
+#include <openssl/crypto.h>
+
+#include <cerrno>
+#include <utility>
+
+#include <poll.h>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace ostreld
+{
+
+using ostrel::Descriptor;
+
+ReplyFifo::ReplyFifo(std::string path, const Descriptor& notices)
+    : m_path(std::move(path)), m_notices(notices)
+{
+}
+
+ReplyFifo::~ReplyFifo()
+{
+    drop();
+}
+
+bool ReplyFifo::isThere() const
+{
+    struct stat status {
+    };
+    return ::lstat(m_path.c_str(), &status) == 0;
+}
+
+// Whether what is open here is what has the name now.
+bool ReplyFifo::isCurrent() const
+{
+    struct stat held {
+    };
+    struct stat named {
+    };
+    return m_writer.isOpen() && ::fstat(m_writer.get(), &held) == 0 &&
+           ::lstat(m_path.c_str(), &named) == 0 && held.st_ino == named.st_ino &&
+           held.st_dev == named.st_dev;
+}
+
+void ReplyFifo::open()
+{
+    if (!isCurrent()) {
+        drop();
+    }
+    constexpr int flags = O_NONBLOCK | O_NOFOLLOW;
+    if (!m_reader.isOpen()) {
+        m_reader = Descriptor::open(m_path, O_RDONLY | flags);
+    }
+    if (!m_reader.isOpen() || !isFifo(m_reader)) {
+        drop();
+    } else if (!m_writer.isOpen()) {
+        m_writer = Descriptor::open(m_path, O_WRONLY | flags);
+        m_watch = ::inotify_add_watch(m_notices.get(), m_path.c_str(), IN_OPEN);
+    }
+}
+
+bool ReplyFifo::give(std::string text)
+{
+    open();
+    if (!m_writer.isOpen()) {
+        return false;
+    }
+    m_isAnswered = true;
+    m_text = std::move(text);
+    m_written = 0;
+    writeOn();
+    return true;
+}
+
+bool ReplyFifo::isUnwritten() const
+{
+    return m_written < m_text.size();
+}
+
+int ReplyFifo::blockedWriter() const
+{
+    return isUnwritten() ? m_writer.get() : -1;
+}
+
+void ReplyFifo::writeOn()
+{
+    while (isUnwritten()) {
+        const ssize_t count =
+            ::write(m_writer.get(), &m_text[m_written], m_text.size() - m_written);
+        if (count > 0) {
+            m_written += static_cast<std::size_t>(count);
+        } else if (errno == EAGAIN) {
+            return;
+        } else if (errno != EINTR) {
+            drop();
+            return;
+        }
+    }
+    dropIfTaken();
+}
+
+bool ReplyFifo::isOpening(const inotify_event& event) const
+{
+    return event.wd == m_watch && (event.mask & IN_OPEN) != 0;
+}
+
+// The bytes wait in the FIFO as long as one end is open. With the daemon's own
+// reading end closed, an error event says that no client has opened its own yet.
+bool ReplyFifo::isTaken()
+{
+    if (isUnwritten() || !m_writer.isOpen()) {
+        return false;
+    }
+    m_reader.close();
+    return (eventsOf(m_writer, POLLOUT) & POLLERR) == 0;
+}
+
+bool ReplyFifo::isAwaited()
+{
+    return !m_isAnswered && isTaken();
+}
+
+void ReplyFifo::dropIfTaken()
+{
+    if (m_isAnswered && isTaken()) {
+        drop();
+    }
+}
+
+void ReplyFifo::drop()
+{
+    if (m_watch != -1) {
+        ::inotify_rm_watch(m_notices.get(), m_watch);
+        m_watch = -1;
+    }
+    m_reader.close();
+    m_writer.close();
+    OPENSSL_cleanse(m_text.data(), m_text.size());
+    m_text.clear();
+    m_written = 0;
+    m_isAnswered = false;
+}
+
+void ReplyFifo::remove() const
+{
+    ::unlink(m_path.c_str());
+}
+
+} // namespace ostreld

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "tools/Descriptor.h"
+
+#include <string>
+
+struct inotify_event;
+
+namespace ostreld
+{
+
+/// The reply FIFO that a client makes for its call, and the reply on its way
+/// through it. The daemon holds a reading end until the reply is written, so it
+/// waits for no reader; the writing end stays open until the client has opened
+/// its own, of which `notices`, an inotify descriptor, tells. For one thread.
+class ReplyFifo
+{
+public:
+    ReplyFifo(std::string path, const ostrel::Descriptor& notices);
+    ~ReplyFifo();
+    ReplyFifo(const ReplyFifo&) = delete;
+    ReplyFifo& operator=(const ReplyFifo&) = delete;
+
+    /// Whether anything has its name.
+    bool isThere() const;
+
+    /// Opens what has its name now, unless that is open or is no FIFO.
+    void open();
+
+    /// Begins to write a reply. False when there is no FIFO for it.
+    bool give(std::string text);
+
+    /// The writing end while the client has to make room in it; -1 otherwise.
+    int blockedWriter() const;
+
+    /// Goes on writing, as far as there is room.
+    void writeOn();
+
+    /// Whether `event` tells that somebody opened the FIFO.
+    bool isOpening(const inotify_event& event) const;
+
+    /// Whether a client waits in the FIFO and has been given nothing.
+    bool isAwaited();
+
+    /// Whether a reply has been given and not yet been taken.
+    bool isAnswered() const { return m_isAnswered; }
+
+    /// Closes it when the client has the whole reply within its reach.
+    void dropIfTaken();
+
+    /// Closes it, and wipes the reply, which may have been a key.
+    void drop();
+
+    /// Removes what has its name.
+    void remove() const;
+
+private:
+    bool isCurrent() const;
+    bool isUnwritten() const;
+    bool isTaken();
+
+    const std::string m_path;
+    const ostrel::Descriptor& m_notices;
+    ostrel::Descriptor m_reader;
+    ostrel::Descriptor m_writer;
+    int m_watch = -1;
+    std::string m_text;
+    std::size_t m_written = 0;
+    bool m_isAnswered = false;
+};
+
+} // namespace ostreld

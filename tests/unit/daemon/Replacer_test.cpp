@@ -1,0 +1,139 @@
+#include "Files.h"
+
+#include "support/CapturedErrors.h"
+#include "support/TextFiles.h"
+#include "support/Thrown.h"
+
+#include <gmock/gmock.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <vector>
+
+#include <unistd.h>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using ostreld::Durability;
+using ostreld::Replacer;
+using support::readText;
+using support::writeText;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr mode_t mode = 0640;
+
+// What was synced, and what the file under test held at that moment.
+struct Sync {
+    std::string path;
+    std::string text;
+};
+
+bool operator==(const Sync& left, const Sync& right)
+{
+    return left.path == right.path && left.text == right.text;
+}
+
+void PrintTo(const Sync& sync, std::ostream* out)
+{
+    *out << sync.path << " while the file held '" << sync.text << "'";
+}
+
+std::vector<Sync> syncs;
+std::string watchedFile;
+std::string failingPath;
+
+} // namespace
+
+// In the place of the C library's, for a disk that fails and for the order of things.
+extern "C" int fsync(int descriptor)
+{
+    const std::string path = fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor));
+    syncs.push_back({path, fs::exists(watchedFile) ? readText(watchedFile) : ""});
+    errno = EIO;
+    return path == failingPath ? -1 : 0;
+}
+
+namespace
+{
+
+class Replacement : public testing::Test
+{
+protected:
+    Replacement()
+    {
+        fs::create_directory(m_scratch.parent_path());
+        watchedFile = m_file;
+        writeText(m_file, "old");
+    }
+
+    Replacer replacer(Durability durability) const
+    {
+        return {m_scratch.parent_path(), ::getegid(), durability};
+    }
+
+    const support::TemporaryDirectory m_directory;
+    const fs::path m_file = m_directory.path() + "/file";
+    const fs::path m_scratch = m_directory.path() + "/scratch/.new";
+};
+
+using LastingReplacement = Replacement;
+
+TEST_F(LastingReplacement, IsOnTheDiskBeforeItHasTheNameAndItsNameBeforeItIsDone)
+{
+    replacer(Durability::Lasting).replace(m_file, "new", mode);
+    EXPECT_THAT(syncs, ElementsAre(Sync{m_scratch, "old"}, Sync{m_directory.path(), "new"}));
+}
+
+TEST_F(LastingReplacement, LeavesTheOldTextWhereTheDiskFailsBeforeTheNewOneIsSeen)
+{
+    failingPath = m_scratch;
+    EXPECT_THAT(
+        support::thrownBy([&] { replacer(Durability::Lasting).replace(m_file, "new", mode); }),
+        HasSubstr("cannot write to disk"));
+    EXPECT_EQ(readText(m_file), "old");
+}
+
+TEST_F(LastingReplacement, StandsAndIsLoggedWhereTheDiskFailsAfterTheNewTextIsSeen)
+{
+    failingPath = m_directory.path();
+    const support::CapturedErrors log;
+    replacer(Durability::Lasting).replace(m_file, "new", mode);
+    EXPECT_EQ(readText(m_file), "new");
+    EXPECT_THAT(log.text(), HasSubstr(m_file.string() + ": changed, but a power cut may undo"));
+}
+
+TEST_F(LastingReplacement, OfAFileInAMissingDirectoryLeavesNothing)
+{
+    const std::string path = m_directory.path() + "/missing/file";
+    EXPECT_THAT(support::thrownBy([&] { replacer(Durability::Lasting).replace(path, "", mode); }),
+                HasSubstr("cannot open"));
+    replacer(Durability::Lasting).removeScratch();
+    EXPECT_FALSE(fs::exists(m_scratch));
+}
+
+TEST_F(LastingReplacement, IsUndoneLastinglyByARemoval)
+{
+    replacer(Durability::Lasting).remove(m_file);
+    EXPECT_THAT(syncs, ElementsAre(Sync{m_directory.path(), ""}));
+}
+
+TEST_F(Replacement, SpendsNoTimeOnTheDiskForWhatIsVolatile)
+{
+    replacer(Durability::Volatile).replace(m_file, "new", mode);
+    EXPECT_EQ(readText(m_file), "new");
+    replacer(Durability::Volatile).remove(m_file);
+    EXPECT_FALSE(fs::exists(m_file));
+    EXPECT_THAT(syncs, IsEmpty());
+}
+
+TEST_F(Replacement, GivesTheFileItsMode)
+{
+    replacer(Durability::Lasting).replace(m_file, "new", mode);
+    EXPECT_EQ(fs::status(m_file).permissions(), fs::perms(mode));
+}
+
+} // namespace
