@@ -1,8 +1,7 @@
 #include "ExpiryClock.h"
 
+#include "Clock.h"
 #include "Files.h"
-
-#include <ctime>
 
 #include <sys/timerfd.h>
 
@@ -35,7 +34,7 @@ void ExpiryClock::arm(std::uint32_t offset)
     while (::read(m_timer.get(), &ignored, sizeof ignored) > 0) {
     }
     itimerspec time{};
-    time.it_value.tv_sec = nextTime(std::time(nullptr), offset);
+    time.it_value.tv_sec = nextTime(currentTime(), offset);
     ::timerfd_settime(m_timer.get(), TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &time, nullptr);
     m_offset = offset;
 }

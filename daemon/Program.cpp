@@ -16,8 +16,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-extern char** environ;
-
 namespace ostreld
 {
 
@@ -58,6 +56,7 @@ public:
     pid_t start(const std::vector<std::string>& words) const
     {
         std::vector<char*> arguments;
+        arguments.reserve(words.size() + 1);
         for (const std::string& word : words) {
             arguments.push_back(const_cast<char*>(word.c_str()));
         }

@@ -1,5 +1,6 @@
 #include "RequestProfile.h"
 
+#include "Clock.h"
 #include "Files.h"
 #include "Network.h"
 #include "Program.h"
@@ -258,8 +259,9 @@ std::string RequestProfile::selfSigned(const Key& key, std::uint32_t days) const
     setRandomSerial(certificate.get());
     fillName(X509_get_subject_name(certificate.get()));
     X509_set_issuer_name(certificate.get(), X509_get_subject_name(certificate.get()));
-    X509_gmtime_adj(X509_getm_notBefore(certificate.get()), 0);
-    X509_time_adj_ex(X509_getm_notAfter(certificate.get()), static_cast<int>(days), 0, nullptr);
+    std::time_t now = currentTime();
+    X509_time_adj_ex(X509_getm_notBefore(certificate.get()), 0, 0, &now);
+    X509_time_adj_ex(X509_getm_notAfter(certificate.get()), static_cast<int>(days), 0, &now);
     X509_set_pubkey(certificate.get(), key.get());
     X509V3_CTX context;
     X509V3_set_ctx(&context, certificate.get(), certificate.get(), nullptr, nullptr, 0);

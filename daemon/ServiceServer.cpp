@@ -2,6 +2,7 @@
 
 #include "Service.h"
 
+#include "Clock.h"
 #include "Log.h"
 #include "SigningRequest.h"
 #include "StoreTexts.h"
@@ -9,7 +10,6 @@
 #include <ostrel/DaemonConfiguration.h>
 
 #include <charconv>
-#include <ctime>
 
 namespace ostreld
 {
@@ -70,7 +70,7 @@ std::string Service::createCertificate(const Commands& command)
 
 void Service::generateSelfSigned(std::uint32_t days)
 {
-    if (std::time(nullptr) < ostrel::DaemonConfiguration::getMinDateForGeneratingCert()) {
+    if (currentTime() < ostrel::DaemonConfiguration::getMinDateForGeneratingCert()) {
         throw Refusal(ActionFailed, "the clock is before minDateForGeneratingCert");
     }
     if (days > longestValidityDays) {
@@ -161,7 +161,7 @@ std::string Service::setServerOverwrittenData(const Commands& command)
 
 void Service::checkExpiry()
 {
-    if (m_server && m_server->isSelfSignedDue(std::time(nullptr))) {
+    if (m_server && m_server->isSelfSignedDue(currentTime())) {
         generateSelfSigned(m_configuration->m_selfSignedValidity);
         tellChange("server-apply");
     }

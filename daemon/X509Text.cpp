@@ -155,8 +155,10 @@ ostrl::CDistinguishedName nameRecord(const X509_NAME* name)
 
 std::vector<ostrl::v3Ext> extensionRecords(const STACK_OF(X509_EXTENSION) * extensions)
 {
+    const int count = sk_X509_EXTENSION_num(extensions);
     std::vector<ostrl::v3Ext> records;
-    for (int i = 0; i < sk_X509_EXTENSION_num(extensions); ++i) {
+    records.reserve(count > 0 ? static_cast<std::size_t>(count) : 0);
+    for (int i = 0; i < count; ++i) {
         records.push_back(extensionRecord(sk_X509_EXTENSION_value(extensions, i)));
     }
     return records;

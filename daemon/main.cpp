@@ -28,6 +28,7 @@ int runDaemon(int readyDescriptor)
 
 } // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): without memory there is nothing to start.
 int main(int argc, char* argv[])
 {
     CLI::App app("The certificate-management daemon, in the foreground. It reads "
