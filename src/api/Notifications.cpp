@@ -1,8 +1,8 @@
 #include <ostrelApi/OstrelService.h>
 
 #include <ostrel/DaemonConfiguration.h>
+#include <ostrelApi/ReturnCode.h>
 
-#include "protocol/ReturnCode.h"
 #include "tools/SigpipeBlock.h"
 #include "tools/Trace.h"
 

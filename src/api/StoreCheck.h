@@ -1,8 +1,7 @@
 #pragma once
 
 #include <ostrelApi/OstrelApiException.h>
-
-#include "protocol/ReturnCode.h"
+#include <ostrelApi/ReturnCode.h>
 
 namespace ostrelApi
 {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <ostrelApi/OstrelApiException.h>
+#include <ostrelApi/ReturnCode.h>
 
-#include "protocol/ReturnCode.h"
 #include "tools/TextFile.h"
 
 #include <string>

@@ -1,8 +1,8 @@
 #include "protocol/Reply.h"
 
 #include <ostrelApi/OstrelApiException.h>
+#include <ostrelApi/ReturnCode.h>
 
-#include "protocol/ReturnCode.h"
 #include "tools/InFlight.h"
 #include "tools/Trace.h"
 

@@ -2,9 +2,9 @@
 
 #include <ostrel/Tools.h>
 #include <ostrelApi/OstrelApiException.h>
+#include <ostrelApi/ReturnCode.h>
 
 #include "protocol/Reply.h"
-#include "protocol/ReturnCode.h"
 #include "tools/Descriptor.h"
 #include "tools/ErrorText.h"
 #include "tools/SigpipeBlock.h"

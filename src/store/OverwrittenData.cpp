@@ -1,9 +1,9 @@
 #include <ostrelApi/OverwrittenData.h>
 
 #include <ostrelApi/OstrelApiException.h>
+#include <ostrelApi/ReturnCode.h>
 
 #include "config/ConfigText.h"
-#include "protocol/ReturnCode.h"
 #include "tools/Descriptor.h"
 #include "tools/TextFile.h"
 
