@@ -236,7 +236,9 @@ TEST_F(ServerRequest, IsNotMadeWhenTheHookTakesTooLong)
 TEST_F(ServerRequest, IsNotMadeOfABadConfiguration)
 {
     const std::string req = "[ req ]\n";
-    const std::string named = req + "distinguished_name = name\nprompt = no\n[ name ]\n";
+    // Where the key is good: one of a kind that is made in no time.
+    const std::string curve = req + "ec_paramgen_curve = P-256\n";
+    const std::string named = curve + "distinguished_name = name\nprompt = no\n[ name ]\n";
     const struct {
         const char* sentence;
         std::string text;
@@ -253,13 +255,13 @@ TEST_F(ServerRequest, IsNotMadeOfABadConfiguration)
         {"bytes that are no text", std::string("\x7f"
                                                "ELF\0\0",
                                                6)},
-        {"a name's section that is missing", req + "distinguished_name = missing\n"},
+        {"a name's section that is missing", curve + "distinguished_name = missing\n"},
         {"an unknown attribute", named + "colour = blue\n"},
         {"a country of three letters", named + "C = FRA\n"},
         {"a common name that is too long", named + "CN = " + std::string(65, 'x') + '\n'},
-        {"an extensions' section that is missing", req + "req_extensions = missing\n"},
-        {"an unknown extension", req + "req_extensions = wanted\n[ wanted ]\ncolour = blue\n"},
-        {"a bad extension", req + "req_extensions = wanted\n[ wanted ]\nkeyUsage = reading\n"},
+        {"an extensions' section that is missing", curve + "req_extensions = missing\n"},
+        {"an unknown extension", curve + "req_extensions = wanted\n[ wanted ]\ncolour = blue\n"},
+        {"a bad extension", curve + "req_extensions = wanted\n[ wanted ]\nkeyUsage = reading\n"},
     };
     for (const auto& row : rows) {
         startWith("", row.text);

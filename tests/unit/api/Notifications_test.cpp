@@ -172,7 +172,7 @@ TEST_F(Notification, FailsAndClosesItsDescriptorWhenThereIsNoStreamForIt)
         thrown = canDeny ? thrownBy(OstrelService::notifyTime) : "";
     }).join();
     if (!canDeny) {
-        GTEST_SKIP() << "this machine cannot deny system calls to a thread";
+        GTEST_SKIP() << "no seccomp filters here, to have the kernel refuse a system call";
     }
     EXPECT_EQ(thrown, apiError(1));
     EXPECT_EQ(trace.text(), "Error: Failed to open FIFO file '" + fifo + "'\n");

@@ -51,7 +51,7 @@ protected:
         bool canDeny = false;
         std::thread([&] { canDeny = support::denySystemCalls({}, 0); }).join();
         if (!canDeny) {
-            GTEST_SKIP() << "this machine cannot deny system calls to a thread";
+            GTEST_SKIP() << "no seccomp filters here, to have the kernel refuse a system call";
         }
     }
 
