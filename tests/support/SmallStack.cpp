@@ -1,8 +1,10 @@
 #include "support/SmallStack.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include <pthread.h>
+#include <sys/mman.h>
 
 namespace support
 {
@@ -11,6 +13,40 @@ namespace
 {
 
 constexpr std::size_t smallStack = 128 * 1024;
+constexpr std::size_t guard = 64 * 1024;
+constexpr unsigned char unused = 0xA5;
+
+/// Its memory, filled with what tells it from used one, and a guard below.
+class Stack
+{
+public:
+    Stack()
+        : m_memory(::mmap(nullptr, guard + smallStack, PROT_READ | PROT_WRITE,
+                          MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))
+    {
+        if (m_memory == MAP_FAILED || ::mprotect(m_memory, guard, PROT_NONE) != 0) {
+            throw std::runtime_error("no memory for a stack");
+        }
+        std::fill_n(bottom(), smallStack, unused);
+    }
+    ~Stack() { ::munmap(m_memory, guard + smallStack); }
+    Stack(const Stack&) = delete;
+    Stack& operator=(const Stack&) = delete;
+
+    unsigned char* bottom() const { return static_cast<unsigned char*>(m_memory) + guard; }
+
+    std::size_t used() const
+    {
+        const unsigned char* const end = bottom() + smallStack;
+        const unsigned char* const deepest =
+            std::find_if(static_cast<const unsigned char*>(bottom()), end,
+                         [](unsigned char byte) { return byte != unused; });
+        return static_cast<std::size_t>(end - deepest);
+    }
+
+private:
+    void* const m_memory;
+};
 
 void* run(void* work)
 {
@@ -20,11 +56,12 @@ void* run(void* work)
 
 } // namespace
 
-void onSmallStack(const std::function<void()>& work)
+std::size_t onSmallStack(const std::function<void()>& work)
 {
+    const Stack stack;
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, smallStack);
+    pthread_attr_setstack(&attributes, stack.bottom(), smallStack);
     pthread_t thread;
     const int error =
         ::pthread_create(&thread, &attributes, run, const_cast<std::function<void()>*>(&work));
@@ -33,6 +70,7 @@ void onSmallStack(const std::function<void()>& work)
         throw std::runtime_error("no thread");
     }
     ::pthread_join(thread, nullptr);
+    return stack.used();
 }
 
 } // namespace support
