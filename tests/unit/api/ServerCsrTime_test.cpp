@@ -3,6 +3,7 @@
 #include "support/ChangeTime.h"
 
 #include <cstdint>
+#include <cstdlib>
 #include <ctime>
 
 namespace
@@ -49,6 +50,14 @@ TEST_F(ServerCsrTime, BeforeTheEpochIsThatOfAPendingRequest)
     peer.answer("0 ");
     web.applyServerCertificate(service_case::pem("certificate\n"));
     EXPECT_EQ(peer.messages().size(), 1U);
+}
+
+// Where a time_t has 32 bits the C library tells nothing of a file with a later date.
+TEST_F(ServerCsrTime, NeedsATimeThatHoldsEveryDateOfTheFile)
+{
+    ASSERT_EQ(std::system(("touch -d @2524608000 " + csr).c_str()), 0);
+    OstrelService web("web");
+    EXPECT_EQ(web.getServerCsrTimestamp() != 0, hasWideTime);
 }
 
 } // namespace

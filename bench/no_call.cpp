@@ -1,0 +1,9 @@
+// The same without the call and without the library.
+#include <cstdio>
+
+int main()
+{
+    std::puts("ready");
+    std::fflush(stdout);
+    std::getchar();
+}
