@@ -59,7 +59,7 @@ TEST(Dump, IsRefusedWhenItContradictsItself)
     }
 }
 
-TEST(Documents, GiveTheBytesOfAnExample)
+TEST(DocumentText, GiveTheBytesOfAnExample)
 {
     const Document document("# Title\n\n<!-- example: a -->\n```text\n" + dumpOf("one\n\ntwo\n") +
                             "```\n\ntext\n");
@@ -67,7 +67,7 @@ TEST(Documents, GiveTheBytesOfAnExample)
     EXPECT_THROW(document.bytes("b"), std::runtime_error);
 }
 
-TEST(Documents, GiveTheCellsOfATableWithoutTheirMarks)
+TEST(DocumentText, GiveTheCellsOfATableWithoutTheirMarks)
 {
     const Document document("\n<!-- table: t -->\n| head | head |\n|---|---|\n"
                             "| `a b` |  |\n| c | `d` and e |\n| ` f ` | g |\n\ntext\n");
@@ -76,7 +76,7 @@ TEST(Documents, GiveTheCellsOfATableWithoutTheirMarks)
     EXPECT_THROW(document.table("u"), std::runtime_error);
 }
 
-TEST(Documents, RefuseWhatHasAnotherForm)
+TEST(DocumentText, RefuseWhatHasAnotherForm)
 {
     const std::string dump = dumpOf("a");
     EXPECT_THROW(Document("\n<!-- example: a -->\n" + dump + "\n").bytes("a"), std::runtime_error);
