@@ -17,10 +17,12 @@ namespace ostrel
 /// dropped, and the first line of an id wins.
 ///
 /// Threads: as any value. Errors: std::runtime_error where a file cannot be
-/// opened; a read or write error after that is not reported.
+/// opened; a read or write error after that is not reported. Blocking: on
+/// reading or writing one file.
 class OSTREL_API CertificateIdCnMap
 {
 public:
+    /// No entry.
     CertificateIdCnMap() = default;
 
     /// The entries of a map file; throws as readFromFile() does.
@@ -39,9 +41,11 @@ public:
     /// Whether `id` has an entry.
     bool certificateIdExist(const std::string& id) const;
 
+    /// @{
     /// The entries by ascending id, to look at and to fill.
     const std::map<std::string, std::string>& entries() const { return m_entries; }
     std::map<std::string, std::string>& entries() { return m_entries; }
+    /// @}
 
 private:
     std::map<std::string, std::string> m_entries;

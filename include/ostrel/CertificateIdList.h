@@ -16,13 +16,15 @@ namespace ostrel
 /// lines are skipped and everything else on a line is the id.
 ///
 /// Threads: as any value. Errors: std::runtime_error where a file cannot be
-/// opened; a read or write error after that is not reported.
+/// opened; a read or write error after that is not reported. Blocking: on
+/// reading or writing one file.
 ///
 ///     ostrel::CertificateIdList ids("9,10,9", ',');
 ///     ids.toArray(); // "10", "9"
 class OSTREL_API CertificateIdList
 {
 public:
+    /// No id.
     CertificateIdList() = default;
 
     /// The ids of a list file; throws as readFromFile() does.
@@ -32,14 +34,17 @@ public:
     /// separator at the very end gives no further piece.
     CertificateIdList(const std::string& text, char separator);
 
+    /// These ids; repeated ones count once.
     explicit CertificateIdList(const std::vector<std::string>& ids);
 
     /// Whether `id` is in the set.
     bool exist(const std::string& id) const;
 
+    /// @{
     /// All ids, ascending.
     std::vector<std::string> toArray() const&;
     std::vector<std::string> toArray() &&;
+    /// @}
 
     /// Every id, the last one too, followed by `separator`.
     std::string toTextList(const std::string& separator) const;

@@ -25,7 +25,8 @@ namespace ostrel
 /// names are skipped.
 ///
 /// Threads: as any value. Errors: std::runtime_error, after which the members
-/// read before the failure keep their new values.
+/// read before the failure keep their new values. Blocking: on reading one
+/// file.
 ///
 ///     ostrel::CertificateInfo info(accessor.certInfoPath(id));
 ///     info.getMap().at("issuedTo");
@@ -50,16 +51,23 @@ public:
     /// "IP.2", ... and "DNS.1", "DNS.2", ...
     std::map<std::string, std::string> getMap() const;
 
+    /// @{
     /// Distinguished names, in UTF-8, as the daemon wrote them.
     std::string issuerName;
     std::string subjectName;
-    bool isCA = false;
-    bool isSelfSigned = false;
-    /// Seconds since 1970 UTC; only handed on.
+    /// @}
+    bool isCA = false;         ///< Whether it may sign other certificates.
+    bool isSelfSigned = false; ///< Whether it was signed by its own key.
+    /// @{
+    /// Start and end of its validity, seconds since 1970 UTC; only handed on.
     std::uint64_t validFrom = 0;
     std::uint64_t validUntil = 0;
+    /// @}
+    /// @{
+    /// What it is valid for, in the order of the file.
     std::vector<std::string> validIPs;
     std::vector<std::string> validHostnames;
+    /// @}
 };
 
 /// Writes the record for people to read, one item on each line, and flushes.

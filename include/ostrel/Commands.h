@@ -11,37 +11,37 @@ namespace ostrel
 
 /// The store of a service that a command addresses.
 enum TypeTarget : std::int32_t {
-    TargetServer = 0,
-    TargetCA = 1,
-    TargetClient = 2,
-    TargetConfig = 3,
-    TargetNone = 4,
+    TargetServer = 0, ///< "server": the service's own certificate.
+    TargetCA = 1,     ///< "ca": certificate authorities.
+    TargetClient = 2, ///< "client": trusted clients.
+    TargetConfig = 3, ///< "config": no store, but the service itself.
+    TargetNone = 4,   ///< None; no word stands for it.
 };
 
 /// What a command asks for; each value stands for one keyword of the wire.
 enum CommandType : std::int32_t {
-    CommandReload = 0,
-    CommandHelp = 1,
-    CommandGetCsr = 2,
-    CommandCreateCsr = 3,
-    CommandCreateCrt = 4,
-    CommandApplyCrt = 5,
-    CommandRevoke = 6,
-    CommandList = 7,
-    CommandAdd = 8,
-    CommandInfo = 9,
-    CommandDetails = 10,
-    CommandPath = 11,
-    CommandGetKey = 12,
-    CommandGetCert = 13,
-    CommandNone = 14,
-    CommandGetOverwrittenData = 15,
-    CommandSetOverwrittenData = 16,
-    CommandListByCN = 17,
-    CommandStatus = 18,
-    CommandGetCsrInfo = 19,
-    CommandGetCertInfo = 20,
-    CommandGetCsrTimestamp = 21,
+    CommandReload = 0,              ///< "reload": read the configuration again.
+    CommandHelp = 1,                ///< "help": list the commands.
+    CommandGetCsr = 2,              ///< "getcsr": the pending request.
+    CommandCreateCsr = 3,           ///< "createcsr": make a key and a request.
+    CommandCreateCrt = 4,           ///< "createcrt": make a self-signed certificate.
+    CommandApplyCrt = 5,            ///< "applycrt": take the answer to the request.
+    CommandRevoke = 6,              ///< "revoke": remove certificates.
+    CommandList = 7,                ///< "list": all ids.
+    CommandAdd = 8,                 ///< "add": take a certificate.
+    CommandInfo = 9,                ///< "info": summary of a certificate.
+    CommandDetails = 10,            ///< "details": full text of a certificate.
+    CommandPath = 11,               ///< "path": path of a certificate.
+    CommandGetKey = 12,             ///< "getkey": the private key.
+    CommandGetCert = 13,            ///< "getcert": a certificate.
+    CommandNone = 14,               ///< None; no keyword stands for it.
+    CommandGetOverwrittenData = 15, ///< "getOverwrittenData": overrides.
+    CommandSetOverwrittenData = 16, ///< "setOverwrittenData": change one.
+    CommandListByCN = 17,           ///< "listByCN": ids with a common name.
+    CommandStatus = 18,             ///< "status": whether the service runs.
+    CommandGetCsrInfo = 19,         ///< "getcsrinfo": a CCSRData record.
+    CommandGetCertInfo = 20,        ///< "getcertinfo": a CCertificateData record.
+    CommandGetCsrTimestamp = 21,    ///< "getcsrtimestamp": when it was made.
 };
 
 /// One request to the daemon, a value. On the wire it is a single text without
@@ -49,7 +49,8 @@ enum CommandType : std::int32_t {
 ///
 ///     user TAB pid TAB target TAB keyword [TAB argument]...
 ///
-/// Arguments are written as they are: one that holds a tab becomes two.
+/// Arguments are written as they are: one that holds a tab becomes two. What
+/// each keyword takes is in docs/PROTOCOL.md.
 ///
 /// Threads: as any value. Errors: toMessage() throws only std::bad_alloc.
 ///
@@ -77,11 +78,11 @@ public:
     /// leaves its field empty.
     std::string toMessage() const;
 
-    std::string user;
-    std::string pid;
-    TypeTarget target = TargetNone;
-    CommandType command = CommandNone;
-    std::vector<std::string> arguments;
+    std::string user;                   ///< Name of the calling user.
+    std::string pid;                    ///< Its process, as decimal text.
+    TypeTarget target = TargetNone;     ///< The addressed store.
+    CommandType command = CommandNone;  ///< What is asked for.
+    std::vector<std::string> arguments; ///< What the keyword takes, in its order.
 };
 
 } // namespace ostrel

@@ -1,4 +1,13 @@
 #pragma once
 
+/// @file
+/// What the library exports.
+
+/// The core: configuration, store, commands and system tools, for the daemon
+/// and for tools.
+namespace ostrel
+{
+}
+
 /// Marks what libostrl.so exports; everything else in the library is hidden.
 #define OSTREL_API __attribute__((visibility("default")))

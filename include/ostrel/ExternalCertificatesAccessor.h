@@ -25,8 +25,12 @@ class ServiceConfiguration;
 class OSTREL_API ExternalCertificatesAccessor
 {
 public:
+    /// @{
+    /// The paths of the store `target` of a service, by the name that finds its
+    /// configuration.
     ExternalCertificatesAccessor(const std::string& service, const std::string& target);
     ExternalCertificatesAccessor(const ServiceConfiguration& service, const std::string& target);
+    /// @}
 
     /// Directory of the volatile files.
     std::string tmpDirectoryPath() const;

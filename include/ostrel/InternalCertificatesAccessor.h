@@ -21,8 +21,12 @@ class ServiceConfiguration;
 class OSTREL_API InternalCertificatesAccessor
 {
 public:
+    /// @{
+    /// The paths of the store `target` of a service, by the name that finds its
+    /// configuration.
     InternalCertificatesAccessor(const std::string& service, const std::string& target);
     InternalCertificatesAccessor(const ServiceConfiguration& service, const std::string& target);
+    /// @}
 
     /// Directory of the volatile files.
     std::string tmpDirectoryPath() const;
@@ -30,19 +34,25 @@ public:
     std::string cachedDirectoryPath() const;
     /// The file that names the certificate in use.
     std::string activePath() const;
-    /// The pending signing request, PEM, and its network data and key.
+    /// The pending signing request, PEM.
     std::string csrPath() const;
+    /// The addresses that went into the request; the daemon's.
     std::string csrNetworkPath() const;
+    /// The key of the request, PEM; the daemon's.
     std::string csrKeyPath() const;
     /// Directory of the certificates, with a trailing slash.
     std::string certificateDirectoryPath() const;
-    /// The certificate itself, PEM, its private key, its network data.
+    /// The certificate itself, PEM.
     std::string certPath(const std::string& id) const;
+    /// Its private key, PEM.
     std::string certKeyPath(const std::string& id) const;
+    /// The addresses that went into it; the daemon's.
     std::string certNetworkPath(const std::string& id) const;
-    /// Its summary (JSON), its full text, its overrides.
+    /// Its summary, JSON.
     std::string certInfoPath(const std::string& id) const;
+    /// Its full text.
     std::string certDetailsPath(const std::string& id) const;
+    /// Its overrides.
     std::string certOverwrittenDataPath(const std::string& id) const;
 
     /// The id of the certificate in use: the first line of activePath(), empty

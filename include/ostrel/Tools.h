@@ -65,12 +65,11 @@ OSTREL_API std::map<std::string, std::string> getMapKeyValue(std::istream& in);
 // ---------------------------------------------------------------------------
 // Files and ownership. Where a function throws, it throws std::runtime_error.
 
-/// A file's mode word as stat() gives it (file-type bits included), and its
-/// owners.
+/// What a file lets whom do.
 struct Rights {
-    std::uint32_t mode;
-    std::uint32_t uid;
-    std::uint32_t gid;
+    std::uint32_t mode; ///< Its mode word as stat() gives it, file-type bits included.
+    std::uint32_t uid;  ///< Its owner.
+    std::uint32_t gid;  ///< Its group.
 };
 
 /// Whether stat() finds `path`, whatever kind of file it is.

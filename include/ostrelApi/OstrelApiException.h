@@ -6,6 +6,7 @@
 #include <exception>
 #include <string>
 
+/// What applications use: the service object, its exception, overrides.
 namespace ostrelApi
 {
 
@@ -15,23 +16,25 @@ namespace ostrelApi
 /// "Error 6: Already present (33 - The certificate authority already exist)".
 ///
 /// The library uses the daemon's return codes for its own failures too: 1
-/// "Action Failed", 7 "This target doesn't exist for this service".
+/// "Action Failed", 7 "This target doesn't exist for this service". All of
+/// them are in docs/PROTOCOL.md.
 ///
 /// Threads: an object may be read from several threads at once. Building one
 /// throws std::bad_alloc when memory is exhausted.
 class OSTREL_API OstrelApiException : public std::exception
 {
 public:
+    /// The categories, with the return codes that each one stands for.
     enum ErrorId : std::int32_t {
-        GenericException = -1,
-        TooManyCertificates = 0,
-        InvalidFileFormat = 1,
-        NotACertificate = 2,
-        NotACertificateAuthority = 3,
-        NoCsrPending = 4,
-        CsrMismatch = 5,
-        AlreadyPresent = 6,
-        OperationForbidden = 7,
+        GenericException = -1,        ///< Every code but these.
+        TooManyCertificates = 0,      ///< 32, 42
+        InvalidFileFormat = 1,        ///< 9
+        NotACertificate = 2,          ///< None; for applications' own use.
+        NotACertificateAuthority = 3, ///< None; for applications' own use.
+        NoCsrPending = 4,             ///< 21
+        CsrMismatch = 5,              ///< 26
+        AlreadyPresent = 6,           ///< 33, 43
+        OperationForbidden = 7,       ///< 3
     };
 
     /// From a category alone: "Error 6: Already present".

@@ -62,6 +62,7 @@ public:
     /// missing or refused, or the daemon's own configuration is.
     explicit OstrelService(const std::string& serviceName);
 
+    /// Leaves the lock of a call that another thread makes as it is.
     virtual ~OstrelService();
     OstrelService(const OstrelService&) = delete;
     OstrelService& operator=(const OstrelService&) = delete;
@@ -71,13 +72,13 @@ public:
 
     /// Whether the service has a store for its server certificate.
     virtual bool hasServer() const;
-    /// Whether the service has a store of CAs, and how many it takes at most;
-    /// 0 stands for no limit.
+    /// Whether the service has a store of CAs.
     virtual bool hasCA() const;
+    /// How many CAs it takes at most; 0 stands for no limit.
     virtual unsigned short maxCA() const;
-    /// Whether the service has a store of trusted clients, and how many it
-    /// takes at most; 0 stands for no limit.
+    /// Whether the service has a store of trusted clients.
     virtual bool hasTrustedClient() const;
+    /// How many trusted clients it takes at most; 0 stands for no limit.
     virtual unsigned short maxTrustedClient() const;
 
     /// The service's name for people, from its configuration.
@@ -91,16 +92,20 @@ public:
     /// keeps the configuration that it was built with.
     virtual void reloadService();
 
+    /// @{
     /// Has the daemon make a new key and a signing request (CSR), which is then
     /// pending; with `fields`, one that complies with what they ask.
     virtual void createServerCsr();
     virtual void createServerCsr(const ConfiguredField& fields);
+    /// @}
 
+    /// @{
     /// Hands the certificate that answers the pending request to the daemon, as
     /// PEM text or as a PEM file. Error 21 when no request is pending, error 1
     /// for whatever else goes wrong.
     virtual void applyServerCertificate(const std::string& certificate);
     virtual void applyServerCertificateFile(const std::string& path);
+    /// @}
 
     /// Revokes the certificate in use, whatever `id` says.
     virtual void revokeServerCertificate(const std::string& id);
@@ -115,11 +120,14 @@ public:
     /// is none.
     virtual ostrl::CCSRData getCsrInfo();
 
-    /// What a certificate says, asked of the daemon. Error 40, 30 or 20 when
-    /// the certificate is missing.
+    /// @{
+    /// What a certificate says, asked of the daemon: of a trusted client, of a
+    /// CA, and the server certificate in use. Error 40, 30 or 20 when it is
+    /// missing.
     virtual ostrl::CCertificateData getTrustedClientCertInfo(const std::string& id);
     virtual ostrl::CCertificateData getCACertInfo(const std::string& id);
     virtual ostrl::CCertificateData getServerCertInfo();
+    /// @}
 
     // Below, an empty id stands for the server certificate in use; error 1
     // when the file that names it cannot be opened.
@@ -151,11 +159,13 @@ public:
     /// The id of the certificate in use, alone.
     virtual std::vector<std::string> getServerCertificateList();
 
+    /// @{
     /// Adds one CA, given as PEM text or as a PEM file, and returns what the
     /// daemon says of it: its id. Error 1 for whatever goes wrong, the daemon's
     /// refusals included; the debug trace tells the reason.
     virtual std::string addCA(const std::string& certificate);
     virtual std::string addCAFile(const std::string& path);
+    /// @}
 
     /// Revokes one CA; error 30 unless the daemon says that it revoked it.
     virtual void revokeCA(const std::string& id);
@@ -171,9 +181,11 @@ public:
     /// The CA as PEM text; error 30 when it is missing or cannot be read.
     virtual std::string getCA(const std::string& id);
 
-    /// The CA's summary, as getServerCertificateInfo(), and its overrides; error
-    /// 30 when the CA is missing.
+    /// The CA's summary, as getServerCertificateInfo(); error 30 when the CA is
+    /// missing.
     virtual std::map<std::string, std::string> getCAInfo(const std::string& id);
+    /// The settings that applications have attached to the CA; error 30 when it
+    /// is missing.
     virtual OverwrittenData getCAOverwrittenData(const std::string& id);
 
     /// The directory of the CAs' PEM files, with a trailing slash.
@@ -185,8 +197,9 @@ public:
     /// The same for PEM text, which has to match the stored text line by line.
     virtual std::string getIdCA(const std::string& pem);
 
-    /// The same operations on the trusted clients; error 40 stands where the
-    /// CAs have error 30.
+    /// @{
+    /// The operation of a CA's name, on the trusted clients; error 40 stands
+    /// where the CAs have error 30.
     virtual std::string addTrustedClient(const std::string& certificate);
     virtual std::string addTrustedClientFile(const std::string& path);
     virtual void revokeTrustedClient(const std::string& id);
@@ -200,22 +213,28 @@ public:
     virtual std::string getTrustedClientDirectory();
     virtual std::string getIdTrustedClient(const std::string& pem);
     virtual std::string getIdTrustedClientPath(const std::string& path);
+    /// @}
 
     /// The names of all configured services, in no particular order. Throws
     /// std::runtime_error when the daemon's configuration cannot be read.
     static std::vector<std::string> getServiceList();
 
+    /// @{
     /// Always 1: for callers that poll a status. There is no check behind it.
     static int getHealthStatus();
     static int getOperatingStatus();
+    /// @}
 
-    /// Tells the daemon that the network, or the time, of the device changed. It
-    /// waits for nobody and for no answer. Error 11 when no daemon listens.
-    /// `sendNotification` sends any other byte. Not while another thread opens
-    /// descriptors: the one used here is closed a second time.
+    /// @{
+    /// Tells the daemon, by one byte, that something around it changed:
+    /// notifyNetwork() the addresses of the device, notifyTime() its clock. It
+    /// waits for nobody and for no answer. Error 11 when no daemon listens. Not
+    /// while another thread opens descriptors: the one used here is closed a
+    /// second time.
     static void sendNotification(char signal);
     static void notifyNetwork();
     static void notifyTime();
+    /// @}
 
     /// The CA's full text; error 30 when the CA is missing, error 1 when the
     /// text is.
@@ -240,10 +259,12 @@ public:
     /// cannot be read.
     std::vector<std::string> getListByCN(const std::string& cnMapPath, const std::string& cn);
 
-    /// Hands a certificate to the daemon and returns its reply. Error 1 for
-    /// whatever goes wrong.
+    /// @{
+    /// Hands a certificate, as PEM text or as a PEM file, to the daemon and
+    /// returns its reply. Error 1 for whatever goes wrong.
     std::string addCertificate(ostrel::TypeTarget target, const std::string& certificate);
     std::string addCertificateFile(ostrel::TypeTarget target, const std::string& path);
+    /// @}
 
     /// The text of the file `path`, and one line feed; error 1 when it cannot be
     /// opened.

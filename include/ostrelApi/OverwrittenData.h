@@ -22,7 +22,8 @@ namespace ostrelApi
 /// A subclass can replace any step: the operations call each other virtually.
 ///
 /// Threads: one object is for one thread at a time; of two writers of one file
-/// the last one wins. Errors: OstrelApiException of return code 1.
+/// the last one wins. Errors: OstrelApiException of return code 1. Blocking: on
+/// reading or writing one small file.
 ///
 ///     ostrelApi::OverwrittenData data = service.getCAOverwrittenData(id);
 ///     data.setData("alias", "Lobby");
@@ -71,13 +72,14 @@ public:
     virtual ~OverwrittenData();
 
 protected:
+    /// The file, as given to the constructor.
     std::string m_filePath;
-    // Seconds since 1970. No time_t, whose width is another one in programs
-    // that are built with 64-bit times.
+    /// When update() last looked, in seconds since 1970; 0 at first. No time_t,
+    /// whose width is another one in programs that are built with 64-bit times.
     std::int64_t m_lastUpdate = 0;
-    // As last read.
+    /// The values as last read.
     std::map<std::string, std::string> m_fileData;
-    // An empty value removes its key.
+    /// The changes not yet written; an empty value removes its key.
     std::map<std::string, std::string> m_pendingData;
 };
 

@@ -22,6 +22,7 @@ namespace ostrl
 class OSTREL_API CCSRData
 {
 public:
+    /// A key of 2048 bits, version 3, and everything else empty.
     CCSRData();
 
     /// Replaces `out` by the text form.
@@ -32,12 +33,12 @@ public:
     /// their keys.
     void from(const std::string& text);
 
-    CDistinguishedName subjectName;
-    std::vector<v3Ext> v3Extensions;
-    std::int32_t publicKeySizeBits = 2048;
-    std::int32_t csrVersion = 3;
-    std::string publicKeyType;
-    /// Intended: empty at first, unlike a certificate's.
+    CDistinguishedName subjectName;        ///< subject_name
+    std::vector<v3Ext> v3Extensions;       ///< v3Extention0, v3Extention1, ...
+    std::int32_t publicKeySizeBits = 2048; ///< public_key_size_bits
+    std::int32_t csrVersion = 3;           ///< csr_version
+    std::string publicKeyType;             ///< public_key_type
+    /// signatureAlgorithm_type. Intended: empty at first, unlike a certificate's.
     std::string signatureAlgorithmType;
 };
 

@@ -29,9 +29,13 @@ namespace ostrl
 class OSTREL_API CCertificateData
 {
 public:
+    /// @{
+    /// What a record starts with: "2" and "RSA".
     static const std::string DEFAULT_CERT_SERIAL;
     static const std::string DEFAULT_SIGN_ALGO_TYPE;
+    /// @}
 
+    /// @{
     /// Extension values of a self-signed authority, in the syntax of OpenSSL's
     /// configuration files, for the daemon's use.
     static const std::string CERTIFICATE_v3_EXT_BASIC_CONSTRAINTS;
@@ -39,7 +43,9 @@ public:
     static const std::string CERTIFICATE_v3_EXT_SUB_KEY_IDENTIFIER;
     static const std::string CERTIFICATE_v3_EXT_NETSCAPE_CERT_TYPE;
     static const std::string CERTIFICATE_v3_EXT_NETSCAPE_COMMENT;
+    /// @}
 
+    /// The values that stand at the members below.
     CCertificateData();
 
     /// Replaces `out` by the text form.
@@ -51,18 +57,19 @@ public:
     /// or hexadecimal (0x...).
     void from(const std::string& text);
 
-    CDistinguishedName subjectName;
-    CDistinguishedName issuerName;
-    std::int32_t publicKeySizeBits = 2048;
-    std::string certSerial = DEFAULT_CERT_SERIAL;
-    std::int32_t validityDays = 365;
-    std::int32_t certVersion = 3;
-    std::vector<v3Ext> v3Extensions;
+    CDistinguishedName subjectName;               ///< subject_name
+    CDistinguishedName issuerName;                ///< issuer_name
+    std::int32_t publicKeySizeBits = 2048;        ///< public_key_size_bits
+    std::string certSerial = DEFAULT_CERT_SERIAL; ///< cert_serial, a decimal number
+    std::int32_t validityDays = 365;              ///< validity_days
+    std::int32_t certVersion = 3;                 ///< cert_version
+    std::vector<v3Ext> v3Extensions;              ///< v3Extention0, v3Extention1, ...
+    /// signatureAlgorithm_type
     std::string signatureAlgorithmType = DEFAULT_SIGN_ALGO_TYPE;
-    std::string publicKeyType;
-    std::uint64_t validNotBeforeDate = 0;
-    std::uint64_t validNotAfterDate = 0;
-    std::string publicKey;
+    std::string publicKeyType;            ///< public_key_type
+    std::uint64_t validNotBeforeDate = 0; ///< validNotBeforeDate, seconds since 1970 UTC
+    std::uint64_t validNotAfterDate = 0;  ///< validNotAfterDate, seconds since 1970 UTC
+    std::string publicKey;                ///< public_key, on one line
 };
 
 } // namespace ostrl

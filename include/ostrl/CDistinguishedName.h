@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+/// Text records: what the daemon tells of certificates, requests and names.
 namespace ostrl
 {
 
@@ -24,7 +25,8 @@ namespace ostrl
 class OSTREL_API CDistinguishedName
 {
 public:
-    /// The name of a device that has not been configured.
+    /// @{
+    /// The name of a device that has not been configured, attribute by attribute.
     static const std::string DEFAULT_COUNTRY_CODE;
     static const std::string DEFAULT_STATE;
     static const std::string DEFAULT_CITY;
@@ -32,6 +34,7 @@ public:
     static const std::string DEFAULT_DIVISION_NAME;
     static const std::string DEFAULT_COMMON_NAME;
     static const std::string DEFAULT_EMAIL_ADDR;
+    /// @}
 
     /// Every attribute empty.
     CDistinguishedName();
@@ -51,13 +54,13 @@ public:
     /// Empties every attribute.
     void clear();
 
-    std::string countryCode;
-    std::string state;
-    std::string city;
-    std::string companyName;
-    std::vector<std::string> divisionNames;
-    std::string commonName;
-    std::string emailAddr;
+    std::string countryCode;                ///< C
+    std::string state;                      ///< ST
+    std::string city;                       ///< L
+    std::string companyName;                ///< O
+    std::vector<std::string> divisionNames; ///< Each OU, in its order.
+    std::string commonName;                 ///< CN
+    std::string emailAddr;                  ///< email
 };
 
 } // namespace ostrl

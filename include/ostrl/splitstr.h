@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Splitting a text at a character.
+
 #include <ostrel/Export.h>
 
 #include <string>

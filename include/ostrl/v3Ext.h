@@ -11,8 +11,7 @@ namespace ostrl
 ///
 /// Its text form is one line, ended by a line feed:
 ///
-///     obj_id 2.5.29.19|short_name basicConstraints|long_name X509v3 Basic Constraints|comment
-///     CA:TRUE
+///     obj_id 2.5.29.19|short_name basicConstraints|long_name ...|comment CA:TRUE
 ///
 /// Threads: as any value. Errors: nothing but std::bad_alloc; a field that does
 /// not fit is skipped.
@@ -29,8 +28,8 @@ public:
 
     /// Object identifier: numbers and dots, or a name.
     std::string obj_id;
-    std::string short_name;
-    std::string long_name;
+    std::string short_name; ///< Such as "basicConstraints".
+    std::string long_name;  ///< Such as "X509v3 Basic Constraints".
     /// The extension's value.
     std::string comment;
 };
