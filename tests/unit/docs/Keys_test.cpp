@@ -1,4 +1,5 @@
-// The keys that the documents list against the keys that the library reads.
+// The keys that docs/FILES.md and ostrel-config(5) list against the keys that the
+// library reads.
 
 #include "support/Device.h"
 #include "support/Document.h"
@@ -8,6 +9,8 @@
 #include <ostrel/ServiceConfiguration.h>
 
 #include <gmock/gmock.h>
+
+#include <sstream>
 
 namespace
 {
@@ -31,6 +34,24 @@ std::set<std::string> firstCells(const std::string& table)
     return cells;
 }
 
+/// The keys of one section of ostrel-config(5).
+std::set<std::string> keysUnder(const std::string& heading)
+{
+    std::set<std::string> keys;
+    std::istringstream lines(support::readDocument("man/ostrel-config.5").text());
+    bool isInside = false;
+    const std::string item = ".It Ic ";
+    for (std::string line; std::getline(lines, line);) {
+        if (line.find(".Sh ") == 0) {
+            isInside = line == ".Sh " + heading;
+        } else if (isInside && line.find(item) == 0) {
+            const std::string key = line.substr(item.size(), line.find(" Ar ") - item.size());
+            EXPECT_TRUE(keys.insert(key).second) << key << " stands twice";
+        }
+    }
+    return keys;
+}
+
 std::set<std::string> keysOfDaemon()
 {
     const support::Device device;
@@ -47,14 +68,18 @@ std::set<std::string> keysOfService()
     return keysAskedBy([] { ostrel::ServiceConfiguration("web"); });
 }
 
-TEST(Keys, OfTheDaemonAreThoseOfTheDocument)
+TEST(Keys, OfTheDaemonAreThoseOfTheDocuments)
 {
-    EXPECT_EQ(firstCells("config.daemon keys"), keysOfDaemon());
+    const std::set<std::string> read = keysOfDaemon();
+    EXPECT_EQ(firstCells("config.daemon keys"), read);
+    EXPECT_EQ(keysUnder("THE DAEMON'S CONFIGURATION"), read);
 }
 
-TEST(Keys, OfAServiceAreThoseOfTheDocument)
+TEST(Keys, OfAServiceAreThoseOfTheDocuments)
 {
-    EXPECT_EQ(firstCells("service keys"), keysOfService());
+    const std::set<std::string> read = keysOfService();
+    EXPECT_EQ(firstCells("service keys"), read);
+    EXPECT_EQ(keysUnder("A SERVICE'S CONFIGURATION"), read);
 }
 
 // Shows that the look-up does pass by here, and that it is the library's.
