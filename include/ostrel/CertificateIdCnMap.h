@@ -14,7 +14,7 @@ namespace ostrel
 ///
 /// The file holds one entry on each line: the id, one space, the CN. On
 /// reading, lines without a space are skipped, blanks in front of the CN are
-/// dropped, and the first line of an id wins.
+/// dropped, and the first line of an id wins. docs/FILES.md shows the bytes.
 ///
 /// Threads: as any value. Errors: std::runtime_error where a file cannot be
 /// opened; a read or write error after that is not reported. Blocking: on

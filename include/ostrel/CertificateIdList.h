@@ -13,7 +13,8 @@ namespace ostrel
 /// ascending byte-wise order, so "10" comes before "9".
 ///
 /// The file holds one id on each line, ended by a line feed. On reading, empty
-/// lines are skipped and everything else on a line is the id.
+/// lines are skipped and everything else on a line is the id. docs/FILES.md
+/// shows the bytes.
 ///
 /// Threads: as any value. Errors: std::runtime_error where a file cannot be
 /// opened; a read or write error after that is not reported. Blocking: on

@@ -22,7 +22,7 @@ namespace ostrel
 /// The file is one JSON object in UTF-8. A "data_structure_version" of 1 or
 /// more is followed by every member below, under its own name; with 0 or less
 /// nothing else is read and the record keeps its values. Members with other
-/// names are skipped.
+/// names are skipped. docs/FILES.md shows the bytes.
 ///
 /// Threads: as any value. Errors: std::runtime_error, after which the members
 /// read before the failure keep their new values. Blocking: on reading one

@@ -15,7 +15,7 @@ class ServiceConfiguration;
 /// Certificates and the id list lie below the daemon's persistent directory;
 /// the id-to-CN map, summaries and detail texts are volatile and lie below the
 /// directory of the named pipes. Nothing is normalised and nothing is looked up
-/// on disk; `id` is used as it is given.
+/// on disk; `id` is used as it is given. docs/FILES.md shows all paths.
 ///
 /// Immutable once built, so any thread may read it. The constructors throw as
 /// DaemonConfiguration does.

@@ -34,7 +34,7 @@ namespace ostrelApi
 ///     web.revokeCA(id);
 ///
 /// Queries read the daemon's files. Changes go to the daemon as one command
-/// for each call.
+/// for each call; docs/PROTOCOL.md shows the steps and the bytes of one.
 ///
 /// Blocking: a query reads files and waits for nobody. A change waits, without
 /// a limit, as long as the daemon takes; but where another thread or process is

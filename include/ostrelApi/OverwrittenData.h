@@ -17,7 +17,8 @@ namespace ostrelApi
 /// seconds: a change in the same second is not seen, and neither are one's own
 /// changes right after write(). A missing file is no error.
 ///
-/// Each line of the file is a key, one space and the value, by ascending key.
+/// Each line of the file is a key, one space and the value, by ascending key;
+/// docs/FILES.md shows the bytes.
 ///
 /// A subclass can replace any step: the operations call each other virtually.
 ///

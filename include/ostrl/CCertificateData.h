@@ -24,6 +24,8 @@ namespace ostrl
 ///     subject_name C=US, CN=web.example.com
 ///     v3Extention0 obj_id 2.5.29.19|short_name basicConstraints|...
 ///
+/// docs/FILES.md has the grammar, and an example byte by byte.
+///
 /// Threads: as any value. Errors: nothing but std::bad_alloc; a line that does
 /// not fit is skipped.
 class OSTREL_API CCertificateData
