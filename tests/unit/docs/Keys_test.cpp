@@ -17,6 +17,7 @@ namespace
 
 using support::Document;
 using testing::Contains;
+using testing::HasSubstr;
 using testing::Not;
 
 const Document& files()
@@ -80,6 +81,16 @@ TEST(Keys, OfAServiceAreThoseOfTheDocuments)
     const std::set<std::string> read = keysOfService();
     EXPECT_EQ(firstCells("service keys"), read);
     EXPECT_EQ(keysUnder("A SERVICE'S CONFIGURATION"), read);
+}
+
+TEST(Keys, AreAllToldInWhatTheDaemonDoes)
+{
+    std::set<std::string> keys = keysOfService();
+    keys.merge(firstCells("config.daemon keys"));
+    const std::string text = support::readDocument("DAEMON.md").text();
+    for (const std::string& key : keys) {
+        EXPECT_THAT(text, HasSubstr('`' + key + '`'));
+    }
 }
 
 // Shows that the look-up does pass by here, and that it is the library's.
