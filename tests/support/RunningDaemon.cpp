@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <exception>
+#include <iostream>
 #include <stdexcept>
 
 #include <unistd.h>
@@ -45,6 +47,9 @@ RunningDaemon::~RunningDaemon()
         if (log().find(report) != std::string::npos) {
             ADD_FAILURE() << log();
         }
+    }
+    if (testing::Test::HasFailure() || std::uncaught_exceptions() > 0) {
+        std::cout << "The daemon's log:\n" << log();
     }
 }
 
