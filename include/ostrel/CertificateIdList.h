@@ -58,7 +58,7 @@ public:
     void writeIntoFile(const std::string& path, bool truncate) const;
 
 private:
-    void normalise();
+    OSTREL_HIDDEN void normalise();
 
     // Ascending and unique between calls.
     std::vector<std::string> m_ids;

@@ -57,9 +57,9 @@ public:
 
 private:
     struct TextKey;
-    static const TextKey textKeys[8];
+    OSTREL_HIDDEN static const TextKey textKeys[8];
 
-    DaemonConfiguration();
+    OSTREL_HIDDEN DaemonConfiguration();
 
     std::string m_ostrelDirectory;
     std::string m_notificationGroup;

@@ -276,22 +276,24 @@ public:
 
 private:
     struct ExternalStore;
-    ExternalStore caStore() const;
-    ExternalStore trustedClientStore() const;
-    const ostrel::InternalCertificatesAccessor& serverStore() const;
-    static const ostrel::ExternalCertificatesAccessor& pathsOfExisting(const ExternalStore& store,
-                                                                       const std::string& id);
-    std::string idOrActive(const std::string& id);
-    void requirePendingCsr();
-    void sendServerCommand(ostrel::CommandType type, const std::vector<std::string>& arguments);
+    OSTREL_HIDDEN ExternalStore caStore() const;
+    OSTREL_HIDDEN ExternalStore trustedClientStore() const;
+    OSTREL_HIDDEN const ostrel::InternalCertificatesAccessor& serverStore() const;
+    OSTREL_HIDDEN static const ostrel::ExternalCertificatesAccessor&
+    pathsOfExisting(const ExternalStore& store, const std::string& id);
+    OSTREL_HIDDEN std::string idOrActive(const std::string& id);
+    OSTREL_HIDDEN void requirePendingCsr();
+    OSTREL_HIDDEN void sendServerCommand(ostrel::CommandType type,
+                                         const std::vector<std::string>& arguments);
     template <class Record>
-    Record recordFromDaemon(ostrel::TypeTarget target, ostrel::CommandType type,
-                            const std::vector<std::string>& arguments);
-    ostrl::CCertificateData certificateRecord(ostrel::TypeTarget target, const std::string& path);
-    std::string idOfText(const ExternalStore& store, const std::string& pem,
-                         std::string (OstrelService::*idOfFile)(const std::string&));
-    std::vector<std::string> revoke(const ExternalStore& store,
-                                    const std::vector<std::string>& ids);
+    OSTREL_HIDDEN Record recordFromDaemon(ostrel::TypeTarget target, ostrel::CommandType type,
+                                          const std::vector<std::string>& arguments);
+    OSTREL_HIDDEN ostrl::CCertificateData certificateRecord(ostrel::TypeTarget target,
+                                                            const std::string& path);
+    OSTREL_HIDDEN std::string idOfText(const ExternalStore& store, const std::string& pem,
+                                       std::string (OstrelService::*idOfFile)(const std::string&));
+    OSTREL_HIDDEN std::vector<std::string> revoke(const ExternalStore& store,
+                                                  const std::vector<std::string>& ids);
 
     std::unique_ptr<ostrel::ServiceConfiguration> m_configuration;
     std::unique_ptr<ostrel::ExternalCertificatesAccessor> m_caAccessor;
