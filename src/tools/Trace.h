@@ -15,13 +15,18 @@ void writeTraceLine(const std::string& line);
 
 /// Traces the parts, joined, as one line while `gDebug` is set.
 /// Nothing is built while it is clear, so a trace costs a hot path one load.
+/// A line that cannot be built or written is lost: what is traced goes on.
 template <class... Parts>
-void trace(const Parts&... parts)
+void trace(const Parts&... parts) noexcept
 {
-    if (gDebug) {
+    if (!gDebug) {
+        return;
+    }
+    try {
         std::string line;
         (line.append(parts), ...);
         writeTraceLine(line);
+    } catch (...) {
     }
 }
 

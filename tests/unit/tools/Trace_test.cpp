@@ -57,6 +57,26 @@ TEST(Trace, FlushesEachLine)
     EXPECT_EQ(written, "line\n");
 }
 
+/// Takes nothing.
+class FullBuffer : public std::streambuf
+{
+};
+
+TEST(Trace, IsLostWhereTheStreamFailsAndThrows)
+{
+    const support::CapturedTrace errors;
+    FullBuffer full;
+    std::streambuf* const former = std::cerr.rdbuf(&full);
+    std::cerr.exceptions(std::ios::badbit);
+    EXPECT_THROW(ostrel::writeTraceLine("line"), std::ios::failure);
+    std::cerr.clear();
+    EXPECT_NO_THROW(trace("line"));
+    std::cerr.exceptions(std::ios::goodbit);
+    std::cerr.clear();
+    std::cerr.rdbuf(former);
+    EXPECT_EQ(errors.text(), "");
+}
+
 std::vector<std::string> linesOf(const std::string& text)
 {
     std::istringstream stream(text);
