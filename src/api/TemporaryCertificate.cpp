@@ -28,7 +28,9 @@ std::string temporaryCertificatePath(const std::string& serviceName)
 void writeTemporaryCertificate(const std::string& path, const std::string& text)
 {
     const auto file = ostrel::Descriptor::open(path, O_WRONLY | O_CREAT | O_TRUNC, defaultFileMode);
-    ostrel::writeAll(file, text);
+    if (file.isOpen() && !ostrel::writeAll(file, text)) {
+        std::remove(path.c_str());
+    }
 }
 
 void removeTemporaryCertificate(const std::string& path, const std::string& textBefore,

@@ -11,7 +11,8 @@ namespace ostrelApi
 std::string temporaryCertificatePath(const std::string& serviceName);
 
 /// Makes the file with `text` in it. As with a plain output stream, a file that
-/// cannot be opened or written is not told.
+/// cannot be opened or written is not told; none is left then, for a part of a
+/// certificate can be the same as another one.
 void writeTemporaryCertificate(const std::string& path, const std::string& text);
 
 /// Removes the file; a failure is traced as the path between two texts.
