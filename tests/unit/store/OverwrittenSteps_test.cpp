@@ -5,6 +5,7 @@
 #include <cstring>
 #include <iterator>
 #include <new>
+#include <stdexcept>
 #include <utility>
 
 namespace
@@ -118,6 +119,27 @@ TEST_F(OverwriteSteps, CanBeReplacedOneByOne)
     data.setData("b", "2");
     data.write();
     EXPECT_EQ(text(), "a fixed\nb 2\n");
+}
+
+// Reads well once, and then no more.
+struct OnceReadable : OpenData {
+    using OpenData::OpenData;
+    void update() override
+    {
+        if (std::exchange(m_isRead, true)) {
+            throw std::runtime_error("unreadable");
+        }
+    }
+    bool m_isRead = false;
+};
+
+TEST_F(OverwriteSteps, KeepWhatIsPendingWhenTheLastOneOfAWriteFails)
+{
+    OnceReadable data(m_path);
+    data.setData("a", "1");
+    EXPECT_THROW(data.write(), std::runtime_error);
+    EXPECT_EQ(text(), "a 1\n");
+    EXPECT_EQ(data.pendingData(), (Map{{"a", "1"}}));
 }
 
 // The slot of a virtual operation in the table of its class. Both layouts of

@@ -1,0 +1,99 @@
+// The descriptor of a notification, while it is open and at its end.
+
+#include <ostrelApi/OstrelService.h>
+
+#include <ostrel/Debug.h>
+
+#include "support/Device.h"
+#include "tools/Descriptor.h"
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <sstream>
+
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace
+{
+
+int watched = -1;
+int closings = 0;
+
+/// Looks at the descriptor when the line comes that is traced while it is open.
+class Watch : public std::stringbuf
+{
+public:
+    explicit Watch(int descriptor) : m_former(std::cerr.rdbuf(this))
+    {
+        watched = descriptor;
+        closings = 0;
+        ostrel::gDebug = true;
+    }
+    ~Watch() override
+    {
+        ostrel::gDebug = false;
+        std::cerr.rdbuf(m_former);
+        watched = -1;
+    }
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+
+    int flags() const { return m_flags; }
+
+protected:
+    std::streamsize xsputn(const char* text, std::streamsize length) override
+    {
+        m_flags = ::fcntl(watched, F_GETFD);
+        return std::stringbuf::xsputn(text, length);
+    }
+
+private:
+    std::streambuf* const m_former;
+    int m_flags = -1;
+};
+
+class NotificationDescriptor : public testing::Test
+{
+protected:
+    NotificationDescriptor()
+    {
+        ::mkfifo(fifo.c_str(), 0622);
+        reader = ostrel::Descriptor::open(fifo, O_RDONLY | O_NONBLOCK);
+        // The first call of a process reads the daemon's configuration, too.
+        ostrelApi::OstrelService::notifyTime();
+    }
+
+    /// The next one that the process gets.
+    static int next() { return ostrel::Descriptor::open("/dev/null", O_RDONLY).get(); }
+
+    const support::Device device;
+    const std::string fifo = device.pipesDirectory() + "/notification.signal";
+    ostrel::Descriptor reader;
+};
+
+TEST_F(NotificationDescriptor, IsClosedInProgramsThatTheProcessExecutesMeanwhile)
+{
+    const Watch watch(next());
+    ostrelApi::OstrelService::notifyTime();
+    EXPECT_EQ(watch.flags(), FD_CLOEXEC);
+}
+
+// Intended: its stream has closed it already, inside of the C library.
+TEST_F(NotificationDescriptor, IsClosedOnceMoreAfterItsStream)
+{
+    const Watch watch(next());
+    ostrelApi::OstrelService::notifyTime();
+    EXPECT_EQ(closings, 1);
+}
+
+} // namespace
+
+// What the library itself closes comes by here; what fclose() closes does not.
+extern "C" int close(int descriptor)
+{
+    closings += descriptor == watched ? 1 : 0;
+    return static_cast<int>(::syscall(SYS_close, descriptor));
+}
