@@ -49,8 +49,9 @@ enum CommandType : std::int32_t {
 ///
 ///     user TAB pid TAB target TAB keyword [TAB argument]...
 ///
-/// Arguments are written as they are: one that holds a tab becomes two. What
-/// each keyword takes is in docs/PROTOCOL.md.
+/// Arguments are written as they are: one that holds a tab becomes two, and an
+/// empty last one is lost when the text is read. What each keyword takes is in
+/// docs/PROTOCOL.md.
 ///
 /// Threads: as any value. Errors: toMessage() throws only std::bad_alloc.
 ///
@@ -64,10 +65,9 @@ public:
     /// No user, no pid, no target, no command, no arguments.
     Commands() = default;
 
-    /// Reads a message. Throws std::runtime_error, "Bad format for command."
-    /// and what follows it, when the message has fewer than four fields, an
-    /// unknown target, an unknown keyword, or arguments or a target that the
-    /// keyword does not take.
+    /// Reads a message. Throws std::runtime_error, with a text that tells which,
+    /// when the message has fewer than four fields, an unknown target, an unknown
+    /// keyword, or arguments or a target that the keyword does not take.
     explicit Commands(const std::string& message);
 
     /// The target that a word names: "server", "ca", "client" or "config";

@@ -33,16 +33,17 @@ namespace ostrelApi
 ///     for (const std::string& ca : web.getCAList()) ...
 ///     web.revokeCA(id);
 ///
-/// Queries read the daemon's files. Changes go to the daemon as one command
-/// for each call; docs/PROTOCOL.md shows the steps and the bytes of one.
+/// Queries read the daemon's files. Changes, isServiceRunning() and the four
+/// operations that return a record ask the daemon, by one command for each
+/// call; docs/PROTOCOL.md shows the steps and the bytes of one.
 ///
-/// Blocking: a query reads files and waits for nobody. A change waits, without
-/// a limit, as long as the daemon takes; but where another thread or process is
-/// in the middle of a change of the same service, it fails at once with return
-/// code 2, "Api is locked".
+/// Blocking: what reads files waits for nobody. What asks the daemon waits,
+/// without a limit, as long as the daemon takes, and where a daemon was killed,
+/// for the next one; but while another thread or process asks for the same
+/// service, it fails at once with return code 2, "Api is locked".
 ///
 /// Threads: an object never changes once built, so any thread may call any of
-/// its members at any time, and changes of one service exclude each other as
+/// its members at any time, and calls that ask for one service exclude each other as
 /// above. Not for signal handlers.
 ///
 /// Ownership: the object owns what it was built from, results belong to the
@@ -50,9 +51,10 @@ namespace ostrelApi
 ///
 /// Errors: OstrelApiException, by the daemon's return code. "Error 7" below
 /// stands for one of return code 7. Every operation on a store that the service
-/// does not have fails with error 7 before it does anything. What asks the
-/// daemon may fail with 11 (it does not run), 3 (its lock cannot be opened), 2
-/// (locked), 1 (the exchange failed), with the daemon's own code, or with a
+/// does not have fails with error 7 before it does anything; the workers at the
+/// end ask for no store. What asks the daemon may fail with 11 (it was ended, or
+/// never ran), 3 (its lock cannot be opened), 2 (locked), 1 (the exchange
+/// failed), with the daemon's own code, or, whatever is told below, with a
 /// std::runtime_error that carries the text of EINTR when a signal interrupted
 /// the wait for the reply.
 class OSTREL_API OstrelService
@@ -84,8 +86,9 @@ public:
     /// The service's name for people, from its configuration.
     virtual std::string getServiceName() const;
 
-    /// Asks the daemon whether it serves this service. A daemon that does not
-    /// run is error 11, not false.
+    /// Asks the daemon whether it serves this service. A daemon that was ended,
+    /// or never ran, is error 11, not false; after one that was killed it waits
+    /// for the next one.
     virtual bool isServiceRunning();
 
     /// Has the daemon read the service's configuration again. This object
@@ -114,7 +117,8 @@ public:
     /// is none.
     virtual std::string getServerCsr();
     /// When the pending request was made, in seconds since 1970 UTC; 0 when
-    /// there is none.
+    /// there is none. It is the time of the file's last change of status, which
+    /// a change of its mode or owner moves.
     virtual std::int64_t getServerCsrTimestamp();
     /// What the pending request says, asked of the daemon; error 21 when there
     /// is none.
@@ -123,7 +127,7 @@ public:
     /// @{
     /// What a certificate says, asked of the daemon: of a trusted client, of a
     /// CA, and the server certificate in use. Error 40, 30 or 20 when it is
-    /// missing.
+    /// missing; error 1 when the file that names the one in use cannot be opened.
     virtual ostrl::CCertificateData getTrustedClientCertInfo(const std::string& id);
     virtual ostrl::CCertificateData getCACertInfo(const std::string& id);
     virtual ostrl::CCertificateData getServerCertInfo();
@@ -195,6 +199,9 @@ public:
     /// an empty string. The first one by id, where the store has several.
     virtual std::string getIdCAPath(const std::string& path);
     /// The same for PEM text, which has to match the stored text line by line.
+    /// It takes a temporary file in the service's pipe directory: where that
+    /// cannot be written the answer is an empty string, and it stays behind when
+    /// the look-up throws.
     virtual std::string getIdCA(const std::string& pem);
 
     /// @{

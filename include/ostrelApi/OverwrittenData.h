@@ -17,8 +17,9 @@ namespace ostrelApi
 /// seconds: a change in the same second is not seen, and neither are one's own
 /// changes right after write(). A missing file is no error.
 ///
-/// Each line of the file is a key, one space and the value, by ascending key;
-/// docs/FILES.md shows the bytes.
+/// Each line of the file is a key, one space and the value; docs/FILES.md shows
+/// the bytes. write() puts the keys that the file has first and the new ones
+/// behind them, each by ascending key.
 ///
 /// A subclass can replace any step: the operations call each other virtually.
 ///

@@ -7,7 +7,8 @@ namespace ostrel
 
 /// While an object lives, a write into a pipe without a reader fails with
 /// EPIPE in this thread and raises no signal. Afterwards the thread's signal
-/// mask, the pending signals and all dispositions are what they were.
+/// mask and all dispositions are what they were, and a signal that was pending
+/// before is pending still; one that another process sends meanwhile may be lost.
 class SigpipeBlock
 {
 public:
