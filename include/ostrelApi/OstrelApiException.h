@@ -54,12 +54,19 @@ public:
     /// The category.
     ErrorId getErrorId() const;
 
+    /// The return code that it was built from; 0 when that was a category.
+    int getReturnCode() const;
+
     /// The category of a return code; GenericException for most of them.
     ErrorId returnCodeToErrorId(int returnCode) const;
 
 private:
+    OSTREL_HIDDEN OstrelApiException(ErrorId id, int returnCode);
+
     ErrorId errorId;
     std::string message;
+    /// 0 where a category was all there was.
+    int m_returnCode;
 };
 
 /// Text of an ErrorId; "Unknown" for any other number.

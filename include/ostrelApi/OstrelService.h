@@ -273,6 +273,12 @@ public:
     std::string addCertificateFile(ostrel::TypeTarget target, const std::string& path);
     /// @}
 
+    /// The same for PEM text and the stores "server", where a request has to be
+    /// pending (error 21), "ca" and "client", for callers that tell refusals
+    /// apart: the daemon's own return code passes, 33 for a CA that is there
+    /// already, for example.
+    std::string importCertificate(ostrel::TypeTarget target, const std::string& certificate);
+
     /// The text of the file `path`, and one line feed; error 1 when it cannot be
     /// opened.
     static std::string getCertificateDetails(const std::string& path);
@@ -280,6 +286,10 @@ public:
     /// Sends one command, whose user and pid it fills in, and returns the
     /// payload of the daemon's reply.
     std::string sendCommandToServer(ostrel::Commands& command);
+
+    /// The file whose flock() whoever asks the daemon holds meanwhile; the
+    /// daemon makes it. For those who ask who keeps the service locked.
+    std::string getLockPath() const;
 
 private:
     struct ExternalStore;
@@ -290,6 +300,10 @@ private:
     pathsOfExisting(const ExternalStore& store, const std::string& id);
     OSTREL_HIDDEN std::string idOrActive(const std::string& id);
     OSTREL_HIDDEN void requirePendingCsr();
+    OSTREL_HIDDEN void requireImportable(ostrel::TypeTarget target);
+    OSTREL_HIDDEN std::string sendCertificate(ostrel::TypeTarget target,
+                                              const std::string& certificate,
+                                              const std::string& path);
     OSTREL_HIDDEN void sendServerCommand(ostrel::CommandType type,
                                          const std::vector<std::string>& arguments);
     template <class Record>

@@ -5,6 +5,7 @@
 
 #include "api/ExternalStore.h"
 #include "api/ImportFailure.h"
+#include "api/StoreCheck.h"
 #include "api/TemporaryCertificate.h"
 #include "tools/ErrorText.h"
 #include "tools/PemText.h"
@@ -63,9 +64,9 @@ void failImport(const ostrel::TierTexts& texts)
     throw OstrelApiException(ActionFailed);
 }
 
-std::string OstrelService::addCertificate(ostrel::TypeTarget target, const std::string& certificate)
+std::string OstrelService::sendCertificate(ostrel::TypeTarget target,
+                                           const std::string& certificate, const std::string& path)
 {
-    const std::string path = temporaryCertificatePath(m_configuration->m_serviceName);
     try {
         writeImportFile(path, certificate, m_configuration->m_managmentGroup);
         ostrel::Commands command;
@@ -78,10 +79,40 @@ std::string OstrelService::addCertificate(ostrel::TypeTarget target, const std::
         return reply;
     } catch (...) {
         removeTemporaryCertificate(path, "Error: File cannot be deleted: ");
+        throw;
+    }
+}
+
+std::string OstrelService::addCertificate(ostrel::TypeTarget target, const std::string& certificate)
+{
+    const std::string path = temporaryCertificatePath(m_configuration->m_serviceName);
+    try {
+        return sendCertificate(target, certificate, path);
+    } catch (...) {
         failImport({"Exception caught while adding certificate.",
                     "Standard exception caught while adding certificate.",
                     "Generic exception caught while adding certificate."});
     }
+}
+
+void OstrelService::requireImportable(ostrel::TypeTarget target)
+{
+    switch (target) {
+    case ostrel::TargetServer:
+        return requirePendingCsr();
+    case ostrel::TargetCA:
+        return requireStore(hasCA());
+    default:
+        requireStore(target == ostrel::TargetClient && hasTrustedClient());
+    }
+}
+
+std::string OstrelService::importCertificate(ostrel::TypeTarget target,
+                                             const std::string& certificate)
+{
+    requireImportable(target);
+    return sendCertificate(target, certificate,
+                           temporaryCertificatePath(m_configuration->m_serviceName));
 }
 
 std::string OstrelService::addCertificateFile(ostrel::TypeTarget target, const std::string& path)

@@ -115,6 +115,11 @@ std::string OstrelService::sendCommandToServer(ostrel::Commands& command)
     return exchange(command, pipesOfService(*m_configuration));
 }
 
+std::string OstrelService::getLockPath() const
+{
+    return pipesOfService(*m_configuration).lock;
+}
+
 OstrelService::ExternalStore OstrelService::caStore() const
 {
     requireStore(hasCA());

@@ -234,9 +234,12 @@ std::vector<Operation> otherOperations()
                   Takes::Pem),
         operation("addCertificateFile", On::NoStore, Does::Import, &Service::addCertificateFile,
                   Takes::APath),
+        operation("importCertificate", On::CA, Does::Request, &Service::importCertificate,
+                  Takes::Pem),
         operation("getCertificateDetails", On::NoStore, Does::Query,
                   &Service::getCertificateDetails, Takes::APath),
         operation("sendCommandToServer", On::NoStore, Does::Request, &Service::sendCommandToServer),
+        operation("getLockPath", On::NoStore, Does::Query, &Service::getLockPath),
     };
 }
 

@@ -125,6 +125,7 @@ TEST(OstrelApiException, OfACategoryNamesItsNumberAndItsText)
         EXPECT_EQ(exception.getErrorMessage(),
                   "Error " + std::to_string(number) + ": " + valueOr(errorIds, number, unknown));
         EXPECT_EQ(exception.what(), exception.getErrorMessage());
+        EXPECT_EQ(exception.getReturnCode(), 0);
     }
 }
 
@@ -138,6 +139,7 @@ TEST(OstrelApiException, OfAReturnCodeAddsTheCodeAndTheDaemonsText)
                   "Error " + std::to_string(id) + ": " + errorIds.at(id) + " (" +
                       std::to_string(code) + " - " + valueOr(returnCodes, code, unknown) + ")");
         EXPECT_EQ(exception.what(), exception.getErrorMessage());
+        EXPECT_EQ(exception.getReturnCode(), code);
     }
 }
 

@@ -1,0 +1,93 @@
+#include "unit/api/ImportCase.h"
+
+#include <ostrel/InternalCertificatesAccessor.h>
+
+namespace
+{
+
+using service_case::OstrelService;
+using service_case::pem;
+using service_case::ServiceCase;
+using support::apiError;
+using support::ScriptedPeer;
+using support::thrownBy;
+
+/// A store that takes certificates, and the keyword that hands it one.
+struct Row {
+    ostrel::TypeTarget target;
+    const char* words;
+};
+
+const Row rows[] = {
+    {ostrel::TargetServer, "server\tapplycrt\t"},
+    {ostrel::TargetCA, "ca\tadd\t"},
+    {ostrel::TargetClient, "client\tadd\t"},
+};
+
+class ImportCertificate : public ServiceCase
+{
+protected:
+    ImportCertificate() { support::writeText(csr, "pending"); }
+
+    std::string thrownByImport(ostrel::TypeTarget target)
+    {
+        return thrownBy([&] { web.importCertificate(target, pem("AA\n")); });
+    }
+    void expectNoFileLeft() const
+    {
+        for (const std::string& name : pipeFiles()) {
+            EXPECT_EQ(name.find(".crt"), std::string::npos) << name;
+        }
+    }
+
+    const std::string csr = ostrel::InternalCertificatesAccessor("web", "server").csrPath();
+    OstrelService web{"web"};
+    ScriptedPeer peer{device, "web"};
+};
+
+TEST_F(ImportCertificate, HandsTheCertificateToTheStoreAndGivesBackTheReply)
+{
+    for (const Row& row : rows) {
+        peer.answer("0 the id");
+        EXPECT_EQ(web.importCertificate(row.target, pem("AA\n")), "the id");
+        EXPECT_NE(peer.lastMessage().find(row.words + pipes + '/'), std::string::npos);
+        expectNoFileLeft();
+    }
+}
+
+TEST_F(ImportCertificate, LetsTheDaemonsOwnCodePass)
+{
+    for (const Row& row : rows) {
+        for (int code = 1; code <= 43; ++code) {
+            peer.answer(std::to_string(code) + " reason");
+            EXPECT_EQ(thrownByImport(row.target), apiError(code)) << row.words;
+            expectNoFileLeft();
+        }
+    }
+}
+
+TEST_F(ImportCertificate, NeedsAPendingRequestForTheServer)
+{
+    std::filesystem::remove(csr);
+    EXPECT_EQ(thrownByImport(ostrel::TargetServer), apiError(21));
+    EXPECT_TRUE(peer.messages().empty());
+}
+
+TEST_F(ImportCertificate, NeedsTheStore)
+{
+    device.addService("bare", "managmentGroup root\n");
+    OstrelService bare("bare");
+    for (int target = -1; target <= 5; ++target) {
+        EXPECT_EQ(
+            thrownBy([&] { bare.importCertificate(static_cast<ostrel::TypeTarget>(target), "x"); }),
+            apiError(7))
+            << target;
+    }
+}
+
+TEST_F(ImportCertificate, NamesTheLockThatItHolds)
+{
+    EXPECT_EQ(web.getLockPath(), peer.lockPath());
+}
+
+} // namespace
