@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+namespace ostrelctl
+{
+
+struct Command;
+
+/// "ostrelctl ca list [OPTION...] SERVICE".
+std::string usageOf(const Command& command);
+
+/// What a command takes, or, for the words of a group, what commands there are;
+/// an empty path stands for all.
+std::string helpOn(const std::string& path);
+
+} // namespace ostrelctl

@@ -1,0 +1,49 @@
+#include "Ids.h"
+
+#include "Failure.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace ostrelctl
+{
+
+namespace
+{
+
+constexpr std::size_t mostInALine = 8;
+
+[[noreturn]] void failAsAmbiguous(const std::string& given, const std::vector<std::string>& ids)
+{
+    const auto end = ids.begin() + static_cast<std::ptrdiff_t>(std::min(ids.size(), mostInALine));
+    Failure failure(ExitStatus::Usage,
+                    fmt::format("'{}' could be any of {} certificates", given, ids.size()),
+                    fmt::format("give more of one: {}{}", fmt::join(ids.begin(), end, " "),
+                                end == ids.end() ? "" : " ..."));
+    failure.candidates = ids;
+    throw failure;
+}
+
+} // namespace
+
+std::string idNamed(const std::string& given, const std::vector<std::string>& all)
+{
+    std::vector<std::string> found;
+    std::copy_if(all.begin(), all.end(), std::back_inserter(found),
+                 [&](const std::string& id) { return id.rfind(given, 0) == 0; });
+    if (std::find(found.begin(), found.end(), given) != found.end()) {
+        return given;
+    }
+    if (found.empty() || given.empty()) {
+        throw Failure(ExitStatus::NoCertificate, "there is no certificate '" + given + "'",
+                      "the command `list` shows what there is");
+    }
+    if (found.size() > 1) {
+        failAsAmbiguous(given, found);
+    }
+    return found.front();
+}
+
+} // namespace ostrelctl

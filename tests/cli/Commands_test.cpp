@@ -1,0 +1,180 @@
+// The table of commands: each row is complete, and all of the library is in it.
+
+#include "CommandLine.h"
+#include "ExitStatus.h"
+#include "Help.h"
+
+#include "support/TextFiles.h"
+
+#include <nlohmann/json.hpp>
+
+#include <gmock/gmock.h>
+
+#include <regex>
+#include <set>
+#include <sstream>
+
+namespace
+{
+
+using namespace ostrelctl;
+using testing::HasSubstr;
+
+std::set<std::string> wordsOf(const std::string& text)
+{
+    std::istringstream stream(text);
+    std::set<std::string> words;
+    for (std::string word; stream >> word;) {
+        words.insert(word);
+    }
+    return words;
+}
+
+TEST(ExitStatuses, AreFrozen)
+{
+    const std::pair<int, const char*> frozen[] = {
+        {0, "done"},    {1, "failed"},     {2, "usage"},          {3, "locked"},
+        {4, "denied"},  {5, "no-service"}, {6, "no-certificate"}, {7, "daemon-off"},
+        {8, "refused"}, {9, "time-out"},   {10, "renewal-due"},
+    };
+    ASSERT_EQ(statusRows.size(), std::size(frozen));
+    for (const auto& [number, word] : frozen) {
+        const StatusRow& row = rowOf(static_cast<ExitStatus>(number));
+        EXPECT_EQ(static_cast<int>(row.status), number);
+        EXPECT_STREQ(row.word, word);
+        EXPECT_STRNE(row.meaning, "");
+    }
+}
+
+TEST(Commands, AreEachComplete)
+{
+    for (const Command& command : commands()) {
+        SCOPED_TRACE(command.path);
+        EXPECT_TRUE(std::regex_match(command.path, std::regex("[a-z-]+( [a-z-]+){0,2}")));
+        EXPECT_TRUE(std::isupper(command.help[0])) << command.help;
+        EXPECT_NE(std::string(command.help).back(), '.');
+        EXPECT_FALSE(command.api.empty());
+        EXPECT_NE(command.run, nullptr);
+        EXPECT_NE(command.view.at, nullptr);
+        const bool hasColumns =
+            command.view.kind != View::Members && command.view.kind != View::Sentence;
+        EXPECT_EQ(command.view.columns.empty(), !hasColumns);
+        EXPECT_EQ(commandCalled(command.path), &command) << "the path is another one's too";
+    }
+}
+
+TEST(Commands, TakeArgumentsThatCanBeToldApart)
+{
+    for (const Command& command : commands()) {
+        SCOPED_TRACE(command.path);
+        bool isLast = false;
+        std::set<std::string> names;
+        for (const Argument& argument : command.arguments) {
+            EXPECT_FALSE(isLast) << argument.name << " follows one that takes any number";
+            isLast = argument.arity != Arity::One;
+            EXPECT_TRUE(std::regex_match(argument.name, std::regex("[A-Z]+"))) << argument.name;
+            EXPECT_STRNE(argument.help, "") << argument.name;
+            EXPECT_TRUE(names.insert(argument.name).second) << argument.name;
+        }
+    }
+}
+
+TEST(Commands, TakeOptionsThatAreExplained)
+{
+    std::set<std::string> global;
+    for (const Option& option : globalOptions()) {
+        EXPECT_TRUE(global.insert(option.name).second) << option.name;
+    }
+    for (const Command& command : commands()) {
+        std::set<std::string> names = global;
+        for (const Option& option : command.options) {
+            EXPECT_TRUE(std::regex_match(option.name, std::regex("--[a-z]+"))) << option.name;
+            EXPECT_STRNE(option.help, "") << option.name;
+            EXPECT_TRUE(names.insert(option.name).second) << option.name;
+        }
+    }
+}
+
+TEST(Commands, ActOnAServiceThatIsTheirFirstArgument)
+{
+    for (const Command& command : commands()) {
+        for (std::size_t i = 0; i < command.arguments.size(); ++i) {
+            EXPECT_EQ(command.arguments[i].kind == Kind::Service, i == 0) << command.path;
+        }
+    }
+}
+
+TEST(Commands, HaveHelpThatNamesAllOfTheRow)
+{
+    for (const Command& command : commands()) {
+        SCOPED_TRACE(command.path);
+        const std::string help = helpOn(command.path);
+        EXPECT_THAT(help, HasSubstr("Usage: ostrelctl " + command.path + " [OPTION...]"));
+        EXPECT_THAT(help, HasSubstr(command.help));
+        EXPECT_THAT(help, HasSubstr(command.api));
+        for (const Argument& argument : command.arguments) {
+            EXPECT_THAT(help, HasSubstr(argument.help));
+        }
+        for (const Option& option : command.options) {
+            EXPECT_THAT(help, HasSubstr(option.help));
+        }
+        EXPECT_THAT(helpOn(""), HasSubstr("  " + command.path + ' '));
+    }
+}
+
+TEST(Groups, AreThoseThatCommandsBeginWith)
+{
+    std::set<std::string> begun;
+    for (const Command& command : commands()) {
+        for (std::size_t blank = 0; (blank = command.path.find(' ', blank)) != std::string::npos;) {
+            begun.insert(command.path.substr(0, blank++));
+        }
+    }
+    std::set<std::string> told;
+    for (const Group& group : groups()) {
+        told.insert(group.path);
+        EXPECT_THAT(helpOn(group.path), HasSubstr(group.help));
+    }
+    EXPECT_EQ(told, begun);
+}
+
+/// What commands are not made of: the workers that other operations share.
+const std::set<std::string> workers = {
+    "OstrelService",      "getCertificate",        "getList",    "getListByCN", "addCertificate",
+    "addCertificateFile", "getCertificateDetails", "getLockPath"};
+
+TEST(Commands, GiveAccessToEveryOperationOfTheLibrary)
+{
+    const std::string header = support::readText(OSTREL_SERVICE_HEADER);
+    const std::string declarations = header.substr(0, header.find("\nprivate:"));
+    std::set<std::string> offered;
+    for (const Command& command : commands()) {
+        offered.merge(wordsOf(command.api));
+    }
+    std::set<std::string> operations;
+    // A declaration starts its line, and is no comment.
+    const std::regex declaration("\n    [a-z][^/;()]*?([A-Za-z]+)\\([^;]*\\)( const)?;");
+    for (std::sregex_iterator i(declarations.begin(), declarations.end(), declaration), end;
+         i != end; ++i) {
+        if (workers.count((*i)[1]) == 0) {
+            operations.insert((*i)[1]);
+        }
+    }
+    EXPECT_EQ(offered, operations);
+}
+
+TEST(Schema, DescribesTheAnswerOfEachCommandAndNothingElse)
+{
+    const auto schema = nlohmann::json::parse(support::readText(OSTREL_CTL_SCHEMA));
+    std::set<std::string> described;
+    for (const auto& [name, definition] : schema["$defs"]["answers"].items()) {
+        described.insert(name);
+    }
+    std::set<std::string> paths;
+    for (const Command& command : commands()) {
+        paths.insert(command.path);
+    }
+    EXPECT_EQ(described, paths);
+}
+
+} // namespace
