@@ -94,20 +94,10 @@ Lines commandLines(const std::string& group)
     return lines;
 }
 
-std::string aboutGroup(const std::string& path)
-{
-    for (const Group& group : groups()) {
-        if (path == group.path) {
-            return group.help;
-        }
-    }
-    return "The certificates of this device's services, by the library libostrl";
-}
-
 std::string helpOnGroup(const std::string& path)
 {
     return fmt::format("Usage: ostrelctl {}{}COMMAND [OPTION...] ARGUMENT...\n\n{}.\n", path,
-                       path.empty() ? "" : " ", aboutGroup(path)) +
+                       path.empty() ? "" : " ", summaryOf(path)) +
            section("Commands", commandLines(path)) +
            section("Options of every command", optionLines(globalOptions())) +
            section("Exit status", statusLines());
@@ -118,12 +108,25 @@ std::string helpOnCommand(const Command& command)
     return fmt::format("Usage: {}\n\n{}.\n", usageOf(command), command.help) +
            section("Arguments", argumentLines(command)) +
            section("Options", optionLines(command.options)) +
-           section(aboutGroup(command.path), commandLines(command.path)) +
+           section(summaryOf(command.path), commandLines(command.path)) +
            section("Options of every command", optionLines(globalOptions())) +
            section("Exit status", statusLines()) + section("In the library", {{command.api, ""}});
 }
 
 } // namespace
+
+std::string summaryOf(const std::string& path)
+{
+    for (const Group& group : groups()) {
+        if (path == group.path) {
+            return group.help;
+        }
+    }
+    const Command* const command = commandCalled(path);
+    return command != nullptr
+               ? command->help
+               : "The certificates of this device's services, by the library libostrl";
+}
 
 std::string usageOf(const Command& command)
 {

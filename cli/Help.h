@@ -7,6 +7,9 @@ namespace ostrelctl
 
 struct Command;
 
+/// One line on a group, a command, or, for an empty path, the program.
+std::string summaryOf(const std::string& path);
+
 /// "ostrelctl ca list [OPTION...] SERVICE".
 std::string usageOf(const Command& command);
 

@@ -22,7 +22,7 @@ public:
     {
         const std::string given = context.invocation.one("CERTIFICATE");
         const std::size_t slash = given.find('/');
-        m_store = storeCalled(given.substr(0, slash));
+        m_store = storeNamed(given.substr(0, slash));
         m_id = wholeId(slash == std::string::npos ? "" : given.substr(slash + 1));
         context.path.clear();
     }
@@ -49,15 +49,14 @@ public:
     }
 
 private:
-    static const Store* storeCalled(const std::string& word)
+    static const Store* storeNamed(const std::string& word)
     {
-        for (const Store* store : stores()) {
-            if (word == store->word) {
-                return store;
-            }
+        const Store* const store = storeCalled(word);
+        if (store == nullptr) {
+            throw Failure(ExitStatus::Usage, "there is no store '" + word + "'",
+                          "a certificate is named server, ca/ID or client/ID");
         }
-        throw Failure(ExitStatus::Usage, "there is no store '" + word + "'",
-                      "a certificate is named server, ca/ID or client/ID");
+        return store;
     }
 
     std::string wholeId(const std::string& given)

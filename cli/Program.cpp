@@ -1,6 +1,7 @@
 #include "Program.h"
 
 #include "CommandLine.h"
+#include "Completion.h"
 #include "Context.h"
 #include "Deadline.h"
 #include "Explain.h"
@@ -128,6 +129,9 @@ int answerAtOnce(const std::string& text)
 
 int run(const Words& line)
 {
+    if (!line.empty() && line.front() == completionWord) {
+        return answerAtOnce(completionsOf({line.begin() + 1, line.end()}));
+    }
     Words rest;
     const std::string path = takePath(line, rest);
     Invocation invocation;

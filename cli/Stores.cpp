@@ -1,5 +1,7 @@
 #include "Stores.h"
 
+#include <algorithm>
+
 namespace ostrelctl
 {
 
@@ -81,6 +83,14 @@ const std::vector<const Store*>& stores()
 {
     static const std::vector<const Store*> all = {&serverStore, &caStore, &clientStore};
     return all;
+}
+
+const Store* storeCalled(const std::string& word)
+{
+    const auto& all = stores();
+    const auto found = std::find_if(all.begin(), all.end(),
+                                    [&](const Store* store) { return word == store->word; });
+    return found != all.end() ? *found : nullptr;
 }
 
 } // namespace ostrelctl

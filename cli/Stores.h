@@ -46,4 +46,7 @@ extern const Store clientStore;
 /// All three, in this order.
 const std::vector<const Store*>& stores();
 
+/// The one of this word; none when there is none.
+const Store* storeCalled(const std::string& word);
+
 } // namespace ostrelctl

@@ -122,6 +122,42 @@ TEST(Commands, HaveHelpThatNamesAllOfTheRow)
     }
 }
 
+/// A line that holds everything that a command takes.
+Words fullLineOf(const Command& command)
+{
+    Words line;
+    for (const Argument& argument : command.arguments) {
+        line.push_back(std::string("the ") + argument.name);
+    }
+    for (const Option& option : command.options) {
+        line.emplace_back(option.name);
+        if (option.value != nullptr) {
+            line.emplace_back("7");
+        }
+    }
+    return line;
+}
+
+TEST(Commands, AreParsedByTheirRows)
+{
+    for (const Command& command : commands()) {
+        SCOPED_TRACE(command.path);
+        Invocation invocation;
+        invocation.command = &command;
+        takeValues(invocation, fullLineOf(command));
+        for (const Argument& argument : command.arguments) {
+            EXPECT_EQ(invocation.one(argument.name), std::string("the ") + argument.name);
+        }
+        for (const Option& option : command.options) {
+            EXPECT_EQ(invocation.has(option.name), true) << option.name;
+            EXPECT_TRUE(option.value == nullptr || invocation.one(option.name) == "7");
+        }
+        for (const Option& option : globalOptions()) {
+            EXPECT_EQ(invocation.one(option.name), option.otherwise) << option.name;
+        }
+    }
+}
+
 TEST(Groups, AreThoseThatCommandsBeginWith)
 {
     std::set<std::string> begun;

@@ -30,11 +30,11 @@ Descriptor openForAppending(const std::string& path)
     return file;
 }
 
-[[noreturn]] void execute(std::vector<std::string> words, int output, int errors)
+} // namespace
+
+void execute(std::vector<std::string> words)
 {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    ::dup2(output, STDOUT_FILENO);
-    ::dup2(errors, STDERR_FILENO);
     std::vector<char*> arguments;
     for (std::string& word : words) {
         arguments.push_back(word.data());
@@ -44,8 +44,6 @@ Descriptor openForAppending(const std::string& path)
     ::_exit(cannotStart);
 }
 
-} // namespace
-
 pid_t startProgram(const std::vector<std::string>& words, const std::string& outputPath,
                    const std::string& errorPath)
 {
@@ -53,7 +51,9 @@ pid_t startProgram(const std::vector<std::string>& words, const std::string& out
     const Descriptor errors = openForAppending(errorPath);
     const pid_t child = ::fork();
     if (child == 0) {
-        execute(words, output.get(), errors.get());
+        ::dup2(output.get(), STDOUT_FILENO);
+        ::dup2(errors.get(), STDERR_FILENO);
+        execute(words);
     }
     if (child == -1) {
         throw std::runtime_error("no child for " + words[0]);

@@ -8,6 +8,9 @@
 namespace support
 {
 
+/// Becomes a program, by its path and arguments, that ends with the parent.
+[[noreturn]] void execute(std::vector<std::string> words);
+
 /// Starts a program, by its path and arguments, with the standard output and
 /// error streams added to the files of these names; it ends with this process.
 pid_t startProgram(const std::vector<std::string>& words, const std::string& outputPath,

@@ -6,9 +6,7 @@
 #include <cerrno>
 #include <stdexcept>
 
-#include <cstdlib>
-
-#include <sys/ioctl.h>
+#include <pty.h>
 
 namespace support
 {
@@ -18,42 +16,71 @@ using ostrel::Descriptor;
 namespace
 {
 
-Descriptor openMaster(unsigned short width)
+/// The person at the terminal.
+class Person
 {
-    Descriptor master(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
-    winsize size{};
-    size.ws_col = width;
-    if (::grantpt(master.get()) != 0 || ::unlockpt(master.get()) != 0 ||
-        ::ioctl(master.get(), TIOCSWINSZ, &size) != 0) {
-        throw std::runtime_error("no pseudo-terminal");
+public:
+    Person(int terminal, const std::vector<Keys>& dialogue)
+        : m_terminal(terminal), m_next(dialogue.begin()), m_end(dialogue.end())
+    {
     }
-    return master;
-}
+
+    void see(const std::string& text)
+    {
+        m_text += text;
+        while (m_next != m_end && m_text.find(m_next->after, m_seen) != std::string::npos) {
+            m_seen = m_text.size();
+            const std::string& keys = (m_next++)->keys;
+            if (::write(m_terminal, keys.data(), keys.size()) == -1) {
+                throw std::runtime_error("nothing can be typed");
+            }
+        }
+    }
+
+    const std::string& text() const { return m_text; }
+
+private:
+    int m_terminal;
+    std::vector<Keys>::const_iterator m_next;
+    const std::vector<Keys>::const_iterator m_end;
+    std::string m_text;
+    std::size_t m_seen = 0;
+};
 
 // Until the last one who has the terminal open is gone.
-std::string readAll(const Descriptor& master)
+void readAll(int terminal, Person& person)
 {
-    std::string text;
     char bytes[4096];
     for (ssize_t count = 0;;) {
-        count = ::read(master.get(), bytes, sizeof bytes);
+        count = ::read(terminal, bytes, sizeof bytes);
         if (count > 0) {
-            text.append(bytes, static_cast<std::size_t>(count));
+            person.see({bytes, static_cast<std::size_t>(count)});
         } else if (count == 0 || errno != EINTR) {
-            return text;
+            return;
         }
     }
 }
 
 } // namespace
 
-ShownProgram runOnTerminal(const std::vector<std::string>& words, unsigned short width)
+ShownProgram runOnTerminal(const std::vector<std::string>& words, unsigned short width,
+                           const std::vector<Keys>& dialogue)
 {
-    const Descriptor master = openMaster(width);
-    const std::string terminal = ::ptsname(master.get());
-    const pid_t child = startProgram(words, terminal, terminal);
-    const std::string text = readAll(master);
-    return {awaitEnd(child), text};
+    winsize size{};
+    size.ws_col = width;
+    size.ws_row = 24;
+    int terminal = -1;
+    const pid_t child = ::forkpty(&terminal, nullptr, nullptr, &size);
+    if (child == 0) {
+        execute(words);
+    }
+    if (child == -1) {
+        throw std::runtime_error("no terminal for " + words[0]);
+    }
+    const Descriptor master(terminal);
+    Person person(terminal, dialogue);
+    readAll(terminal, person);
+    return {awaitEnd(child), person.text()};
 }
 
 } // namespace support

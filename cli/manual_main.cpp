@@ -1,0 +1,8 @@
+#include "Manual.h"
+
+#include <iostream>
+
+int main()
+{
+    std::cout << ostrelctl::manual();
+}
