@@ -28,6 +28,7 @@ std::string boxDirectory()
 Device::Device()
     : m_storeDirectory(boxDirectory() + "/store"), m_pipesDirectory(boxDirectory() + "/run")
 {
+    std::filesystem::remove_all(serviceDirectory);
     std::filesystem::create_directories(serviceDirectory);
     std::filesystem::create_directories(m_storeDirectory);
     writeFile("/etc/ostrel/config.daemon", "ostrelDirectory " + m_storeDirectory +

@@ -6,8 +6,8 @@ namespace bench
 {
 
 /// The device that the benchmark runs on: a daemon's configuration in the
-/// box's private /etc, and directories below the box's own. Throws outside of
-/// a box.
+/// box's private /etc, and directories below the box's own. Takes the place of
+/// a former one, whose services are no more. Throws outside of a box.
 class Device
 {
 public:

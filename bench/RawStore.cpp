@@ -124,6 +124,11 @@ std::string_view certificateIn(const Bytes& bytes)
 
 } // namespace
 
+std::size_t lengthByHand(const std::string& path)
+{
+    return readByHand(path).length;
+}
+
 std::vector<std::string> idsByHand(const std::string& listPath)
 {
     const Bytes bytes = readByHand(listPath);

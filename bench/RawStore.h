@@ -9,6 +9,9 @@
 namespace bench
 {
 
+/// Reads a file to its end: its length.
+std::size_t lengthByHand(const std::string& path);
+
 /// The ids of a list file: each once, ascending.
 std::vector<std::string> idsByHand(const std::string& listPath);
 

@@ -18,7 +18,10 @@ std::vector<Row> storeRows(const Device& device, Extent extent);
 /// Info files, imported texts, records.
 std::vector<Row> textRows(const Device& device, Extent extent);
 
-/// The start of a program that links the library.
+/// What a person waits for who looks at a whole device.
+std::vector<Row> surveyRows(const Device& device, Extent extent);
+
+/// The start of programs that link the library.
 std::vector<Row> startRows();
 
 } // namespace bench

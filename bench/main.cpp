@@ -54,17 +54,6 @@ bool initialize(char* program, std::vector<std::string> options)
     return !benchmark::ReportUnrecognizedArguments(count, arguments.data());
 }
 
-std::vector<Row> allRows(const bench::Device& device, bench::Extent extent)
-{
-    std::vector<Row> rows;
-    for (const auto& family :
-         {bench::exchangeRows(device, extent), bench::storeRows(device, extent),
-          bench::textRows(device, extent), bench::startRows()}) {
-        rows.insert(rows.end(), family.begin(), family.end());
-    }
-    return rows;
-}
-
 bool areSame(const std::vector<Row>& rows)
 {
     bool result = true;
@@ -113,6 +102,35 @@ void stayOnOneProcessor()
     ::sched_setaffinity(0, sizeof processors, &processors);
 }
 
+using Family = std::function<std::vector<Row>(const bench::Device&, bench::Extent)>;
+
+const std::vector<Family>& families()
+{
+    static const std::vector<Family> all = {
+        bench::exchangeRows, bench::storeRows, bench::textRows, bench::surveyRows,
+        [](const bench::Device&, bench::Extent) { return bench::startRows(); }};
+    return all;
+}
+
+/// All that was measured.
+struct Results {
+    std::vector<Row> rows;
+    std::map<std::string, double> times;
+};
+
+/// Measures a family on a device of its own; false when its sides differ.
+bool measureInto(Results& results, const Family& family, bench::Extent extent)
+{
+    const bench::Device device;
+    const std::vector<Row> rows = family(device, extent);
+    if (!areSame(rows)) {
+        return false;
+    }
+    results.times.merge(measure(rows));
+    results.rows.insert(results.rows.end(), rows.begin(), rows.end());
+    return true;
+}
+
 int run(char* program, std::vector<std::string> options)
 {
     const bench::Extent extent = extentOf(options);
@@ -122,14 +140,14 @@ int run(char* program, std::vector<std::string> options)
         return 2;
     }
     stayOnOneProcessor();
-    const bench::Device device;
-    const std::vector<Row> rows = allRows(device, extent);
-    if (!areSame(rows)) {
-        return 1;
+    Results results;
+    for (const Family& family : families()) {
+        if (!measureInto(results, family, extent)) {
+            return 1;
+        }
     }
-    const auto times = measure(rows);
-    bench::printRatios(rows, times);
-    bench::printGrowth(rows, times);
+    bench::printRatios(results.rows, results.times);
+    bench::printGrowth(results.rows, results.times);
     return 0;
 }
 
