@@ -14,20 +14,24 @@ bool isListed(const std::string& name)
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+Failure missing(const std::string& name)
+{
+    return {ExitStatus::NoService, "there is no service '" + name + "'",
+            "`ostrelctl services` lists them"};
+}
+
 } // namespace
 
 OstrelService openService(const std::string& name)
 {
-    const Failure missing(ExitStatus::NoService, "there is no service '" + name + "'",
-                          "`ostrelctl services` lists them");
     if (name.find('/') != std::string::npos) {
-        throw missing;
+        throw missing(name);
     }
     try {
         return OstrelService(name);
     } catch (const std::exception&) {
         if (!isListed(name)) {
-            throw missing;
+            throw missing(name);
         }
         throw;
     }

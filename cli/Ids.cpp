@@ -15,7 +15,7 @@ namespace
 
 constexpr std::size_t mostInALine = 8;
 
-[[noreturn]] void failAsAmbiguous(const std::string& given, const std::vector<std::string>& ids)
+Failure ambiguous(const std::string& given, const std::vector<std::string>& ids)
 {
     const auto end = ids.begin() + static_cast<std::ptrdiff_t>(std::min(ids.size(), mostInALine));
     Failure failure(ExitStatus::Usage,
@@ -23,7 +23,7 @@ constexpr std::size_t mostInALine = 8;
                     fmt::format("give more of one: {}{}", fmt::join(ids.begin(), end, " "),
                                 end == ids.end() ? "" : " ..."));
     failure.candidates = ids;
-    throw failure;
+    return failure;
 }
 
 } // namespace
@@ -41,7 +41,7 @@ std::string idNamed(const std::string& given, const std::vector<std::string>& al
                       "the command `list` shows what there is");
     }
     if (found.size() > 1) {
-        failAsAmbiguous(given, found);
+        throw ambiguous(given, found);
     }
     return found.front();
 }

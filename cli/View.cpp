@@ -249,13 +249,18 @@ std::string sentenceOf(const Json& answer, std::string sentence)
     return sentence + '\n';
 }
 
+std::string footerOf(const Json& answer, const View& view)
+{
+    return *view.footer == '\0' ? "" : '\n' + sentenceOf(answer, view.footer);
+}
+
 } // namespace
 
 std::string shown(const Json& answer, const View& view, const Terminal& terminal)
 {
     switch (view.kind) {
     case View::Table:
-        return tableOf(at(answer, view.at), view, terminal);
+        return tableOf(at(answer, view.at), view, terminal) + footerOf(answer, view);
     case View::Fields:
         return fieldsOf(at(answer, view.at), view, terminal);
     case View::Members:

@@ -56,6 +56,8 @@ struct View {
     Kind kind;
     const char* at;
     std::vector<Column> columns = {};
+    /// A sentence below a table; none for most.
+    const char* footer = "";
 };
 
 /// The text for people, ended by a line feed unless it is empty.

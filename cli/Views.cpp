@@ -89,7 +89,9 @@ View importTable()
             {{"RESULT", "/result"},
              {"ID", "/id"},
              {"SOURCE", "/source"},
-             {"REASON", "/reason", Style::Rare}}};
+             {"REASON", "/reason", Style::Rare}},
+            "{/counts/added} added, {/counts/alreadyThere} already there, "
+            "{/counts/refused} refused"};
 }
 
 View texts(const char* at, const char* pointer)

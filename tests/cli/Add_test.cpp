@@ -108,6 +108,7 @@ TEST_P(Add, LetsOneRefusalKeepNoOtherOut)
     const std::string bundle = file("b.pem", {certificateOf("A"), broken, certificateOf("B")});
     const FinishedProgram finished = run(words({bundle}));
     EXPECT_EQ(finished.status, 8);
+    EXPECT_THAT(finished.output, HasSubstr("\n2 added, 0 already there, 1 refused\n"));
     EXPECT_THAT(finished.errors, HasSubstr("1 of 3 certificates refused, " + bundle +
                                            ", 2 of 3 (Bad certificate format)"));
     EXPECT_EQ(count(), 2U);

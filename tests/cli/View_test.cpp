@@ -86,6 +86,12 @@ TEST(View, FillsASentence)
     EXPECT_EQ(shown(answer, sentence, noTerminal), "b has -12, not null\n");
 }
 
+TEST(View, EndsATableWithItsSentence)
+{
+    View summed = {View::Table, "/rows", {{"IS", "/is", Style::YesNo}}, "{/rows/0/left} left"};
+    EXPECT_EQ(shown(answer, summed, noTerminal), "IS\nyes\nno\n-\n\n5 left\n");
+}
+
 TEST(View, PrintsTextAsItIsAndLinesWithoutWhatIsMissing)
 {
     const Json texts = {{"rows", {{{"t", "a\nb\n"}}, {{"t", nullptr}}, {{"t", "c"}}}}};
