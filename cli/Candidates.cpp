@@ -67,9 +67,8 @@ Candidates keys(const std::string& name, const std::string& certificate)
         return {};
     }
     const Ids all = idsOf(service, name, *store);
-    const bool isOwn = slash == certificate.size();
-    const std::string id =
-        isOwn && all.size() == 1 ? all.front() : idNamed(certificate.substr(slash + 1), all);
+    const std::string given = slash == certificate.size() ? "" : certificate.substr(slash + 1);
+    const std::string id = store == &serverStore ? ownIdNamed(given, all) : idNamed(given, all);
     Candidates candidates;
     for (const auto& [key, value] : (service.*store->overrides)(id).getMap()) {
         candidates.push_back({key, value});

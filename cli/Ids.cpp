@@ -2,6 +2,9 @@
 
 #include "Failure.h"
 
+#include <ostrelApi/OstrelApiException.h>
+#include <ostrelApi/ReturnCode.h>
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -44,6 +47,14 @@ std::string idNamed(const std::string& given, const std::vector<std::string>& al
         throw ambiguous(given, found);
     }
     return found.front();
+}
+
+std::string ownIdNamed(const std::string& given, const std::vector<std::string>& all)
+{
+    if (all.empty()) {
+        throw ostrelApi::OstrelApiException(ostrelApi::NoServerCertificate);
+    }
+    return given.empty() ? all.front() : idNamed(given, all);
 }
 
 } // namespace ostrelctl

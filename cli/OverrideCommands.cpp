@@ -63,13 +63,7 @@ private:
     {
         m_context.path = listPathOf(m_context.serviceName(), *m_store);
         const Ids all = idsOf(m_service, m_context.serviceName(), *m_store);
-        if (m_store != &serverStore || !given.empty()) {
-            return idNamed(given, all);
-        }
-        if (all.empty()) {
-            throw ostrelApi::OstrelApiException(ostrelApi::NoServerCertificate);
-        }
-        return all.front();
+        return m_store == &serverStore ? ownIdNamed(given, all) : idNamed(given, all);
     }
 
     Context& m_context;

@@ -32,11 +32,7 @@ struct Server {
     {
         const Ids active = idsOf(service, name, serverStore);
         context.path.clear();
-        if (active.empty()) {
-            throw ostrelApi::OstrelApiException(ostrelApi::NoServerCertificate);
-        }
-        const std::string given = context.invocation.one("ID");
-        return given.empty() ? active.front() : idNamed(given, active);
+        return ownIdNamed(context.invocation.one("ID"), active);
     }
 
     Json json(const char* member, const Json& value) const

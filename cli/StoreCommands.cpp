@@ -45,7 +45,7 @@ public:
             m_ids.push_back(idNamed(given, all));
         }
         if (context.store().target == ostrel::TargetServer && m_ids.empty()) {
-            takeTheOneInUse(all);
+            m_ids = {ownIdNamed("", all)};
         }
     }
 
@@ -65,14 +65,6 @@ public:
     }
 
 private:
-    void takeTheOneInUse(const Ids& all)
-    {
-        if (all.empty()) {
-            throw ostrelApi::OstrelApiException(ostrelApi::NoServerCertificate);
-        }
-        m_ids = all;
-    }
-
     Context& m_context;
     OstrelService m_service;
     Ids m_ids;
