@@ -4,6 +4,7 @@
 
 #include <ostrel/CertificateIdList.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
 
@@ -15,11 +16,21 @@ using ostrel::ServiceConfiguration;
 namespace
 {
 
+// A list without any text is a damage, and is known by that.
+constexpr const char emptyList[] = "\n";
+
 bool isMissing(const std::string& path)
 {
     std::error_code ignored;
     return std::filesystem::symlink_status(path, ignored).type() ==
            std::filesystem::file_type::not_found;
+}
+
+std::vector<std::string> idsIn(const std::string& list)
+{
+    std::vector<std::string> ids = ostrel::CertificateIdList(list, '\n').toArray();
+    ids.erase(std::remove(ids.begin(), ids.end(), ""), ids.end());
+    return ids;
 }
 
 } // namespace
@@ -57,8 +68,9 @@ void CertificateStore::rebuild()
 std::vector<std::string> CertificateStore::listedIds() const
 {
     const auto& paths = m_files.paths;
-    if (std::filesystem::exists(paths.listPath())) {
-        return ostrel::CertificateIdList(paths.listPath()).toArray();
+    const std::string list = isMissing(paths.listPath()) ? "" : readOwnFile(paths.listPath());
+    if (!list.empty()) {
+        return idsIn(list);
     }
     std::vector<std::string> ids;
     for (const auto& entry :
@@ -92,14 +104,14 @@ void CertificateStore::readListedNames()
             continue;
         }
         try {
+            // It stays listed, whatever fails: what the owner put there is the owner's to remove.
+            std::string& name = m_names.entries()[id];
             m_files.share(id);
             const Certificate certificate(m_files.certificateText(id));
+            name = certificate.commonName();
             m_files.writeSummaries(id, certificate);
-            m_names.entries()[id] = certificate.commonName();
         } catch (const std::exception& caught) {
-            // It stays listed: what the owner put there is the owner's to remove.
             logEvent("{}: {} {}: {}", m_service->m_serviceName, m_row->word, id, caught.what());
-            m_names.entries()[id] = "";
         }
     }
 }
@@ -153,9 +165,10 @@ std::vector<std::string> CertificateStore::revoke(const std::vector<std::string>
         m_names.entries() = former;
         throw;
     }
-    writeNames();
+    const std::string what = m_service->m_serviceName + ": after a revocation";
+    orLog(what, [&] { writeNames(); });
     for (const std::string& id : revoked) {
-        m_files.removeCertificate(id);
+        orLog(what, [&] { m_files.removeCertificate(id); });
     }
     return {revoked.begin(), revoked.end()};
 }
@@ -173,19 +186,18 @@ std::vector<std::string> CertificateStore::idsByCN(const std::string& cn) const
 
 void CertificateStore::writeList() const
 {
-    m_files.lasting.replace(
-        m_files.paths.listPath(),
-        [&](const std::string& scratch) {
-            m_names.toCertificateIdList().writeIntoFile(scratch, true);
-        },
-        storeFileMode);
+    const std::string text = m_names.toCertificateIdList().toTextList("\n");
+    m_files.lasting.update(m_files.paths.listPath(), text.empty() ? emptyList : text,
+                           storeFileMode);
 }
 
 void CertificateStore::writeNames() const
 {
-    m_files.fleeting.replace(
-        m_files.paths.cnMapPath(),
-        [&](const std::string& scratch) { m_names.writeIntoFile(scratch, true); }, storeFileMode);
+    std::string text;
+    for (const auto& [id, name] : m_names.entries()) {
+        text += id + ' ' + name + '\n';
+    }
+    m_files.fleeting.update(m_files.paths.cnMapPath(), text, storeFileMode);
 }
 
 } // namespace ostreld

@@ -70,7 +70,9 @@ std::size_t sizeOfRegularFile(const Descriptor& file, const std::string& name, s
     return static_cast<std::size_t>(status.st_size);
 }
 
-std::string readUpTo(const Descriptor& file, std::size_t limit)
+// A disk that fails is not the end of the file: who takes a part for the whole
+// gives up the rest.
+std::string readUpTo(const Descriptor& file, const std::string& name, std::size_t limit)
 {
     std::string text(limit, '\0');
     std::size_t length = 0;
@@ -78,8 +80,20 @@ std::string readUpTo(const Descriptor& file, std::size_t limit)
     while ((count = ::read(file.get(), &text[length], limit - length)) > 0) {
         length += static_cast<std::size_t>(count);
     }
+    if (count < 0) {
+        failSystemCall("read", name);
+    }
     text.resize(length);
     return text;
+}
+
+bool holds(const std::string& path, const std::string& text)
+{
+    try {
+        return readOwnFile(path) == text;
+    } catch (const std::runtime_error&) {
+        return false;
+    }
 }
 
 } // namespace
@@ -142,9 +156,20 @@ void Replacer::replace(const std::string& path,
                        const std::function<void(const std::string&)>& write, mode_t mode) const
 {
     removeScratch();
-    const Descriptor file = openOrFail(m_scratch, O_RDONLY | O_CREAT | O_EXCL, ownerOnly);
-    write(m_scratch);
-    setAccess(file, m_scratch, {m_group, mode});
+    try {
+        const Descriptor file = openOrFail(m_scratch, O_RDONLY | O_CREAT | O_EXCL, ownerOnly);
+        write(m_scratch);
+        setAccess(file, m_scratch, {m_group, mode});
+        putInPlace(file, path);
+    } catch (...) {
+        // It may take the room that is missing.
+        ::unlink(m_scratch.c_str());
+        throw;
+    }
+}
+
+void Replacer::putInPlace(const Descriptor& file, const std::string& path) const
+{
     if (m_durability == Durability::Lasting) {
         sync(file, m_scratch);
     }
@@ -153,6 +178,15 @@ void Replacer::replace(const std::string& path,
         failSystemCall("replace", path);
     }
     syncIfOpen(directory, path);
+}
+
+void Replacer::update(const std::string& path, const std::string& text, mode_t mode) const
+{
+    if (holds(path, text)) {
+        share(path, mode);
+    } else {
+        replace(path, text, mode);
+    }
 }
 
 void Replacer::share(const std::string& path, mode_t mode) const
@@ -200,7 +234,7 @@ std::string readRegularFile(const std::string& directory, const std::string& nam
     if (!file.isOpen()) {
         failSystemCall("open", directory + '/' + name);
     }
-    return readUpTo(file, sizeOfRegularFile(file, name, limit));
+    return readUpTo(file, name, sizeOfRegularFile(file, name, limit));
 }
 
 std::string readOwnFile(const std::string& path)

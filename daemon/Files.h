@@ -54,6 +54,10 @@ public:
     void replace(const std::string& path, const std::function<void(const std::string&)>& write,
                  mode_t mode) const;
 
+    /// The same unless it holds that text: nothing is written then, which a full
+    /// disk could refuse.
+    void update(const std::string& path, const std::string& text, mode_t mode) const;
+
     /// Gives the file `path`, as it is, the group and this mode; a missing one
     /// is no failure.
     void share(const std::string& path, mode_t mode) const;
@@ -64,6 +68,7 @@ public:
     void removeScratch() const;
 
 private:
+    void putInPlace(const ostrel::Descriptor& file, const std::string& path) const;
     ostrel::Descriptor directoryToSync(const std::string& path) const;
 
     std::string m_scratch;

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <atomic>
+#include <exception>
 #include <string>
 
 namespace ostreld
@@ -31,6 +32,18 @@ void logStep(fmt::format_string<Arguments...> format, Arguments&&... arguments)
 {
     if (gVerbose) {
         writeLogLine(fmt::format(format, std::forward<Arguments>(arguments)...));
+    }
+}
+
+/// Does what comes after a change that stands already: a failure is logged,
+/// behind `what`, and undoes nothing.
+template <class Work>
+void orLog(const std::string& what, Work work)
+{
+    try {
+        work();
+    } catch (const std::exception& caught) {
+        logEvent("{}: {}", what, caught.what());
     }
 }
 

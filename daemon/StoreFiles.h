@@ -79,8 +79,8 @@ public:
     /// Writes the volatile files of a certificate.
     void writeSummaries(const std::string& id, const Certificate& certificate) const
     {
-        fleeting.replace(paths.certInfoPath(id), certificate.info(), storeFileMode);
-        fleeting.replace(paths.certDetailsPath(id), certificate.details(), storeFileMode);
+        fleeting.update(paths.certInfoPath(id), certificate.info(), storeFileMode);
+        fleeting.update(paths.certDetailsPath(id), certificate.details(), storeFileMode);
     }
 
     void removeCertificate(const std::string& id) const

@@ -67,6 +67,14 @@ const Row rows[] = {
      2},
     {"the list itself, which is lost",
      [](const StoreFiles& files, const std::string&) { fs::remove(files.listPath()); }, 2},
+    {"a list without any text",
+     [](const StoreFiles& files, const std::string&) { support::writeText(files.listPath(), ""); },
+     2},
+    {"a list that names nothing",
+     [](const StoreFiles& files, const std::string&) {
+         support::writeText(files.listPath(), "\n");
+     },
+     0},
     {"half of a lasting file",
      [](const StoreFiles& files, const std::string&) {
          support::writeText(files.cachedDirectoryPath() + "/.new", "-----BEGIN CERTIFI");
@@ -156,7 +164,7 @@ TEST_P(Interrupted, ChangeIsFollowedByOthersThatSucceed)
     const std::string text = TestCertificate().pem();
     const std::string id = service.addCA(text);
     EXPECT_EQ(service.getCA(id), text);
-    service.revokeCA(cas.ids()[0]);
+    service.revokeCA(id);
     EXPECT_EQ(cas.fault(), "");
     EXPECT_EQ(cas.ids().size(), GetParam().left);
 }
@@ -181,6 +189,22 @@ TEST_F(Interrupted, ChangeIsNotWhatADamagedCertificateIsTakenFor)
     EXPECT_EQ(support::readText(cas.certPath(id)), "damaged");
     service.revokeCA(id);
     EXPECT_EQ(cas.fault(), "");
+}
+
+TEST_F(Interrupted, ChangeIsNotWhatAListThatCannotBeReadIsTakenFor)
+{
+    const std::string certificate = cas.certPath(cas.ids()[0]);
+    daemon.stop();
+    fs::rename(cas.listPath(), cas.listPath() + "~");
+    fs::create_directory(cas.listPath());
+    daemon.start();
+    EXPECT_EQ(daemon_case::askStatus("web"), daemon_case::refusal(11));
+    EXPECT_TRUE(fs::exists(certificate));
+    fs::remove(cas.listPath());
+    fs::rename(cas.listPath() + "~", cas.listPath());
+    daemon.reload("web: served");
+    EXPECT_EQ(cas.fault(), "");
+    EXPECT_EQ(cas.ids().size(), 2U);
 }
 
 } // namespace
