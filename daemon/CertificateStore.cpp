@@ -193,11 +193,7 @@ void CertificateStore::writeList() const
 
 void CertificateStore::writeNames() const
 {
-    std::string text;
-    for (const auto& [id, name] : m_names.entries()) {
-        text += id + ' ' + name + '\n';
-    }
-    m_files.fleeting.update(m_files.paths.cnMapPath(), text, storeFileMode);
+    m_files.fleeting.update(m_files.paths.cnMapPath(), linesOf(m_names.entries()), storeFileMode);
 }
 
 } // namespace ostreld

@@ -24,7 +24,6 @@ namespace
 
 constexpr uid_t sameUser = static_cast<uid_t>(-1);
 constexpr mode_t ownerOnly = 0600;
-constexpr std::size_t largestOwnFile = 16 << 20;
 
 Descriptor openOrFail(const std::string& path, int flags, mode_t mode = 0)
 {
@@ -140,25 +139,15 @@ Replacer::Replacer(std::string scratchDirectory, gid_t group, Durability durabil
 {
 }
 
+// Written where it was made: no name of it is trusted in between.
 void Replacer::replace(const std::string& path, const std::string& text, mode_t mode) const
-{
-    replace(
-        path,
-        [&](const std::string& scratch) {
-            if (!writeAll(openOrFail(scratch, O_WRONLY), text)) {
-                failSystemCall("write", scratch);
-            }
-        },
-        mode);
-}
-
-void Replacer::replace(const std::string& path,
-                       const std::function<void(const std::string&)>& write, mode_t mode) const
 {
     removeScratch();
     try {
-        const Descriptor file = openOrFail(m_scratch, O_RDONLY | O_CREAT | O_EXCL, ownerOnly);
-        write(m_scratch);
+        const Descriptor file = openOrFail(m_scratch, O_WRONLY | O_CREAT | O_EXCL, ownerOnly);
+        if (!writeAll(file, text)) {
+            failSystemCall("write", m_scratch);
+        }
         setAccess(file, m_scratch, {m_group, mode});
         putInPlace(file, path);
     } catch (...) {
@@ -237,10 +226,10 @@ std::string readRegularFile(const std::string& directory, const std::string& nam
     return readUpTo(file, name, sizeOfRegularFile(file, name, limit));
 }
 
-std::string readOwnFile(const std::string& path)
+std::string readOwnFile(const std::string& path, std::size_t limit)
 {
     const std::size_t slash = path.rfind('/');
-    return readRegularFile(path.substr(0, slash), path.substr(slash + 1), largestOwnFile);
+    return readRegularFile(path.substr(0, slash), path.substr(slash + 1), limit);
 }
 
 } // namespace ostreld

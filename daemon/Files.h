@@ -5,13 +5,17 @@
 
 #include "tools/Descriptor.h"
 
-#include <functional>
 #include <string>
 
 #include <sys/types.h>
 
 namespace ostreld
 {
+
+/// The limits of what is read: a file of the daemon's own, and one that a client
+/// may write.
+constexpr std::size_t largestOwnFile = 16 << 20;
+constexpr std::size_t largestClientFile = 1 << 20;
 
 /// Who may reach a file: the daemon's user, and a group with these bits.
 struct Access {
@@ -50,10 +54,6 @@ public:
     /// Puts `text` in the place of the file `path`.
     void replace(const std::string& path, const std::string& text, mode_t mode) const;
 
-    /// The same for a text that `write` puts into the file whose path it gets.
-    void replace(const std::string& path, const std::function<void(const std::string&)>& write,
-                 mode_t mode) const;
-
     /// The same unless it holds that text: nothing is written then, which a full
     /// disk could refuse.
     void update(const std::string& path, const std::string& text, mode_t mode) const;
@@ -82,7 +82,7 @@ private:
 std::string readRegularFile(const std::string& directory, const std::string& name,
                             std::size_t limit);
 
-/// The same for the file `path`, which the daemon itself keeps.
-std::string readOwnFile(const std::string& path);
+/// The same for the file `path` of the daemon's directories.
+std::string readOwnFile(const std::string& path, std::size_t limit = largestOwnFile);
 
 } // namespace ostreld

@@ -22,7 +22,6 @@ namespace
 // Clients make files of their own here; the sticky bit keeps the daemon's from them.
 constexpr mode_t pipeDirectoryMode = 01730;
 constexpr mode_t storeDirectoryMode = 0751;
-constexpr std::size_t largestImport = 1 << 20;
 
 constexpr unsigned int only(ostrel::TypeTarget target)
 {
@@ -291,7 +290,7 @@ std::string Service::importedText(const std::string& path) const
         throw Refusal(AccessDenied, "not a file in the service's directory");
     }
     try {
-        return readRegularFile(m_pipeDirectory, name, largestImport);
+        return readRegularFile(m_pipeDirectory, name, largestClientFile);
     } catch (const std::exception& caught) {
         throw Refusal(AccessDenied, caught.what());
     }

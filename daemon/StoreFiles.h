@@ -5,11 +5,13 @@
 #include "Log.h"
 #include "Refusal.h"
 
+#include <ostrel/Tools.h>
 #include <ostrelApi/OstrelApiException.h>
 #include <ostrelApi/OverwrittenData.h>
 
 #include <filesystem>
 #include <map>
+#include <sstream>
 #include <string>
 
 namespace ostreld
@@ -21,6 +23,16 @@ constexpr mode_t overridesMode = 0660;
 constexpr mode_t certificatesMode = 0750;
 constexpr mode_t openCertificatesMode = 0751;
 constexpr mode_t passThroughMode = 0710;
+
+/// Each key and its value as one line, with a blank in between.
+inline std::string linesOf(const std::map<std::string, std::string>& map)
+{
+    std::string text;
+    for (const auto& [key, value] : map) {
+        text += key + ' ' + value + '\n';
+    }
+    return text;
+}
 
 /// The files that the stores of both kinds have for each certificate, by the
 /// paths of an ostrel::ExternalCertificatesAccessor or an
@@ -101,20 +113,37 @@ public:
         return readOwnFile(paths.certDetailsPath(id));
     }
 
+    /// Clients write that file, too: as much as the daemon reads of any file of
+    /// theirs, or Refusal, "Action Failed".
     std::map<std::string, std::string> overrides(const std::string& id) const
     {
-        return ostrelApi::OverwrittenData(paths.certOverwrittenDataPath(id)).getMap();
+        const std::string path = paths.certOverwrittenDataPath(id);
+        if (!std::filesystem::exists(path)) {
+            return {};
+        }
+        try {
+            std::istringstream text(readOwnFile(path, largestClientFile));
+            return ostrel::Tools::getMapKeyValue(text);
+        } catch (const std::runtime_error& caught) {
+            throw Refusal(ActionFailed, caught.what());
+        }
     }
 
     /// Throws Refusal, "Action Failed", for a key or a value that overrides
-    /// cannot hold.
+    /// cannot hold. What a client put beside it, by another key, stays.
     void setOverride(const std::string& id, const std::string& key, const std::string& value) const
     {
-        try {
-            writeOverride(id, key, value);
-        } catch (const ostrelApi::OstrelApiException& caught) {
-            throw Refusal(ActionFailed, caught.what());
+        judgeOverride(key, value);
+        auto all = overrides(id);
+        all[key] = value;
+        if (value.empty()) {
+            all.erase(key);
         }
+        const std::string text = linesOf(all);
+        if (text.size() > largestClientFile) {
+            throw Refusal(ActionFailed, "no room for more overrides");
+        }
+        lasting.replace(paths.certOverwrittenDataPath(id), text, overridesMode);
     }
 
     const Accessor paths;
@@ -122,19 +151,13 @@ public:
     const Replacer fleeting;
 
 private:
-    void writeOverride(const std::string& id, const std::string& key,
-                       const std::string& value) const
+    static void judgeOverride(const std::string& key, const std::string& value)
     {
-        auto all = overrides(id);
-        all[key] = value;
-        const auto write = [&](const std::string& scratch) {
-            ostrelApi::OverwrittenData data(scratch);
-            for (const auto& [name, text] : all) {
-                data.setData(name, text);
-            }
-            data.write();
-        };
-        lasting.replace(paths.certOverwrittenDataPath(id), write, overridesMode);
+        try {
+            ostrelApi::OverwrittenData("").setData(key, value);
+        } catch (const ostrelApi::OstrelApiException& caught) {
+            throw Refusal(ActionFailed, caught.what());
+        }
     }
 
     template <class Keep>

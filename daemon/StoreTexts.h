@@ -6,8 +6,6 @@
 
 #include <ostrel/CertificateInfo.h>
 
-#include <fmt/format.h>
-
 #include <sstream>
 #include <string>
 
@@ -25,11 +23,7 @@ std::string infoText(const StoreFiles<Accessor>& files, const std::string& id)
 template <class Accessor>
 std::string overridesText(const StoreFiles<Accessor>& files, const std::string& id)
 {
-    std::string text;
-    for (const auto& [key, value] : files.overrides(id)) {
-        text += fmt::format("{} {}\n", key, value);
-    }
-    return text;
+    return linesOf(files.overrides(id));
 }
 
 template <class Record>
