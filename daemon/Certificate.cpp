@@ -21,7 +21,7 @@ constexpr int secondsPerDay = 86400;
 
 X509Pointer parse(const std::string& pem)
 {
-    X509Pointer certificate(PEM_read_bio_X509(readerOf(pem).get(), nullptr, nullptr, nullptr));
+    X509Pointer certificate(PEM_read_bio_X509(readerOf(pem).get(), nullptr, noPassword, nullptr));
     ERR_clear_error();
     if (!certificate) {
         throw Refusal(BadCertificateFormat, "not a certificate");

@@ -8,17 +8,6 @@
 namespace ostreld
 {
 
-namespace
-{
-
-// No password is asked for at a terminal: a daemon has none.
-int noPassword(char* /*buffer*/, int /*size*/, int /*isWriting*/, void* /*context*/)
-{
-    return -1;
-}
-
-} // namespace
-
 Key Key::generate(const KeyKind& kind)
 {
     Key key(kind.curve.empty()

@@ -34,6 +34,13 @@ inline BioPointer readerOf(const std::string& text)
     return BioPointer(BIO_new_mem_buf(text.data(), static_cast<int>(text.size())));
 }
 
+/// For whatever reads PEM: no password is asked for at a terminal or of the
+/// standard input, for a daemon has none, and would wait there for ever.
+inline int noPassword(char* /*buffer*/, int /*size*/, int /*isWriting*/, void* /*context*/)
+{
+    return -1;
+}
+
 /// Wipes a text that held key material when the scope ends.
 class Wipe
 {

@@ -11,7 +11,7 @@ namespace ostreld
 {
 
 SigningRequest::SigningRequest(const std::string& pem)
-    : m_request(PEM_read_bio_X509_REQ(readerOf(pem).get(), nullptr, nullptr, nullptr))
+    : m_request(PEM_read_bio_X509_REQ(readerOf(pem).get(), nullptr, noPassword, nullptr))
 {
     ERR_clear_error();
     if (!m_request) {

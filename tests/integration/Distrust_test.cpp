@@ -2,12 +2,14 @@
 
 #include "support/ScriptedClient.h"
 #include "support/TestCertificate.h"
+#include "tools/Descriptor.h"
 
 #include <gmock/gmock.h>
 
 #include <filesystem>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace
 {
@@ -97,6 +99,43 @@ TEST_F(Distrust, TakesNoCertificateFileOfMoreThanAMebibyte)
                        certificate + std::string(limit + 1 - certificate.size(), '\n'));
     EXPECT_EQ(add(inPipes("more")), refusal(3));
     EXPECT_EQ(add(inPipes("full")), payload(support::fingerprintId(certificate)));
+}
+
+/// What a program that asks for a password would be given.
+class StandardInput
+{
+public:
+    explicit StandardInput(const std::string& text)
+    {
+        int ends[2] = {-1, -1};
+        EXPECT_EQ(::pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
+        ostrel::writeAll(ostrel::Descriptor(ends[1]), text);
+        EXPECT_EQ(::dup2(ends[0], STDIN_FILENO), STDIN_FILENO);
+        ::close(ends[0]);
+        // No terminal is there to be asked at instead.
+        ::setsid();
+    }
+
+    static std::string rest()
+    {
+        char bytes[64];
+        const ssize_t count = ::read(STDIN_FILENO, bytes, sizeof bytes);
+        return {bytes, count > 0 ? static_cast<std::size_t>(count) : 0};
+    }
+};
+
+TEST_F(Distrust, AsksNobodyForThePasswordOfAnEncryptedCertificate)
+{
+    daemon.stop();
+    const StandardInput input("password\n");
+    daemon.start();
+    std::string encrypted = certificate;
+    encrypted.insert(encrypted.find('\n') + 1,
+                     "Proc-Type: 4,ENCRYPTED\n"
+                     "DEK-Info: AES-128-CBC,00112233445566778899AABBCCDDEEFF\n\n");
+    support::writeText(inPipes("encrypted.crt"), encrypted);
+    EXPECT_EQ(add(inPipes("encrypted.crt")), refusal(9));
+    EXPECT_EQ(input.rest(), "password\n");
 }
 
 TEST_F(Distrust, LeavesTheFileThatAClientNamedInItsPlace)
