@@ -24,6 +24,7 @@ namespace
 
 constexpr uid_t sameUser = static_cast<uid_t>(-1);
 constexpr mode_t ownerOnly = 0600;
+constexpr mode_t allModeBits = 07777;
 
 Descriptor openOrFail(const std::string& path, int flags, mode_t mode = 0)
 {
@@ -32,6 +33,14 @@ Descriptor openOrFail(const std::string& path, int flags, mode_t mode = 0)
         failSystemCall("open", path);
     }
     return file;
+}
+
+void setMode(const Descriptor& file, const std::string& path, mode_t& mode, mode_t wanted)
+{
+    if (mode != wanted && ::fchmod(file.get(), wanted) != 0) {
+        failSystemCall("change the mode of", path);
+    }
+    mode = wanted;
 }
 
 std::string directoryOf(const std::string& path)
@@ -103,14 +112,23 @@ void failSystemCall(const std::string& attempt, const std::string& path)
         fmt::format("cannot {} {}: {}", attempt, path, ostrel::errorText(errno)));
 }
 
+// What has them already is not touched: the time of its last change tells when a
+// request was made. While the group changes neither has what the other had.
 void setAccess(const Descriptor& file, const std::string& path, const Access& access)
 {
-    if (::fchown(file.get(), sameUser, access.group) != 0) {
-        failSystemCall("change the group of", path);
+    struct stat status {
+    };
+    if (::fstat(file.get(), &status) != 0) {
+        failSystemCall("look at", path);
     }
-    if (::fchmod(file.get(), access.mode) != 0) {
-        failSystemCall("change the mode of", path);
+    mode_t mode = status.st_mode & allModeBits;
+    if (status.st_gid != access.group) {
+        setMode(file, path, mode, (mode & access.mode) | (access.mode & S_ISVTX));
+        if (::fchown(file.get(), sameUser, access.group) != 0) {
+            failSystemCall("change the group of", path);
+        }
     }
+    setMode(file, path, mode, access.mode);
 }
 
 bool isFifo(const Descriptor& file)

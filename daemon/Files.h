@@ -26,7 +26,8 @@ struct Access {
 /// A failed system call: what was attempted on which path, and why not.
 [[noreturn]] void failSystemCall(const std::string& attempt, const std::string& path);
 
-/// Gives an open file its group and mode.
+/// Gives an open file its group and mode, unless it has them; no group has in
+/// between what it had not before and is not to have after.
 void setAccess(const ostrel::Descriptor& file, const std::string& path, const Access& access);
 
 bool isFifo(const ostrel::Descriptor& file);

@@ -220,4 +220,20 @@ TEST_F(Server, IsToldOfNotifications)
     }
 }
 
+TEST_F(Server, TellsTheSameTimeOfARequestAfterAReloadAndAStart)
+{
+    web().createServerCsr();
+    const auto changed = [&] {
+        struct stat status {
+        };
+        EXPECT_EQ(::stat(paths.csrPath().c_str(), &status), 0);
+        return std::make_pair(status.st_ctim.tv_sec, status.st_ctim.tv_nsec);
+    };
+    const auto made = changed();
+    web().reloadService();
+    EXPECT_EQ(changed(), made);
+    daemon.restart();
+    EXPECT_EQ(changed(), made);
+}
+
 } // namespace
