@@ -89,14 +89,13 @@ std::string forLog(std::string message)
     return message.substr(0, longest);
 }
 
-std::vector<CertificateStore> rebuiltStores(const ostrel::ServiceConfiguration& configuration,
-                                            gid_t group)
+std::vector<CertificateStore> storesOf(const ostrel::ServiceConfiguration& configuration,
+                                       gid_t group)
 {
     std::vector<CertificateStore> stores;
     for (const StoreRow& row : storeRows) {
         if (configuration.*row.isOn) {
             stores.emplace_back(row, configuration, group);
-            stores.back().rebuild();
         }
     }
     return stores;
@@ -161,11 +160,17 @@ void Service::reload()
 {
     auto configuration = configurationOf(m_name);
     const gid_t group = groupOf(*configuration);
-    makeDirectories(group);
-    std::vector<CertificateStore> stores = rebuiltStores(*configuration, group);
+    std::vector<CertificateStore> stores = storesOf(*configuration, group);
     std::optional<ServerStore> serverStore;
     if (configuration->m_server) {
         serverStore.emplace(*configuration, group);
+    }
+    // Everything that the configuration names is found before anything is changed.
+    makeDirectories(group);
+    for (CertificateStore& store : stores) {
+        store.rebuild();
+    }
+    if (serverStore) {
         serverStore->rebuild();
     }
     m_configuration = std::move(configuration);

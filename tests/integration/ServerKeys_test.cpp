@@ -120,6 +120,21 @@ TEST_F(ServerKeys, OfAKeyGroupThatDoesNotExistAreNotMade)
     EXPECT_EQ(ask(ostrel::CommandCreateCsr), server_case::refusal(11));
 }
 
+TEST_F(ServerKeys, OfAKeyGroupThatDoesNotExistChangeNothingOnAReload)
+{
+    startWith("");
+    applyNew();
+    const auto stores = server_case::treeOf(device.storeDirectory());
+    const auto pipes = server_case::treeOf(device.pipesDirectory());
+    device.addService("web", "managmentGroup keys\nkeyGroup nobody-knows\nserver yes\n"
+                             "cnfFile /etc/ostrel/web.cnf\nca yes\n");
+    daemon.reload("web: the former configuration stays: the key group 'nobody-knows'");
+    EXPECT_EQ(server_case::treeOf(device.storeDirectory()), stores);
+    EXPECT_EQ(server_case::treeOf(device.pipesDirectory()), pipes);
+    EXPECT_EQ(groupOf(device.storeDirectory() + "/web"), daemon_case::managersId());
+    EXPECT_EQ(groupOf(pipeDirectory("web")), daemon_case::managersId());
+}
+
 TEST_F(ServerKeys, AreNeverLogged)
 {
     startWith("selfSignedGeneration yes\n");
