@@ -81,7 +81,7 @@ std::string withCode(ReturnCode code)
 } // namespace
 
 Channel::Channel(const std::string& directory, const std::string& service, gid_t group)
-    : m_service(service), m_lockPath(directory + '/' + service + ".lock"),
+    : m_service(service), m_directory(directory), m_lockPath(directory + '/' + service + ".lock"),
       m_inPath(directory + '/' + service + ".in"),
       m_notices(requireOpen(Descriptor(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)), "inotify")),
       m_wake(requireOpen(Descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), "an event")),
@@ -139,6 +139,8 @@ void Channel::shareWith(gid_t group)
 {
     setAccess(m_in, m_inPath, {group, groupWritesMode});
     setAccess(m_lock, m_lockPath, {group, groupWritesMode});
+    // Last: a client that finds it open finds nothing missing that it could make.
+    setDirectoryAccess(m_directory, {group, pipeDirectoryMode});
 }
 
 bool Channel::tryLock()

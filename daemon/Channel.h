@@ -41,8 +41,8 @@ public:
         std::function<void()> onClock;
     };
 
-    /// Makes the files of `service` in `directory`, which must exist, and takes
-    /// up calls that a former daemon left half done.
+    /// Makes the files of `service` in `directory`, which must exist, opens it to
+    /// the group, and takes up calls that a former daemon left half done.
     Channel(const std::string& directory, const std::string& service, gid_t group);
     ~Channel();
     Channel(const Channel&) = delete;
@@ -89,6 +89,7 @@ private:
     bool isMessageUnderWay() const;
 
     const std::string m_service;
+    const std::string m_directory;
     const std::string m_lockPath;
     const std::string m_inPath;
 

@@ -4,6 +4,8 @@
 
 #include "tools/ErrorText.h"
 
+#include <ostrel/Tools.h>
+
 #include <fmt/format.h>
 
 #include <cerrno>
@@ -25,6 +27,7 @@ namespace
 constexpr uid_t sameUser = static_cast<uid_t>(-1);
 constexpr mode_t ownerOnly = 0600;
 constexpr mode_t allModeBits = 07777;
+constexpr unsigned int randomLength = 8;
 
 Descriptor openOrFail(const std::string& path, int flags, mode_t mode = 0)
 {
@@ -144,11 +147,45 @@ short eventsOf(const Descriptor& file, short events)
     return ::poll(&entry, 1, 0) == 1 ? entry.revents : short{0};
 }
 
-void makeDirectory(const std::string& path, const Access& access)
+bool isOwn(const struct stat& status, mode_t type)
+{
+    // A file may be another one's too, by a second name.
+    return (status.st_mode & S_IFMT) == type && status.st_uid == ::geteuid() &&
+           (type == S_IFDIR || status.st_nlink == 1);
+}
+
+void clearWay(const std::string& path, mode_t type)
+{
+    struct stat status {
+    };
+    if (::lstat(path.c_str(), &status) != 0 || isOwn(status, type)) {
+        return;
+    }
+    const std::string aside = path + ".foreign-" + ostrel::Tools::getRandomName(randomLength);
+    const bool isMoved = S_ISDIR(status.st_mode) && ::rename(path.c_str(), aside.c_str()) == 0;
+    if (!isMoved && ::unlink(path.c_str()) != 0) {
+        failSystemCall("clear the way of", path);
+    }
+    logEvent("{} is not the daemon's own: {}", path, isMoved ? "now " + aside : "removed");
+}
+
+void makeDirectory(const std::string& path, mode_t widest)
 {
     if (::mkdir(path.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
         failSystemCall("make the directory", path);
     }
+    const Descriptor directory = openOrFail(path, O_RDONLY | O_DIRECTORY);
+    struct stat status {
+    };
+    if (::fstat(directory.get(), &status) != 0 || !isOwn(status, S_IFDIR)) {
+        throw std::runtime_error(path + " is not the daemon's own");
+    }
+    mode_t mode = status.st_mode & allModeBits;
+    setMode(directory, path, mode, (mode & widest) | (widest & S_ISVTX));
+}
+
+void setDirectoryAccess(const std::string& path, const Access& access)
+{
     setAccess(openOrFail(path, O_RDONLY | O_DIRECTORY), path, access);
 }
 

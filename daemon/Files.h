@@ -35,9 +35,21 @@ bool isFifo(const ostrel::Descriptor& file);
 /// What poll() says of `events` at this moment.
 short eventsOf(const ostrel::Descriptor& file, short events);
 
-/// Makes the directory `path`, below one that exists, with this access; an
-/// existing one gets it too.
-void makeDirectory(const std::string& path, const Access& access);
+/// In a directory that clients write: removes what has the name `path`, unless
+/// it is of this type (S_IFDIR ...) and the daemon's alone. A directory, which
+/// may hold something, gets another name. Either is logged.
+void clearWay(const std::string& path, mode_t type);
+
+/// Makes the directory `path`, below one that exists, for the daemon alone. One
+/// that is there has to be the daemon's own, and loses what it has beyond `widest`.
+void makeDirectory(const std::string& path, mode_t widest);
+
+/// Gives a directory of the daemon's its access, once all in it is in its place.
+void setDirectoryAccess(const std::string& path, const Access& access);
+
+/// Who reaches the directory of a service's pipes: clients make files of their
+/// own there, and the sticky bit keeps the daemon's from them.
+constexpr mode_t pipeDirectoryMode = 01730;
 
 /// Whether a lasting file has to outlive a power cut.
 enum class Durability { Lasting, Volatile };

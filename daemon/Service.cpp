@@ -11,6 +11,8 @@
 
 #include <algorithm>
 
+#include <sys/stat.h>
+
 namespace ostreld
 {
 
@@ -19,8 +21,6 @@ using ostrel::Commands;
 namespace
 {
 
-// Clients make files of their own here; the sticky bit keeps the daemon's from them.
-constexpr mode_t pipeDirectoryMode = 01730;
 constexpr mode_t storeDirectoryMode = 0751;
 
 constexpr unsigned int only(ostrel::TypeTarget target)
@@ -153,6 +153,8 @@ Service::Service(const std::string& name, OnChange onChange)
     : m_name(name), m_onChange(std::move(onChange)),
       m_pipeDirectory(ostrel::DaemonConfiguration::getNamePipesDirectory() + '/' + name)
 {
+    // The channel takes it for the daemon's own.
+    clearWay(m_pipeDirectory + '/' + name + ".lock", S_IFREG);
     reload();
 }
 
@@ -184,9 +186,11 @@ void Service::reload()
 
 void Service::makeDirectories(gid_t group) const
 {
-    makeDirectory(m_pipeDirectory, {group, pipeDirectoryMode});
-    makeDirectory(ostrel::DaemonConfiguration::getOstrelDirectory() + '/' + m_name,
-                  {group, storeDirectoryMode});
+    // The channel opens it to the group, when everything of the daemon's is in it.
+    makeDirectory(m_pipeDirectory, pipeDirectoryMode);
+    const std::string stores = ostrel::DaemonConfiguration::getOstrelDirectory() + '/' + m_name;
+    makeDirectory(stores, storeDirectoryMode);
+    setDirectoryAccess(stores, {group, storeDirectoryMode});
 }
 
 std::string Service::answer(const std::string& message)

@@ -14,6 +14,8 @@
 #include <sstream>
 #include <string>
 
+#include <sys/stat.h>
+
 namespace ostreld
 {
 
@@ -54,9 +56,10 @@ public:
     void makeDirectories() const
     {
         const std::filesystem::path cached = paths.cachedDirectoryPath();
-        makeDirectory(cached.parent_path().string(), {m_group, m_certificatesMode});
-        makeDirectory(cached.string(), {m_group, passThroughMode});
-        makeDirectory(paths.tmpDirectoryPath(), {m_group, passThroughMode});
+        make(cached.parent_path().string(), m_certificatesMode);
+        make(cached.string(), passThroughMode);
+        clearWay(paths.tmpDirectoryPath(), S_IFDIR);
+        make(paths.tmpDirectoryPath(), passThroughMode);
     }
 
     /// Removes every file for which `keep(path)` is false, and all scratch.
@@ -151,6 +154,12 @@ public:
     const Replacer fleeting;
 
 private:
+    void make(const std::string& directory, mode_t mode) const
+    {
+        makeDirectory(directory, mode);
+        setDirectoryAccess(directory, {m_group, mode});
+    }
+
     static void judgeOverride(const std::string& key, const std::string& value)
     {
         try {

@@ -1,0 +1,89 @@
+// What a client leaves in the directory of the pipes for the daemon to find.
+
+#include "integration/DaemonCase.h"
+
+#include <filesystem>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using daemon_case::payload;
+
+class ForeignFiles : public daemon_case::WithDaemon
+{
+};
+
+void putAnothersDirectory(const std::string& path)
+{
+    fs::create_directory(path);
+    support::writeText(path + "/id_cn.map", "0123 forged\n");
+    if (support::Accounts::hasOtherIds()) {
+        ASSERT_EQ(::chown(path.c_str(), 4712, 4712), 0);
+    }
+}
+
+/// What a client may have put where a store comes to be only now.
+TEST_F(ForeignFiles, AreNotTakenForTheDirectoryOfAStore)
+{
+    const struct {
+        const char* sentence;
+        void (*put)(const std::string& path);
+    } rows[] = {
+        {"a link", [](const std::string& path) { fs::create_directory_symlink("/etc", path); }},
+        {"a FIFO", [](const std::string& path) { ::mkfifo(path.c_str(), 0600); }},
+        {"a file", [](const std::string& path) { support::writeText(path, "text"); }},
+        {"another user's", putAnothersDirectory},
+        {"nothing", [](const std::string&) {}},
+    };
+    const std::string directory = device.pipesDirectory() + "/vpn/client";
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sentence);
+        fs::remove_all(directory);
+        row.put(directory);
+        device.addService("vpn",
+                          std::string(daemon_case::vpnConfiguration) + "trustedClients yes\n");
+        daemon.reload("vpn: configuration read again");
+        struct stat status {
+        };
+        ASSERT_EQ(::lstat(directory.c_str(), &status), 0);
+        EXPECT_TRUE(S_ISDIR(status.st_mode));
+        EXPECT_EQ(status.st_uid, ::geteuid());
+        EXPECT_EQ(support::readText(directory + "/id_cn.map"), "");
+        device.addService("vpn", daemon_case::vpnConfiguration);
+        daemon.reload("vpn: configuration read again");
+    }
+}
+
+TEST_F(ForeignFiles, OfWhichTheLockFileIsAnotherNameAreNotChanged)
+{
+    daemon.stop();
+    const std::string file = device.pipesDirectory() + "/file";
+    support::writeText(file, "text");
+    fs::permissions(file, fs::perms(0600));
+    fs::remove(pipe("web", "lock"));
+    fs::create_hard_link(file, pipe("web", "lock"));
+    daemon.start();
+    EXPECT_EQ(daemon_case::askStatus("web"), payload("running"));
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0600));
+    EXPECT_EQ(fs::hard_link_count(file), 1U);
+}
+
+TEST_F(ForeignFiles, CannotBeMadeBeforeEverythingOfTheDaemonsIsThere)
+{
+    daemon.stop();
+    fs::remove_all(pipeDirectory("web"));
+    const std::string list = device.storeDirectory() + "/web/ca/.cacheddata/list.txt";
+    fs::remove(list);
+    fs::create_directory(list);
+    daemon.start();
+    EXPECT_EQ(fs::status(pipeDirectory("web")).permissions(), fs::perms(01700));
+    fs::remove(list);
+    daemon.reload("web: served");
+    EXPECT_EQ(fs::status(pipeDirectory("web")).permissions(), fs::perms(01730));
+}
+
+} // namespace
