@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace ostreld
@@ -50,6 +51,9 @@ public:
 
     /// Answers messages until stop().
     void run(const Duties& duties);
+
+    /// While a message is answered: as ReplyFifo::confide().
+    std::optional<uid_t> confideReply() { return m_reply.confide(); }
 
     /// Lets another group call from now on; for the thread that runs it.
     void shareWith(gid_t group);

@@ -63,9 +63,24 @@ void ReplyFifo::open()
     }
 }
 
-bool ReplyFifo::give(std::string text)
+std::optional<uid_t> ReplyFifo::confide()
 {
     open();
+    struct stat status {
+    };
+    if (!m_writer.isOpen() || ::fstat(m_writer.get(), &status) != 0 || status.st_nlink != 1 ||
+        ::fchmod(m_writer.get(), S_IRUSR | S_IWUSR) != 0) {
+        return std::nullopt;
+    }
+    m_isConfided = true;
+    return status.st_uid;
+}
+
+bool ReplyFifo::give(std::string text)
+{
+    if (!m_isConfided) {
+        open();
+    }
     if (!m_writer.isOpen()) {
         return false;
     }
@@ -143,6 +158,7 @@ void ReplyFifo::drop()
     m_text.clear();
     m_written = 0;
     m_isAnswered = false;
+    m_isConfided = false;
 }
 
 void ReplyFifo::remove() const

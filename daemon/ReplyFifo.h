@@ -2,7 +2,10 @@
 
 #include "tools/Descriptor.h"
 
+#include <optional>
 #include <string>
+
+#include <sys/types.h>
 
 struct inotify_event;
 
@@ -26,6 +29,11 @@ public:
 
     /// Opens what has its name now, unless that is open or is no FIFO.
     void open();
+
+    /// Makes the reply one for the FIFO's owner alone, whatever mode the FIFO has
+    /// and whatever gets its name until give(). The owner; nothing when there is no
+    /// FIFO, or the daemon may not do that to it.
+    std::optional<uid_t> confide();
 
     /// Begins to write a reply. False when there is no FIFO for it.
     bool give(std::string text);
@@ -67,6 +75,7 @@ private:
     std::string m_text;
     std::size_t m_written = 0;
     bool m_isAnswered = false;
+    bool m_isConfided = false;
 };
 
 } // namespace ostreld

@@ -8,9 +8,13 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <utility>
 
+#include <grp.h>
+#include <pwd.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace ostreld
 {
@@ -20,6 +24,8 @@ namespace
 
 constexpr mode_t ownerOnlyMode = 0600;
 constexpr std::int64_t secondsPerDay = 86400;
+constexpr std::size_t longestUserEntry = 16 * 1024;
+constexpr int mostGroups = 65536;
 
 gid_t keyGroupOf(const ostrel::ServiceConfiguration& service, gid_t otherwise)
 {
@@ -28,6 +34,24 @@ gid_t keyGroupOf(const ostrel::ServiceConfiguration& service, gid_t otherwise)
         throw Refusal(BadConfiguration, "the key group '" + name + "' does not exist");
     }
     return name.empty() ? otherwise : ostrel::Tools::getGroupId(name);
+}
+
+// By the user database, for a message comes with no groups.
+bool isMember(uid_t user, gid_t group)
+{
+    passwd entry{};
+    passwd* found = nullptr;
+    std::vector<char> text(longestUserEntry);
+    if (::getpwuid_r(user, &entry, text.data(), text.size(), &found) != 0 || found == nullptr) {
+        return false;
+    }
+    int count = mostGroups;
+    std::vector<gid_t> groups(mostGroups);
+    if (::getgrouplist(entry.pw_name, entry.pw_gid, groups.data(), &count) == -1) {
+        return false;
+    }
+    const auto end = groups.begin() + count;
+    return std::find(groups.begin(), end, group) != end;
 }
 
 std::string networkText(const std::vector<std::string>& names)
@@ -270,6 +294,12 @@ const std::string& ServerStore::active() const
         throw Refusal(NoServerCertificate, "no certificate is in use");
     }
     return m_active;
+}
+
+bool ServerStore::mayReadKey(uid_t user) const
+{
+    const std::string& group = m_service->m_keyGroup;
+    return user == ::geteuid() || (!group.empty() && isMember(user, keyGroupOf(*m_service, 0)));
 }
 
 std::string ServerStore::keyText() const

@@ -55,6 +55,10 @@ public:
     const std::string& active() const;
     bool hasActive() const { return !m_active.empty(); }
 
+    /// Whether a user may read the key in use: the daemon's own, and a member of
+    /// the key group.
+    bool mayReadKey(uid_t user) const;
+
     /// The key in use as PEM text, which the caller wipes; throws Refusal.
     std::string keyText() const;
 

@@ -193,8 +193,9 @@ void Service::makeDirectories(gid_t group) const
     setDirectoryAccess(stores, {group, storeDirectoryMode});
 }
 
-std::string Service::answer(const std::string& message)
+std::string Service::answer(const std::string& message, const Confide& confide)
 {
+    m_confide = confide;
     try {
         std::string payload = carryOut(parsed(message));
         // It may be a key.

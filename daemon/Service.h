@@ -29,8 +29,13 @@ public:
     /// std::runtime_error, or Refusal where the configuration is at fault.
     Service(const std::string& name, OnChange onChange);
 
-    /// The reply to a message: return code, one blank, payload.
-    std::string answer(const std::string& message);
+    /// Makes the reply one for a single user, and returns who that is; nothing
+    /// where that cannot be done.
+    using Confide = std::function<std::optional<uid_t>()>;
+
+    /// The reply to a message: return code, one blank, payload. A key is only in
+    /// one that `confide` was called for.
+    std::string answer(const std::string& message, const Confide& confide);
 
     /// Reads the configuration again and rebuilds the stores. After a failure
     /// everything is as it was.
@@ -101,6 +106,8 @@ private:
     std::string m_pipeDirectory;
     std::vector<CertificateStore> m_stores;
     std::optional<ServerStore> m_server;
+    // Of the message that is answered.
+    Confide m_confide;
 };
 
 } // namespace ostreld

@@ -112,7 +112,12 @@ std::string Service::getCsrTimestamp(const Commands& /*command*/)
 
 std::string Service::getKey(const Commands& /*command*/)
 {
-    return server().keyText();
+    const ServerStore& store = server();
+    const std::optional<uid_t> reader = m_confide();
+    if (!reader || !store.mayReadKey(*reader)) {
+        throw Refusal(AccessDenied, "the key is for its group, and for the daemon's user");
+    }
+    return store.keyText();
 }
 
 std::string Service::serverInfo(const Commands& command)

@@ -42,7 +42,7 @@ void ServiceThread::serve()
 
 std::string ServiceThread::answer(const std::string& message)
 {
-    std::string reply = m_service.answer(message);
+    std::string reply = m_service.answer(message, [this] { return m_channel.confideReply(); });
     followConfiguration();
     return reply;
 }
