@@ -59,6 +59,12 @@ std::string networkText(const std::vector<std::string>& names)
     return fmt::format("{}\n", fmt::join(names, "\n"));
 }
 
+// Where a file of a new request waits until the request itself is there.
+std::string nextOf(const std::string& path)
+{
+    return path + ".next";
+}
+
 // A file that is there but cannot be read is a failure: nothing is given up for it.
 std::string orEmpty(const std::string& path)
 {
@@ -149,6 +155,7 @@ void ServerStore::discardHalfRequest() const
         return;
     }
     try {
+        finishRequest();
         std::string pem = pendingKeyText();
         const Wipe wipe(pem);
     } catch (const Refusal& caught) {
@@ -167,16 +174,35 @@ void ServerStore::createRequest(bool isCompliant)
     const std::string request = profile.request(key);
     std::string pem = key.pem();
     const Wipe wipePem(pem);
-    std::string formerPem = orEmpty(m_files.paths.csrKeyPath());
-    const Wipe wipeFormer(formerPem);
-    m_files.fleeting.replace(m_files.paths.csrKeyPath(), pem, ownerOnlyMode);
+    const auto& paths = m_files.paths;
     try {
-        m_files.fleeting.replace(m_files.paths.csrNetworkPath(),
+        m_files.fleeting.replace(nextOf(paths.csrKeyPath()), pem, ownerOnlyMode);
+        m_files.fleeting.replace(nextOf(paths.csrNetworkPath()),
                                  networkText(profile.networkNames()), storeFileMode);
-        m_files.lasting.replace(m_files.paths.csrPath(), request, storeFileMode);
+        m_files.lasting.replace(paths.csrPath(), request, storeFileMode);
     } catch (...) {
-        m_files.fleeting.replace(m_files.paths.csrKeyPath(), formerPem, ownerOnlyMode);
+        ::unlink(nextOf(paths.csrKeyPath()).c_str());
+        ::unlink(nextOf(paths.csrNetworkPath()).c_str());
         throw;
+    }
+    finishRequest();
+}
+
+// The request decides: what lies beside it comes to its place, under which the
+// former request's lies till then, when it is the key of this one. The key comes
+// last, for where it is missing nothing more is to be done.
+void ServerStore::finishRequest() const
+{
+    const auto& paths = m_files.paths;
+    std::string pem = orEmpty(nextOf(paths.csrKeyPath()));
+    const Wipe wipe(pem);
+    if (!pem.empty() && isRequestPending() &&
+        Key::fromPem(pem).matches(SigningRequest(requestText()).publicKey())) {
+        for (const std::string& path : {paths.csrNetworkPath(), paths.csrKeyPath()}) {
+            if (std::filesystem::exists(nextOf(path))) {
+                std::filesystem::rename(nextOf(path), path);
+            }
+        }
     }
 }
 

@@ -77,6 +77,7 @@ private:
     bool isWhole(const std::string& id) const;
     bool isNeeded(const std::filesystem::path& path) const;
     std::string pendingKeyText() const;
+    void finishRequest() const;
     void discardHalfRequest() const;
     void shareAgain() const;
     void putInUse(const Certificate& certificate, const std::string& keyPem,

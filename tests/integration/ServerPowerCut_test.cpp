@@ -227,14 +227,19 @@ private:
     const pid_t m_pid;
 };
 
+std::string requestNew()
+{
+    ostrelApi::OstrelService("web").createServerCsr();
+    return {};
+}
+
 class Kill : public server_case::WithServer
 {
 protected:
-    /// Waits for so many changes of the store's directory, big and small.
-    void awaitChanges(int count) const
+    /// Waits for so many changes of a directory, big and small.
+    static void awaitChanges(const std::string& directory, int count)
     {
-        support::awaitChange(paths.cachedDirectoryPath(), "changes",
-                             [&count] { return count-- == 0; });
+        support::awaitChange(directory, "changes", [&count] { return count-- == 0; });
     }
 };
 
@@ -246,13 +251,31 @@ TEST_F(Kill, InAnyMomentOfAChangeLeavesAWholeSet)
         SCOPED_TRACE(round);
         {
             const EagerClient client(applyNew);
-            awaitChanges(round + 10);
+            awaitChanges(paths.cachedDirectoryPath(), round + 10);
             daemon.kill();
         }
         daemon.start();
         ASSERT_EQ(inconsistencyOf(paths), "");
     }
     EXPECT_NE(web().getServerActiveCertificateId(), first);
+}
+
+TEST_F(Kill, InAnyMomentOfANewRequestLeavesThatOneOrTheFormerOne)
+{
+    daemon.start();
+    requestNew();
+    for (int round = 0; round < 20; ++round) {
+        SCOPED_TRACE(round);
+        {
+            const EagerClient client(requestNew);
+            awaitChanges(paths.tmpDirectoryPath(), round + 1);
+            daemon.kill();
+        }
+        daemon.start();
+        ASSERT_TRUE(fs::exists(paths.csrPath()));
+        ASSERT_EQ(inconsistencyOf(paths), "");
+        ASSERT_EQ(filesOf(paths), (std::set<std::string>{"csr.csr", "csr.key", "csr.network"}));
+    }
 }
 
 } // namespace
