@@ -143,8 +143,10 @@ std::string CertificateStore::add(const Certificate& certificate)
         writeNames();
         writeList();
     } catch (const std::exception& caught) {
+        const std::string what = m_service->m_serviceName + ": after a failed addition";
         m_names.entries().erase(id);
-        m_files.removeCertificate(id);
+        orLog(what, [&] { writeNames(); });
+        orLog(what, [&] { m_files.removeCertificate(id); });
         throw Refusal(m_row->failedToAdd, caught.what());
     }
     return id;

@@ -2,11 +2,16 @@
 
 #include "support/TestCertificate.h"
 
+#include <ostrel/ExternalCertificatesAccessor.h>
+
 #include <gmock/gmock.h>
+
+#include <filesystem>
 
 namespace
 {
 
+namespace fs = std::filesystem;
 using daemon_case::payload;
 using daemon_case::refusal;
 using support::TestCertificate;
@@ -193,6 +198,26 @@ TEST_P(Refusals, MeetAnIdThatIsNotListed)
             << notId;
     }
     EXPECT_EQ(count(), 1U);
+}
+
+TEST_P(Refusals, OfAListThatCannotBeWrittenLeaveEverythingAsItWas)
+{
+    startWith("");
+    add(TestCertificate().pem());
+    const std::string word = GetParam().target == ostrel::TargetCA ? "ca" : "client";
+    const ostrel::ExternalCertificatesAccessor paths("web", word);
+    const std::string list = support::readText(paths.listPath());
+    const std::string map = support::readText(paths.cnMapPath());
+    fs::remove(paths.listPath());
+    fs::create_directory(paths.listPath());
+    const std::string other = TestCertificate().pem();
+    EXPECT_EQ(add(other), refusal(GetParam().bad + 1));
+    EXPECT_EQ(support::readText(paths.cnMapPath()), map);
+    EXPECT_FALSE(fs::exists(paths.certPath(support::fingerprintId(other))));
+    fs::remove(paths.listPath());
+    support::writeText(paths.listPath(), list);
+    EXPECT_EQ(add(other), payload(support::fingerprintId(other)));
+    EXPECT_EQ(count(), 2U);
 }
 
 TEST_P(Refusals, MeetAStoreThatTheServiceDoesNotHave)
