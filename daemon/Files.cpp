@@ -169,10 +169,14 @@ void clearWay(const std::string& path, mode_t type)
     logEvent("{} is not the daemon's own: {}", path, isMoved ? "now " + aside : "removed");
 }
 
-void makeDirectory(const std::string& path, mode_t widest)
+void makeDirectory(const std::string& path, mode_t widest, Durability durability)
 {
-    if (::mkdir(path.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
+    const bool isNew = ::mkdir(path.c_str(), S_IRWXU) == 0;
+    if (!isNew && errno != EEXIST) {
         failSystemCall("make the directory", path);
+    }
+    if (isNew && durability == Durability::Lasting) {
+        syncIfOpen(Descriptor::open(directoryOf(path), O_RDONLY | O_DIRECTORY), path);
     }
     const Descriptor directory = openOrFail(path, O_RDONLY | O_DIRECTORY);
     struct stat status {

@@ -40,9 +40,12 @@ short eventsOf(const ostrel::Descriptor& file, short events);
 /// may hold something, gets another name. Either is logged.
 void clearWay(const std::string& path, mode_t type);
 
+/// Whether a file, or a directory, has to outlive a power cut.
+enum class Durability { Lasting, Volatile };
+
 /// Makes the directory `path`, below one that exists, for the daemon alone. One
 /// that is there has to be the daemon's own, and loses what it has beyond `widest`.
-void makeDirectory(const std::string& path, mode_t widest);
+void makeDirectory(const std::string& path, mode_t widest, Durability durability);
 
 /// Gives a directory of the daemon's its access, once all in it is in its place.
 void setDirectoryAccess(const std::string& path, const Access& access);
@@ -50,9 +53,6 @@ void setDirectoryAccess(const std::string& path, const Access& access);
 /// Who reaches the directory of a service's pipes: clients make files of their
 /// own there, and the sticky bit keeps the daemon's from them.
 constexpr mode_t pipeDirectoryMode = 01730;
-
-/// Whether a lasting file has to outlive a power cut.
-enum class Durability { Lasting, Volatile };
 
 /// Files of one directory, replaced whole: written under another name in
 /// `scratchDirectory` (same file system), then renamed. What an interrupted

@@ -247,7 +247,7 @@ void ServerStore::apply(const std::string& pem)
         throw Refusal(CertificateAndCsrDiffer, "another key than the pending request's");
     }
     putInUse(certificate, keyPem, orEmpty(m_files.paths.csrNetworkPath()));
-    removeRequest();
+    orLog(m_service->m_serviceName + ": after an answered request", [&] { removeRequest(); });
 }
 
 void ServerStore::generateSelfSigned(std::uint32_t days)
@@ -274,7 +274,9 @@ void ServerStore::putInUse(const Certificate& certificate, const std::string& ke
     }
     if (id != m_active) {
         // It is in use already, whatever becomes of the oldest one.
-        removeSet(std::exchange(m_former, std::exchange(m_active, id)));
+        const std::string oldest = std::exchange(m_former, std::exchange(m_active, id));
+        orLog(m_service->m_serviceName + ": after a change of the certificate",
+              [&] { removeSet(oldest); });
     }
 }
 

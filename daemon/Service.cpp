@@ -187,9 +187,9 @@ void Service::reload()
 void Service::makeDirectories(gid_t group) const
 {
     // The channel opens it to the group, when everything of the daemon's is in it.
-    makeDirectory(m_pipeDirectory, pipeDirectoryMode);
+    makeDirectory(m_pipeDirectory, pipeDirectoryMode, Durability::Volatile);
     const std::string stores = ostrel::DaemonConfiguration::getOstrelDirectory() + '/' + m_name;
-    makeDirectory(stores, storeDirectoryMode);
+    makeDirectory(stores, storeDirectoryMode, Durability::Lasting);
     setDirectoryAccess(stores, {group, storeDirectoryMode});
 }
 

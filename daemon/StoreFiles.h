@@ -56,10 +56,10 @@ public:
     void makeDirectories() const
     {
         const std::filesystem::path cached = paths.cachedDirectoryPath();
-        make(cached.parent_path().string(), m_certificatesMode);
-        make(cached.string(), passThroughMode);
+        make(cached.parent_path().string(), m_certificatesMode, Durability::Lasting);
+        make(cached.string(), passThroughMode, Durability::Lasting);
         clearWay(paths.tmpDirectoryPath(), S_IFDIR);
-        make(paths.tmpDirectoryPath(), passThroughMode);
+        make(paths.tmpDirectoryPath(), passThroughMode, Durability::Volatile);
     }
 
     /// Removes every file for which `keep(path)` is false, and all scratch.
@@ -154,9 +154,9 @@ public:
     const Replacer fleeting;
 
 private:
-    void make(const std::string& directory, mode_t mode) const
+    void make(const std::string& directory, mode_t mode, Durability durability) const
     {
-        makeDirectory(directory, mode);
+        makeDirectory(directory, mode, durability);
         setDirectoryAccess(directory, {m_group, mode});
     }
 

@@ -90,4 +90,18 @@ TEST_F(ServerSwitch, LeavesAReaderTheSetWhoseNameItHasTaken)
     EXPECT_FALSE(std::filesystem::exists(paths.certKeyPath(id)));
 }
 
+TEST_F(ServerSwitch, StandsWhereTheOldestSetCannotBeRemoved)
+{
+    daemon.start();
+    const std::string oldest = paths.certNetworkPath(applyNew());
+    applyNew();
+    std::filesystem::remove(oldest);
+    std::filesystem::create_directory(oldest);
+    const std::string id = applyNew();
+    EXPECT_TRUE(support::isKeyOf(web().getServerCertificate(id), web().getServerKey(id)));
+    EXPECT_FALSE(std::filesystem::exists(paths.csrPath()));
+    EXPECT_NE(daemon.log().find("web: after a change of the certificate: cannot remove"),
+              std::string::npos);
+}
+
 } // namespace

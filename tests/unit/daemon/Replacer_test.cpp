@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <vector>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace
@@ -128,6 +129,17 @@ TEST_F(Replacement, SpendsNoTimeOnTheDiskForWhatIsVolatile)
     replacer(Durability::Volatile).remove(m_file);
     EXPECT_FALSE(fs::exists(m_file));
     EXPECT_THAT(syncs, IsEmpty());
+}
+
+TEST_F(LastingReplacement, FindsItsDirectoryAfterAPowerCut)
+{
+    for (const auto& [name, durability] :
+         {std::pair("lasting", Durability::Lasting), std::pair("volatile", Durability::Volatile)}) {
+        for (int i = 0; i < 2; ++i) {
+            ostreld::makeDirectory(m_directory / name, S_IRWXU, durability);
+        }
+    }
+    EXPECT_THAT(syncs, ElementsAre(Sync{m_directory.path(), "old"}));
 }
 
 TEST_F(Replacement, GivesTheFileItsMode)
