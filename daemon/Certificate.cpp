@@ -18,6 +18,7 @@ namespace
 
 constexpr std::size_t idBytes = 8;
 constexpr int secondsPerDay = 86400;
+constexpr int longestDecimalSerial = 64;
 
 X509Pointer parse(const std::string& pem)
 {
@@ -54,10 +55,18 @@ std::string pemOf(const std::string& given, X509* certificate)
                           : printed([&](BIO* out) { PEM_write_bio_X509(out, certificate); });
 }
 
+// The time that decimal digits take grows by the square of their number.
 std::string serialText(const X509* certificate)
 {
-    const std::unique_ptr<BIGNUM, void (*)(BIGNUM*)> number(
-        ASN1_INTEGER_to_BN(X509_get0_serialNumber(certificate), nullptr), BN_free);
+    const ASN1_INTEGER* serial = X509_get0_serialNumber(certificate);
+    const unsigned char* bytes = ASN1_STRING_get0_data(serial);
+    const int length = ASN1_STRING_length(serial);
+    if (length > longestDecimalSerial) {
+        const char* sign = ASN1_STRING_type(serial) == V_ASN1_NEG_INTEGER ? "-" : "";
+        return fmt::format("{}0x{:02x}", sign, fmt::join(bytes, bytes + length, ""));
+    }
+    const std::unique_ptr<BIGNUM, void (*)(BIGNUM*)> number(ASN1_INTEGER_to_BN(serial, nullptr),
+                                                            BN_free);
     const std::unique_ptr<char, void (*)(char*)> text(BN_bn2dec(number.get()),
                                                       [](char* p) { OPENSSL_free(p); });
     return text.get();

@@ -62,7 +62,7 @@ public:
     CDistinguishedName subjectName;               ///< subject_name
     CDistinguishedName issuerName;                ///< issuer_name
     std::int32_t publicKeySizeBits = 2048;        ///< public_key_size_bits
-    std::string certSerial = DEFAULT_CERT_SERIAL; ///< cert_serial, a decimal number
+    std::string certSerial = DEFAULT_CERT_SERIAL; ///< cert_serial, mostly decimal
     std::int32_t validityDays = 365;              ///< validity_days
     std::int32_t certVersion = 3;                 ///< cert_version
     std::vector<v3Ext> v3Extensions;              ///< v3Extention0, v3Extention1, ...

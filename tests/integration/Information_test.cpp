@@ -181,4 +181,20 @@ TEST_F(Information, SurvivesNamesOfAllKinds)
     }
 }
 
+// Decimal digits take a time that grows by the square of their number.
+TEST_F(Information, HasALongSerialNumberInHexadecimal)
+{
+    const auto serialOf = [this](int bytes) {
+        TestCertificate certificate = leaf();
+        certificate.serialBytes = bytes;
+        return recordOf(certificate).certSerial;
+    };
+    const auto hexadecimal = [](std::size_t bytes) { return "0x" + std::string(2 * bytes, '5'); };
+    EXPECT_EQ(serialOf(2), "21845");
+    EXPECT_EQ(serialOf(64).substr(0, 3), "446");
+    EXPECT_EQ(serialOf(64).size(), 154U);
+    EXPECT_EQ(serialOf(65), hexadecimal(65));
+    EXPECT_EQ(serialOf(20000), hexadecimal(20000));
+}
+
 } // namespace

@@ -88,10 +88,20 @@ void setPublicKey(X509* certificate, const std::string& request)
     }
 }
 
+void setSerial(X509* certificate, int bytes)
+{
+    ASN1_INTEGER* serial = X509_get_serialNumber(certificate);
+    if (bytes == 0) {
+        ASN1_INTEGER_set(serial, nextSerial());
+    } else {
+        ASN1_STRING_set(serial, std::string(static_cast<std::size_t>(bytes), '\x55').data(), bytes);
+    }
+}
+
 void fill(X509* certificate, const TestCertificate& wish)
 {
     X509_set_version(certificate, X509_VERSION_3);
-    ASN1_INTEGER_set(X509_get_serialNumber(certificate), nextSerial());
+    setSerial(certificate, wish.serialBytes);
     setName(X509_get_subject_name(certificate), wish.commonName);
     setName(X509_get_issuer_name(certificate), wish.issuer.empty() ? wish.commonName : wish.issuer);
     require(

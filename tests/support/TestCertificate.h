@@ -18,6 +18,8 @@ struct TestCertificate {
     std::string notAfter = "20400101000000Z";
     /// So many bytes are put into a comment.
     std::size_t padding = 0;
+    /// The length of its serial number, of bytes 0x55; the next number when 0.
+    int serialBytes = 0;
     /// A signing request, PEM, whose public key it is for; this process's own
     /// key when empty.
     std::string request = {};
