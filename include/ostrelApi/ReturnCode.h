@@ -12,8 +12,8 @@ enum ReturnCode : int {
     ActionFailed = 1,                ///< Whatever has no code of its own.
     ApiLocked = 2,                   ///< Another program is in a call to the same service.
     AccessDenied = 3,                ///< The service's management group alone may call.
-    BadCommand = 4,                  ///< A message that is no command.
-    CommandUnexpectedEnding = 5,     ///< An empty message, or one that lacks arguments.
+    BadCommand = 4,                  ///< A message that is no command, or lacks arguments.
+    CommandUnexpectedEnding = 5,     ///< An empty message.
     BadServiceId = 6,                ///< No service of that name.
     NoSuchTarget = 7,                ///< The service has no such store.
     BadConfiguration = 8,            ///< The service's configuration does not allow it.
