@@ -153,6 +153,10 @@ Service::Service(const std::string& name, OnChange onChange)
     : m_name(name), m_onChange(std::move(onChange)),
       m_pipeDirectory(ostrel::DaemonConfiguration::getNamePipesDirectory() + '/' + name)
 {
+    // Its directories would be those of all services.
+    if (name.empty()) {
+        throw Refusal(BadServiceId, "a service without a name");
+    }
     // The channel takes it for the daemon's own.
     clearWay(m_pipeDirectory + '/' + name + ".lock", S_IFREG);
     reload();

@@ -121,4 +121,14 @@ TEST_F(Lifecycle, ServesTheOthersWhenOneConfigurationIsBroken)
     EXPECT_EQ(askStatus("web"), payload("running"));
 }
 
+TEST_F(Lifecycle, ServesNoServiceWithoutAName)
+{
+    device.addService("", "managmentGroup ostrel\nca yes\n");
+    daemon.start();
+    EXPECT_THAT(daemon.log(), HasSubstr(": not served: a service without a name"));
+    EXPECT_FALSE(fs::exists(device.storeDirectory() + "/ca"));
+    EXPECT_FALSE(fs::exists(device.pipesDirectory() + "/.lock"));
+    EXPECT_EQ(askStatus("web"), payload("running"));
+}
+
 } // namespace
