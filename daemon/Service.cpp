@@ -10,8 +10,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace ostreld
 {
@@ -160,6 +163,25 @@ Service::Service(const std::string& name, OnChange onChange)
     // The channel takes it for the daemon's own.
     clearWay(m_pipeDirectory + '/' + name + ".lock", S_IFREG);
     reload();
+    removeLeftImports();
+}
+
+// What clients that were killed left. The lease is given, and makes others wait,
+// while none has the lock file open, and so none is in its call.
+void Service::removeLeftImports() const
+{
+    const auto lock = ostrel::Descriptor::open(m_pipeDirectory + '/' + m_name + ".lock",
+                                               O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+    if (lock.isOpen() && ::fcntl(lock.get(), F_SETLEASE, F_RDLCK) != 0) {
+        return;
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(m_pipeDirectory)) {
+        const std::string path = entry.path().string();
+        if (entry.path().extension() == ".crt" && !entry.is_directory()) {
+            logEvent("{}: removing what a killed client left", path);
+            ::unlink(path.c_str());
+        }
+    }
 }
 
 void Service::reload()

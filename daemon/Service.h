@@ -59,6 +59,7 @@ private:
     static const Operation operations[];
 
     void makeDirectories(gid_t group) const;
+    void removeLeftImports() const;
     std::string carryOut(const ostrel::Commands& command);
     const Operation& operationOf(const ostrel::Commands& command) const;
     CertificateStore& storeOf(ostrel::TypeTarget target);

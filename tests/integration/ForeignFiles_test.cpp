@@ -1,6 +1,7 @@
 // What a client leaves in the directory of the pipes for the daemon to find.
 
 #include "integration/DaemonCase.h"
+#include "support/ScriptedClient.h"
 
 #include <filesystem>
 
@@ -84,6 +85,24 @@ TEST_F(ForeignFiles, CannotBeMadeBeforeEverythingOfTheDaemonsIsThere)
     fs::remove(list);
     daemon.reload("web: served");
     EXPECT_EQ(fs::status(pipeDirectory("web")).permissions(), fs::perms(01730));
+}
+
+TEST_F(ForeignFiles, ThatAKilledClientWantedToAddAreRemovedAtTheStart)
+{
+    const std::string left = pipeDirectory("web") + "/left.crt";
+    const std::string other = pipeDirectory("web") + "/other";
+    support::writeText(left, "text");
+    support::writeText(other, "text");
+    {
+        // This one is in its call still.
+        const support::ScriptedClient client(device, "web", "", support::Step::TakesLock);
+        daemon.restart();
+        EXPECT_TRUE(fs::exists(left));
+    }
+    daemon.restart();
+    EXPECT_FALSE(fs::exists(left));
+    EXPECT_TRUE(fs::exists(other));
+    EXPECT_EQ(daemon_case::askStatus("web"), payload("running"));
 }
 
 } // namespace
