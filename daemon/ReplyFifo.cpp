@@ -17,6 +17,25 @@ namespace ostreld
 
 using ostrel::Descriptor;
 
+namespace
+{
+
+// A second name would be one that somebody else's FIFO has elsewhere.
+bool isFifoOfOneName(const Descriptor& file)
+{
+    struct stat status {
+    };
+    return ::fstat(file.get(), &status) == 0 && S_ISFIFO(status.st_mode) && status.st_nlink == 1;
+}
+
+// By this name a file is opened again, whatever has its own name meanwhile.
+std::string pathOf(const Descriptor& file)
+{
+    return "/proc/self/fd/" + std::to_string(file.get());
+}
+
+} // namespace
+
 ReplyFifo::ReplyFifo(std::string path, const Descriptor& notices)
     : m_path(std::move(path)), m_notices(notices)
 {
@@ -51,15 +70,21 @@ void ReplyFifo::open()
     if (!isCurrent()) {
         drop();
     }
-    constexpr int flags = O_NONBLOCK | O_NOFOLLOW;
-    if (!m_reader.isOpen()) {
-        m_reader = Descriptor::open(m_path, O_RDONLY | flags);
+    if (!m_writer.isOpen()) {
+        openNew();
+    } else if (!m_reader.isOpen()) {
+        m_reader = Descriptor::open(pathOf(m_writer), O_RDONLY | O_NONBLOCK);
     }
-    if (!m_reader.isOpen() || !isFifo(m_reader)) {
-        drop();
-    } else if (!m_writer.isOpen()) {
-        m_writer = Descriptor::open(m_path, O_WRONLY | flags);
-        m_watch = ::inotify_add_watch(m_notices.get(), m_path.c_str(), IN_OPEN);
+}
+
+void ReplyFifo::openNew()
+{
+    const Descriptor found = Descriptor::open(m_path, O_PATH | O_NOFOLLOW);
+    if (found.isOpen() && isFifoOfOneName(found)) {
+        const std::string path = pathOf(found);
+        m_reader = Descriptor::open(path, O_RDONLY | O_NONBLOCK);
+        m_writer = Descriptor::open(path, O_WRONLY | O_NONBLOCK);
+        m_watch = ::inotify_add_watch(m_notices.get(), path.c_str(), IN_OPEN);
     }
 }
 
@@ -81,12 +106,13 @@ bool ReplyFifo::give(std::string text)
     if (!m_isConfided) {
         open();
     }
-    if (!m_writer.isOpen()) {
-        return false;
-    }
-    m_isAnswered = true;
     m_text = std::move(text);
     m_written = 0;
+    m_isAnswered = m_writer.isOpen();
+    if (!m_isAnswered) {
+        drop();
+        return false;
+    }
     writeOn();
     return true;
 }

@@ -27,7 +27,9 @@ public:
     /// Whether anything has its name.
     bool isThere() const;
 
-    /// Opens what has its name now, unless that is open or is no FIFO.
+    /// Opens what has its name now, unless that is open or is no FIFO, or one
+    /// that has another name besides: clients own the directory, and could have
+    /// the daemon write somewhere else.
     void open();
 
     /// Makes the reply one for the FIFO's owner alone, whatever mode the FIFO has
@@ -35,7 +37,8 @@ public:
     /// FIFO, or the daemon may not do that to it.
     std::optional<uid_t> confide();
 
-    /// Begins to write a reply. False when there is no FIFO for it.
+    /// Begins to write a reply. False, and the reply wiped, when there is no
+    /// FIFO for it.
     bool give(std::string text);
 
     /// The writing end while the client has to make room in it; -1 otherwise.
@@ -63,6 +66,7 @@ public:
     void remove() const;
 
 private:
+    void openNew();
     bool isCurrent() const;
     bool isUnwritten() const;
     bool isTaken();
