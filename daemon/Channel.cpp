@@ -2,6 +2,7 @@
 
 #include "Files.h"
 #include "Log.h"
+#include "PipeFiles.h"
 #include "Refusal.h"
 
 #include <cerrno>
@@ -23,10 +24,6 @@ using ostrel::Descriptor;
 namespace
 {
 
-constexpr std::size_t largestMessage = 64 * 1024;
-// The group may open these for writing and no more.
-constexpr mode_t groupWritesMode = 0620;
-
 // A client that is killed tells that it closed the lock file a moment before
 // it has done so: look again after these pauses. Together they are how long a
 // daemon that ends waits for the client in its midst.
@@ -37,26 +34,6 @@ constexpr std::size_t sweepCount = sizeof sweepPauses / sizeof *sweepPauses;
 constexpr int readsInARow = 512;
 
 constexpr long nanosecondsPerMillisecond = 1000000;
-
-Descriptor requireOpen(Descriptor descriptor, const std::string& what)
-{
-    if (!descriptor.isOpen()) {
-        failSystemCall("open", what);
-    }
-    return descriptor;
-}
-
-// While no daemon runs, a client can put a file of its own there.
-void removeUnlessOwn(const std::string& path, mode_t type)
-{
-    struct stat status {
-    };
-    const bool isThere = ::lstat(path.c_str(), &status) == 0;
-    if (isThere && ((status.st_mode & S_IFMT) != type || status.st_uid != ::geteuid())) {
-        logEvent("{} is not the daemon's own: removed", path);
-        ::unlink(path.c_str());
-    }
-}
 
 void startTimer(const Descriptor& timer, long milliseconds)
 {
@@ -81,34 +58,21 @@ std::string withCode(ReturnCode code)
 } // namespace
 
 Channel::Channel(const std::string& directory, const std::string& service, gid_t group)
-    : m_service(service), m_directory(directory), m_lockPath(directory + '/' + service + ".lock"),
-      m_inPath(directory + '/' + service + ".in"),
-      m_notices(requireOpen(Descriptor(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)), "inotify")),
-      m_wake(requireOpen(Descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), "an event")),
+    : m_service(service), m_directory(directory),
+      m_notices(requireOpen(Descriptor(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)), "make",
+                            "an inotify instance")),
+      m_wake(requireOpen(Descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), "make", "an event")),
       m_timer(requireOpen(Descriptor(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)),
-                          "a timer")),
+                          "make", "a timer")),
+      m_in(directory + '/' + service + ".in"),
+      m_lock(directory + '/' + service + ".lock", m_notices),
       m_reply(directory + '/' + service + ".out", m_notices)
 {
-    removeUnlessOwn(m_inPath, S_IFIFO);
-    if (::mkfifo(m_inPath.c_str(), S_IRUSR | S_IWUSR) != 0 && errno != EEXIST) {
-        failSystemCall("make", m_inPath);
-    }
-    openCommandFifo();
-    // Last, for it is what tells clients that the daemon is there.
-    openLock();
     shareWith(group);
     takeUpFormerCall();
 }
 
 Channel::~Channel() = default;
-
-void Channel::openCommandFifo()
-{
-    m_in = requireOpen(Descriptor::open(m_inPath, O_RDONLY | O_NONBLOCK | O_NOFOLLOW), m_inPath);
-    if (!isFifo(m_in)) {
-        throw std::runtime_error(m_inPath + " is not a FIFO");
-    }
-}
 
 // A client that a former daemon left in the middle of its call either goes on
 // now, or waits for an answer that nobody else will give.
@@ -124,54 +88,26 @@ void Channel::takeUpFormerCall()
     }
 }
 
-void Channel::openLock()
-{
-    removeUnlessOwn(m_lockPath, S_IFREG);
-    constexpr int flags = O_RDONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
-    m_lock = requireOpen(Descriptor::open(m_lockPath, flags, S_IRUSR | S_IWUSR), m_lockPath);
-    m_lockWatch = ::inotify_add_watch(m_notices.get(), m_lockPath.c_str(), IN_CLOSE_WRITE);
-    if (m_lockWatch == -1) {
-        failSystemCall("watch", m_lockPath);
-    }
-}
-
 void Channel::shareWith(gid_t group)
 {
-    setAccess(m_in, m_inPath, {group, groupWritesMode});
-    setAccess(m_lock, m_lockPath, {group, groupWritesMode});
+    m_in.shareWith(group);
+    m_lock.shareWith(group);
     // Last: a client that finds it open finds nothing missing that it could make.
     setDirectoryAccess(m_directory, {group, pipeDirectoryMode});
 }
 
-bool Channel::tryLock()
+// To fail them is the last resort, for a client that merely has the lock file
+// open cannot be made to wait.
+bool Channel::keepClientsOut() const
 {
-    return ::flock(m_lock.get(), LOCK_EX | LOCK_NB) == 0;
-}
-
-void Channel::unlock()
-{
-    ::flock(m_lock.get(), LOCK_UN);
-}
-
-// A lease is given while nobody has the file open for writing, and makes those
-// who open it then wait. The lock itself would make them fail. It is the last
-// resort, for a client that merely has the file open forbids the lease.
-bool Channel::keepClientsOut()
-{
-    return m_sweepsLeft > 0 ? ::fcntl(m_lock.get(), F_SETLEASE, F_RDLCK) == 0 : tryLock();
-}
-
-void Channel::letClientsIn()
-{
-    ::fcntl(m_lock.get(), F_SETLEASE, F_UNLCK);
-    unlock();
+    return m_sweepsLeft > 0 ? m_lock.makeClientsWait() : m_lock.makeClientsFail();
 }
 
 void Channel::run(const Duties& duties)
 {
     while (!m_isDone) {
         pollfd entries[] = {
-            {m_in.get(), POLLIN, 0},
+            {m_in.descriptor().get(), POLLIN, 0},
             {m_notices.get(), POLLIN, 0},
             {m_wake.get(), POLLIN, 0},
             {m_timer.get(), POLLIN, 0},
@@ -182,7 +118,7 @@ void Channel::run(const Duties& duties)
             failSystemCall("wait for", m_service);
         }
         // A message first: what the notices tell happened after it was written.
-        for (int i = 0; i < readsInARow && isInputReady(); ++i) {
+        for (int i = 0; i < readsInARow && m_in.isReady(); ++i) {
             takeInput(duties.answer);
         }
         takeNotices();
@@ -200,19 +136,12 @@ void Channel::run(const Duties& duties)
     }
 }
 
-// Whether a client has the command FIFO open: then there is no end of file.
-bool Channel::isMessageUnderWay() const
-{
-    char ignored = '\0';
-    return m_in.isOpen() && ::read(m_in.get(), &ignored, 1) != 0;
-}
-
 // A client that stands still past the command FIFO would wait for its reply for
 // ever. One before it is told that the daemon is off, or goes on with the next.
 void Channel::end()
 {
-    ::unlink(m_inPath.c_str());
-    if (m_reply.isAnswered() || isMessageUnderWay()) {
+    m_in.remove();
+    if (m_reply.isAnswered() || m_in.isMessageUnderWay()) {
         m_reply.remove();
     }
     m_reply.drop();
@@ -250,57 +179,40 @@ void Channel::takeWake(const std::function<void()>& onWake)
 void Channel::beginStop()
 {
     m_isStopping = true;
-    ::unlink(m_inPath.c_str());
+    m_in.remove();
     m_sweepsLeft = sweepCount;
     sweep();
 }
 
-bool Channel::isInputReady() const
-{
-    return eventsOf(m_in, POLLIN) != 0;
-}
-
 void Channel::takeInput(const Answer& answer)
 {
-    char bytes[4096];
-    const ssize_t count = ::read(m_in.get(), bytes, sizeof bytes);
-    if (count > 0) {
-        appendInput(bytes, static_cast<std::size_t>(count));
-    } else if (count == 0) {
-        if (m_isStopping) {
-            m_in.close();
-        } else {
-            openCommandFifo();
-        }
-        takeMessage(answer);
+    const auto message = m_in.take();
+    if (!message) {
+        return;
     }
-}
-
-void Channel::appendInput(const char* bytes, std::size_t count)
-{
-    m_isMessageTooLong = m_isMessageTooLong || m_message.size() + count > largestMessage;
-    if (!m_isMessageTooLong) {
-        m_message.append(bytes, count);
-    }
-}
-
-void Channel::takeMessage(const Answer& answer)
-{
-    const std::string message = std::move(m_message);
-    const bool isTooLong = m_isMessageTooLong;
-    m_message.clear();
-    m_isMessageTooLong = false;
     if (m_isStopping) {
-        reply(withCode(DaemonTerminates));
-    } else if (isTooLong) {
-        logEvent("{}: message of more than {} bytes refused", m_service, largestMessage);
-        reply(withCode(BadCommand));
-    } else if (message.empty()) {
-        logStep("{}: a client closed the command FIFO without a message", m_service);
-        reply(withCode(CommandUnexpectedEnding));
+        m_in.close();
     } else {
-        reply(answer(message));
+        m_in.reopen();
     }
+    reply(replyTo(*message, answer));
+}
+
+std::string Channel::replyTo(const CommandFifo::Message& message, const Answer& answer) const
+{
+    if (m_isStopping) {
+        return withCode(DaemonTerminates);
+    }
+    if (message.isTooLong) {
+        logEvent("{}: message of more than {} bytes refused", m_service,
+                 CommandFifo::largestMessage);
+        return withCode(BadCommand);
+    }
+    if (message.text.empty()) {
+        logStep("{}: a client closed the command FIFO without a message", m_service);
+        return withCode(CommandUnexpectedEnding);
+    }
+    return answer(message.text);
 }
 
 void Channel::takeNotices()
@@ -314,7 +226,7 @@ void Channel::takeNotices()
                 m_reply.dropIfTaken();
                 answerFormerCall();
             }
-            if (isAnything || event->wd == m_lockWatch) {
+            if (isAnything || m_lock.isClosing(*event)) {
                 m_sweepsLeft = m_isStopping ? m_sweepsLeft : sweepCount;
                 sweep();
             }
@@ -333,7 +245,7 @@ void Channel::reply(std::string text)
 // A client that sent its message to a daemon that is gone has an answer, too.
 void Channel::answerFormerCall()
 {
-    if (m_reply.isAwaited() && !isInputReady()) {
+    if (m_reply.isAwaited() && !m_in.isReady()) {
         reply(withCode(DaemonTerminates));
     }
 }
@@ -351,7 +263,7 @@ void Channel::sweep()
         return;
     }
     removeLeftReplyFifo();
-    letClientsIn();
+    m_lock.letClientsIn();
     m_isDone = m_isStopping;
 }
 

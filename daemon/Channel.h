@@ -1,5 +1,7 @@
 #pragma once
 
+#include "CommandFifo.h"
+#include "LockFile.h"
 #include "ReplyFifo.h"
 
 #include "tools/Descriptor.h"
@@ -68,17 +70,11 @@ public:
     void end();
 
 private:
-    void openCommandFifo();
     void takeUpFormerCall();
-    void openLock();
-    bool tryLock();
-    void unlock();
-    bool keepClientsOut();
-    void letClientsIn();
+    bool keepClientsOut() const;
 
     void takeInput(const Answer& answer);
-    void appendInput(const char* bytes, std::size_t count);
-    void takeMessage(const Answer& answer);
+    std::string replyTo(const CommandFifo::Message& message, const Answer& answer) const;
     void takeNotices();
     void takeWake(const std::function<void()>& onWake);
 
@@ -89,25 +85,16 @@ private:
     void removeLeftReplyFifo();
     void sweepAgainSoon();
     void beginStop();
-    bool isInputReady() const;
-    bool isMessageUnderWay() const;
 
     const std::string m_service;
     const std::string m_directory;
-    const std::string m_lockPath;
-    const std::string m_inPath;
-
-    ostrel::Descriptor m_lock;
-    ostrel::Descriptor m_in;
     ostrel::Descriptor m_notices;
     ostrel::Descriptor m_wake;
     ostrel::Descriptor m_timer;
-    int m_lockWatch = -1;
 
-    // The message so far; a longer one than allowed is read on and dropped.
-    std::string m_message;
-    bool m_isMessageTooLong = false;
-
+    CommandFifo m_in;
+    // After that one, for it is what tells clients that the daemon is there.
+    LockFile m_lock;
     // A client that a former daemon left waiting has it open here before there
     // is an answer.
     ReplyFifo m_reply;

@@ -1,0 +1,25 @@
+#pragma once
+
+// The directory of a service's pipes, where clients make and leave what they like.
+
+#include "tools/Descriptor.h"
+
+#include <string>
+
+#include <sys/types.h>
+
+namespace ostreld
+{
+
+/// The group may open these for writing and no more.
+constexpr mode_t groupWritesMode = 0620;
+
+/// `descriptor`, if it is open; otherwise fails for `attempt` on `what`.
+ostrel::Descriptor requireOpen(ostrel::Descriptor descriptor, const std::string& attempt,
+                               const std::string& what);
+
+/// Removes the file `path` if it is of another type than `type`, or another
+/// user's: while no daemon runs, a client can put a file of its own there.
+void removeUnlessOwn(const std::string& path, mode_t type);
+
+} // namespace ostreld
