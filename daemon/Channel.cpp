@@ -269,9 +269,8 @@ void Channel::sweep()
 
 void Channel::removeLeftReplyFifo()
 {
-    if (m_reply.isThere()) {
+    if (m_reply.isThere() && m_reply.remove()) {
         logEvent("{}: a client ended within its call; its reply FIFO is removed", m_service);
-        m_reply.remove();
     }
     m_reply.drop();
 }

@@ -18,6 +18,7 @@ using ostrel::Descriptor;
 
 CommandFifo::CommandFifo(std::string path) : m_path(std::move(path))
 {
+    removeSetAside(m_path);
     removeUnlessOwn(m_path, S_IFIFO);
     if (::mkfifo(m_path.c_str(), S_IRUSR | S_IWUSR) != 0 && errno != EEXIST) {
         failSystemCall("make", m_path);

@@ -17,6 +17,7 @@ using ostrel::Descriptor;
 
 LockFile::LockFile(std::string path, const Descriptor& notices) : m_path(std::move(path))
 {
+    removeSetAside(m_path);
     removeUnlessOwn(m_path, S_IFREG);
     constexpr int flags = O_RDONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
     m_file = requireOpen(Descriptor::open(m_path, flags, S_IRUSR | S_IWUSR), "open", m_path);

@@ -18,7 +18,15 @@ constexpr mode_t groupWritesMode = 0620;
 ostrel::Descriptor requireOpen(ostrel::Descriptor descriptor, const std::string& attempt,
                                const std::string& what);
 
-/// Removes the file `path` if it is of another type than `type`, or another
+/// Removes whatever has the name `path`, a full directory too, and follows no
+/// link; a missing one is no failure. True when the name is free: what of a
+/// directory cannot be removed is logged, and lies under another name.
+bool freeName(const std::string& path);
+
+/// Removes what freeName() had to leave for `path` before.
+void removeSetAside(const std::string& path);
+
+/// Removes what has the name `path` if it is of another type than `type`, or another
 /// user's: while no daemon runs, a client can put a file of its own there.
 void removeUnlessOwn(const std::string& path, mode_t type);
 

@@ -1,6 +1,7 @@
 #include "ReplyFifo.h"
 
 #include "Files.h"
+#include "PipeFiles.h"
 
 #include <openssl/crypto.h>
 
@@ -39,6 +40,7 @@ std::string pathOf(const Descriptor& file)
 ReplyFifo::ReplyFifo(std::string path, const Descriptor& notices)
     : m_path(std::move(path)), m_notices(notices)
 {
+    removeSetAside(m_path);
 }
 
 ReplyFifo::~ReplyFifo()
@@ -187,9 +189,9 @@ void ReplyFifo::drop()
     m_isConfided = false;
 }
 
-void ReplyFifo::remove() const
+bool ReplyFifo::remove() const
 {
-    ::unlink(m_path.c_str());
+    return freeName(m_path);
 }
 
 } // namespace ostreld

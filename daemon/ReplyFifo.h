@@ -62,8 +62,8 @@ public:
     /// Closes it, and wipes the reply, which may have been a key.
     void drop();
 
-    /// Removes what has its name.
-    void remove() const;
+    /// Removes what has its name, whatever it is; false when that fails.
+    bool remove() const;
 
 private:
     void openNew();

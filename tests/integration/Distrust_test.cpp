@@ -1,5 +1,6 @@
 #include "integration/DaemonCase.h"
 
+#include "support/Await.h"
 #include "support/ScriptedClient.h"
 #include "support/TestCertificate.h"
 #include "tools/Descriptor.h"
@@ -231,19 +232,32 @@ TEST_F(Distrust, TakesTheFilesOfTheExchangeOnlyWhenTheyAreItsOwn)
         {"a file", [](const std::string& path) { support::writeText(path, "text"); }},
         {"a socket", [](const std::string& path) { ::mknod(path.c_str(), S_IFSOCK | 0600, 0); }},
         {"another user's", putAnothersFifo},
+        {"a directory", [](const std::string& path) { fs::create_directory(path); }},
+        {"a full directory",
+         [](const std::string& path) { support::writeText(path + "/sub/file", "text"); }},
         {"nothing", [](const std::string&) {}},
     };
     for (const char* suffix : {"lock", "in", "out"}) {
         for (const auto& row : rows) {
             SCOPED_TRACE(std::string(suffix) + " is " + row.sentence);
             daemon.stop();
-            fs::remove(pipe("web", suffix));
+            fs::remove_all(pipe("web", suffix));
             row.put(pipe("web", suffix));
             daemon.start();
             EXPECT_EQ(daemon_case::askStatus("web"), payload("running"));
         }
     }
     EXPECT_FALSE(fs::is_symlink("/etc/passwd"));
+}
+
+TEST_F(Distrust, RemovesADirectoryFromTheReplyFifosPlace)
+{
+    support::writeText(pipe("web", "out") + "/sub/file", "text");
+    const support::RunningDaemon::LogMark mark(daemon);
+    daemon_case::askStatus("web");
+    support::awaitGone(pipe("web", "out"));
+    mark.await("web: a client ended within its call; its reply FIFO is removed");
+    EXPECT_EQ(daemon_case::askStatus("web"), payload("running"));
 }
 
 } // namespace
