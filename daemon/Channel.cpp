@@ -6,10 +6,8 @@
 #include "Refusal.h"
 
 #include <cerrno>
-#include <cstdint>
 
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/file.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
@@ -43,13 +41,6 @@ void startTimer(const Descriptor& timer, long milliseconds)
     ::timerfd_settime(timer.get(), 0, &time, nullptr);
 }
 
-void drain(const Descriptor& counter)
-{
-    std::uint64_t ignored = 0;
-    while (::read(counter.get(), &ignored, sizeof ignored) > 0) {
-    }
-}
-
 std::string withCode(ReturnCode code)
 {
     return std::to_string(code) + ' ';
@@ -61,7 +52,6 @@ Channel::Channel(const std::string& directory, const std::string& service, gid_t
     : m_service(service), m_directory(directory),
       m_notices(requireOpen(Descriptor(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)), "make",
                             "an inotify instance")),
-      m_wake(requireOpen(Descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), "make", "an event")),
       m_timer(requireOpen(Descriptor(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)),
                           "make", "a timer")),
       m_in(directory + '/' + service + ".in"),
@@ -107,12 +97,9 @@ void Channel::run(const Duties& duties)
 {
     while (!m_isDone) {
         pollfd entries[] = {
-            {m_in.descriptor().get(), POLLIN, 0},
-            {m_notices.get(), POLLIN, 0},
-            {m_wake.get(), POLLIN, 0},
-            {m_timer.get(), POLLIN, 0},
-            {m_reply.blockedWriter(), POLLOUT, 0},
-            {duties.clock, POLLIN, 0},
+            {m_in.descriptor().get(), POLLIN, 0},   {m_notices.get(), POLLIN, 0},
+            {m_wake.descriptor().get(), POLLIN, 0}, {m_timer.get(), POLLIN, 0},
+            {m_reply.blockedWriter(), POLLOUT, 0},  {duties.clock, POLLIN, 0},
         };
         if (::poll(entries, sizeof entries / sizeof *entries, -1) == -1 && errno != EINTR) {
             failSystemCall("wait for", m_service);
@@ -148,12 +135,6 @@ void Channel::end()
     m_in.close();
 }
 
-void Channel::wake()
-{
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = ::write(m_wake.get(), &one, sizeof one);
-}
-
 void Channel::stop()
 {
     m_isStopAsked = true;
@@ -162,10 +143,10 @@ void Channel::stop()
 
 void Channel::takeWake(const std::function<void()>& onWake)
 {
-    if (eventsOf(m_wake, POLLIN) == 0) {
+    if (eventsOf(m_wake.descriptor(), POLLIN) == 0) {
         return;
     }
-    drain(m_wake);
+    m_wake.take();
     if (!m_isStopAsked) {
         onWake();
     } else if (!m_isStopping) {

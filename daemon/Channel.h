@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CommandFifo.h"
+#include "Event.h"
 #include "LockFile.h"
 #include "ReplyFifo.h"
 
@@ -60,7 +61,7 @@ public:
     /// Lets another group call from now on; for the thread that runs it.
     void shareWith(gid_t group);
 
-    void wake();
+    void wake() { m_wake.give(); }
 
     /// Lets a call that is under way end, takes no new one, and makes run()
     /// return.
@@ -89,7 +90,7 @@ private:
     const std::string m_service;
     const std::string m_directory;
     ostrel::Descriptor m_notices;
-    ostrel::Descriptor m_wake;
+    const Event m_wake;
     ostrel::Descriptor m_timer;
 
     CommandFifo m_in;

@@ -68,7 +68,13 @@ void writePidFile()
 
 } // namespace
 
-Daemon::Daemon() : m_lock(takeLock(DaemonConfiguration::getLockFile())), m_signals(openSignals()) {}
+Daemon::Daemon()
+    : m_lock(takeLock(DaemonConfiguration::getLockFile())), m_signals(openSignals()),
+      m_services([this](const auto& script, const auto& service, const auto& event) {
+          m_callbacks.add(script, service, event);
+      })
+{
+}
 
 Daemon::~Daemon()
 {
@@ -77,43 +83,56 @@ Daemon::~Daemon()
 
 void Daemon::run(int readyDescriptor)
 {
-    Descriptor ready(readyDescriptor);
-    updateServices();
-    writePidFile();
+    m_ready = Descriptor(readyDescriptor);
     const NotificationFifo notifications;
-    logEvent("serving {} services", m_services.size());
-    if (ready.isOpen()) {
-        writeAll(ready, "\n");
-        ready.close();
-    }
+    m_services.update();
     serve(notifications);
     logEvent("ending");
-    // All at once: a client that stands still delays the end of one service.
-    for (const auto& entry : m_services) {
-        entry.second->stop();
-    }
-    m_services.clear();
+    m_services.stop();
 }
 
 void Daemon::serve(const NotificationFifo& notifications)
 {
-    for (;;) {
+    bool isServing = true;
+    while (isServing) {
+        if (!m_isReady && m_services.areUp()) {
+            tellReady();
+        }
         pollfd entries[] = {
             {m_signals.get(), POLLIN, 0},
             {notifications.descriptor().get(), POLLIN, 0},
+            {m_services.progress().get(), POLLIN, 0},
         };
         ::poll(entries, sizeof entries / sizeof *entries, -1);
         if (entries[1].revents != 0) {
             takeNotifications(notifications);
         }
-        if (entries[0].revents != 0) {
-            if (nextSignal(m_signals) != SIGHUP) {
-                return;
-            }
-            logEvent("reading the configuration again");
-            updateServices();
+        if (entries[2].revents != 0) {
+            m_services.tend();
         }
+        isServing = entries[0].revents == 0 || takeSignal();
     }
+}
+
+void Daemon::tellReady()
+{
+    m_isReady = true;
+    writePidFile();
+    logEvent("serving {} services", m_services.count());
+    if (m_ready.isOpen()) {
+        writeAll(m_ready, "\n");
+        m_ready.close();
+    }
+}
+
+bool Daemon::takeSignal()
+{
+    if (nextSignal(m_signals) != SIGHUP) {
+        return false;
+    }
+    logEvent("reading the configuration again");
+    m_services.update();
+    return true;
 }
 
 void Daemon::takeNotifications(const NotificationFifo& notifications)
@@ -122,52 +141,15 @@ void Daemon::takeNotifications(const NotificationFifo& notifications)
         switch (notification) {
         case 'n':
             logEvent("the network changed");
-            askAll(Task::CheckNetwork);
+            m_services.askAll(Task::CheckNetwork);
             break;
         case 't':
             logEvent("the time changed");
-            askAll(Task::CheckExpiry);
+            m_services.askAll(Task::CheckExpiry);
             break;
         default:
             logEvent("notification {} is unknown", static_cast<int>(notification));
         }
-    }
-}
-
-void Daemon::askAll(Task task)
-{
-    for (const auto& [name, service] : m_services) {
-        service->ask(task);
-    }
-}
-
-void Daemon::updateServices()
-{
-    auto former = std::move(m_services);
-    m_services.clear();
-    for (const std::string& name : ostrel::ServiceConfiguration::getServiceList()) {
-        const auto known = former.find(name);
-        if (known != former.end()) {
-            known->second->ask(Task::Reload);
-            m_services.insert(former.extract(known));
-        } else {
-            startService(name);
-        }
-    }
-}
-
-// A service with a fault in its configuration keeps no other from being served.
-void Daemon::startService(const std::string& name)
-{
-    try {
-        m_services.emplace(
-            name, std::make_unique<ServiceThread>(
-                      name, [this](const auto& script, const auto& service, const auto& event) {
-                          m_callbacks.add(script, service, event);
-                      }));
-        logEvent("{}: served", name);
-    } catch (const std::exception& caught) {
-        logEvent("{}: not served: {}", name, caught.what());
     }
 }
 

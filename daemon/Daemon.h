@@ -2,13 +2,9 @@
 
 #include "Callbacks.h"
 #include "NotificationFifo.h"
-#include "ServiceThread.h"
+#include "Services.h"
 
 #include "tools/Descriptor.h"
-
-#include <map>
-#include <memory>
-#include <string>
 
 namespace ostreld
 {
@@ -23,23 +19,25 @@ public:
     ~Daemon();
 
     /// Serves until SIGTERM or SIGINT; SIGHUP reads the services'
-    /// configurations again, and a
-    /// notification has them look at what changed. Once every service answers, writes a line feed
-    /// into `readyDescriptor` (unless it is -1) and closes it.
+    /// configurations again, and a notification has them look at what changed.
+    /// Once every service answers, writes a line feed into `readyDescriptor`
+    /// (unless it is -1) and closes it.
     void run(int readyDescriptor);
 
 private:
+    void tellReady();
     void serve(const NotificationFifo& notifications);
     void takeNotifications(const NotificationFifo& notifications);
-    void askAll(Task task);
-    void updateServices();
-    void startService(const std::string& name);
+    /// False for a signal that ends the daemon.
+    bool takeSignal();
 
     ostrel::Descriptor m_lock;
     // Before the first thread, which inherits what signals are blocked.
     ostrel::Descriptor m_signals;
+    ostrel::Descriptor m_ready;
+    bool m_isReady = false;
     Callbacks m_callbacks;
-    std::map<std::string, std::unique_ptr<ServiceThread>> m_services;
+    Services m_services;
 };
 
 } // namespace ostreld

@@ -1,6 +1,7 @@
 #include "ExpiryClock.h"
 
 #include "Clock.h"
+#include "Event.h"
 #include "Files.h"
 
 #include <sys/timerfd.h>
@@ -30,9 +31,7 @@ ExpiryClock::ExpiryClock() : m_timer(::timerfd_create(CLOCK_REALTIME, TFD_CLOEXE
 
 void ExpiryClock::arm(std::uint32_t offset)
 {
-    std::uint64_t ignored = 0;
-    while (::read(m_timer.get(), &ignored, sizeof ignored) > 0) {
-    }
+    drain(m_timer);
     itimerspec time{};
     time.it_value.tv_sec = nextTime(currentTime(), offset);
     ::timerfd_settime(m_timer.get(), TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &time, nullptr);

@@ -2,16 +2,16 @@
 
 #include "Log.h"
 
+#include <utility>
+
 namespace ostreld
 {
 
-ServiceThread::ServiceThread(const std::string& name, Service::OnChange onChange)
-    : m_service(name, std::move(onChange)),
-      m_channel(m_service.pipeDirectory(), name, m_service.group())
+ServiceThread::ServiceThread(std::string name, Service::OnChange onChange,
+                             std::function<void()> onStage)
+    : m_name(std::move(name)), m_onChange(std::move(onChange)), m_onStage(std::move(onStage)),
+      m_thread([this] { run(); })
 {
-    // Before the first client: a service may count on its certificate.
-    checkExpiry();
-    m_thread = std::thread([this] { serve(); });
 }
 
 ServiceThread::~ServiceThread()
@@ -22,35 +22,84 @@ ServiceThread::~ServiceThread()
 
 void ServiceThread::stop()
 {
-    m_channel.stop();
-}
-
-void ServiceThread::serve()
-{
-    try {
-        m_channel.run({
-            [this](const std::string& message) { return answer(message); },
-            [this] { doTasks(); },
-            m_clock.descriptor().get(),
-            [this] { checkExpiry(); },
-        });
-    } catch (const std::exception& caught) {
-        logEvent("{}: no longer served: {}", m_service.name(), caught.what());
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_isToEnd = true;
+    if (m_channel) {
+        m_channel->stop();
     }
-    m_channel.end();
-}
-
-std::string ServiceThread::answer(const std::string& message)
-{
-    std::string reply = m_service.answer(message, [this] { return m_channel.confideReply(); });
-    followConfiguration();
-    return reply;
 }
 
 void ServiceThread::ask(Task task)
 {
+    const std::lock_guard<std::mutex> guard(m_mutex);
     m_tasks |= static_cast<unsigned int>(task);
-    m_channel.wake();
+    if (m_channel) {
+        m_channel->wake();
+    }
+}
+
+void ServiceThread::advanceTo(Stage stage)
+{
+    m_stage = stage;
+    m_onStage();
+}
+
+void ServiceThread::run()
+{
+    try {
+        m_service.emplace(m_name, m_onChange);
+        m_clock.emplace();
+        openChannel();
+        // Before the first client: a service may count on its certificate.
+        checkExpiry();
+        logEvent("{}: served", m_name);
+        advanceTo(Stage::Serving);
+        serve();
+    } catch (const std::exception& caught) {
+        m_isToEnd = true;
+        logEvent("{}: {} served: {}", m_name, m_stage == Stage::Starting ? "not" : "no longer",
+                 caught.what());
+    }
+    end();
+    advanceTo(Stage::Ended);
+}
+
+void ServiceThread::openChannel()
+{
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_channel.emplace(m_service->pipeDirectory(), m_name, m_service->group());
+    if (m_isToEnd) {
+        m_channel->stop();
+    } else {
+        m_channel->wake();
+    }
+}
+
+void ServiceThread::serve()
+{
+    m_channel->run({
+        [this](const std::string& message) { return answer(message); },
+        [this] { doTasks(); },
+        m_clock->descriptor().get(),
+        [this] { checkExpiry(); },
+    });
+}
+
+void ServiceThread::end()
+{
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    if (m_channel) {
+        m_channel->end();
+        m_channel.reset();
+        logEvent("{}: ended", m_name);
+    }
+}
+
+std::string ServiceThread::answer(const std::string& message)
+{
+    std::string reply = m_service->answer(message, [this] { return m_channel->confideReply(); });
+    followConfiguration();
+    return reply;
 }
 
 void ServiceThread::doTasks()
@@ -61,13 +110,13 @@ void ServiceThread::doTasks()
     };
     if (isAsked(Task::Reload)) {
         attempt("configuration", [this] {
-            m_service.reload();
-            logEvent("{}: configuration read again", m_service.name());
+            m_service->reload();
+            logEvent("{}: configuration read again", m_service->name());
         });
         followConfiguration();
     }
     if (isAsked(Task::CheckNetwork)) {
-        attempt("network", [this] { m_service.checkNetwork(); });
+        attempt("network", [this] { m_service->checkNetwork(); });
     }
     if (isAsked(Task::CheckExpiry) || isAsked(Task::Reload)) {
         checkExpiry();
@@ -76,8 +125,8 @@ void ServiceThread::doTasks()
 
 void ServiceThread::checkExpiry()
 {
-    m_clock.arm(m_service.expiryCheckOffset());
-    attempt("certificate", [this] { m_service.checkExpiry(); });
+    m_clock->arm(m_service->expiryCheckOffset());
+    attempt("certificate", [this] { m_service->checkExpiry(); });
 }
 
 template <class Work>
@@ -86,15 +135,15 @@ void ServiceThread::attempt(const char* what, Work work)
     try {
         work();
     } catch (const std::exception& caught) {
-        logEvent("{}: the former {} stays: {}", m_service.name(), what, caught.what());
+        logEvent("{}: the former {} stays: {}", m_service->name(), what, caught.what());
     }
 }
 
 // A "reload" may have changed who may call, and when to look at the ends.
 void ServiceThread::followConfiguration()
 {
-    attempt("group", [this] { m_channel.shareWith(m_service.group()); });
-    m_clock.follow(m_service.expiryCheckOffset());
+    attempt("group", [this] { m_channel->shareWith(m_service->group()); });
+    m_clock->follow(m_service->expiryCheckOffset());
 }
 
 } // namespace ostreld

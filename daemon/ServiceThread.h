@@ -5,6 +5,9 @@
 #include "Service.h"
 
 #include <atomic>
+#include <functional>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -18,26 +21,39 @@ enum class Task : unsigned int {
     CheckNetwork = 4,
 };
 
-/// One service in a thread of its own, so that none waits for another.
+/// One service in a thread of its own, from what is to be done before the first
+/// call to the end of the last one, so that no service waits for another.
 class ServiceThread
 {
 public:
-    /// Starts serving: when this returns, clients may call. Throws as Service
-    /// and Channel do.
-    ServiceThread(const std::string& name, Service::OnChange onChange);
+    enum class Stage { Starting, Serving, Ended };
+
+    /// Starts the thread. It calls `onStage` whenever it has reached another
+    /// stage: the end, too, when the service cannot be served, which it logs.
+    ServiceThread(std::string name, Service::OnChange onChange, std::function<void()> onStage);
     /// Stops, and waits for the end of the thread.
     ~ServiceThread();
     ServiceThread(const ServiceThread&) = delete;
     ServiceThread& operator=(const ServiceThread&) = delete;
 
-    /// Has the thread do it soon; a failure is logged.
+    Stage stage() const { return m_stage; }
+
+    /// Has the thread do it soon; a failure is logged. One that is to end does
+    /// nothing more.
     void ask(Task task);
 
     /// Lets the call that is under way end, and serves no other.
     void stop();
 
+    /// Whether it has been told to end, or ends by itself.
+    bool isToEnd() const { return m_isToEnd; }
+
 private:
+    void run();
+    void advanceTo(Stage stage);
     void serve();
+    void openChannel();
+    void end();
     std::string answer(const std::string& message);
     void doTasks();
     void checkExpiry();
@@ -45,10 +61,18 @@ private:
     void attempt(const char* what, Work work);
     void followConfiguration();
 
-    Service m_service;
-    Channel m_channel;
-    ExpiryClock m_clock;
+    const std::string m_name;
+    const Service::OnChange m_onChange;
+    const std::function<void()> m_onStage;
+    std::atomic<Stage> m_stage{Stage::Starting};
+    std::atomic<bool> m_isToEnd{false};
     std::atomic<unsigned int> m_tasks{0};
+
+    std::optional<Service> m_service;
+    std::optional<ExpiryClock> m_clock;
+    // Made by the thread, and used by others: that it is there is guarded.
+    std::mutex m_mutex;
+    std::optional<Channel> m_channel;
     std::thread m_thread;
 };
 

@@ -1,6 +1,7 @@
 #include "integration/DaemonCase.h"
 
 #include "support/CapturedErrors.h"
+#include "support/ScriptedClient.h"
 #include "support/TestCertificate.h"
 
 #include <gmock/gmock.h>
@@ -15,6 +16,8 @@ namespace
 using daemon_case::askStatus;
 using daemon_case::payload;
 using daemon_case::refusal;
+using support::ScriptedClient;
+using support::Step;
 using support::TestCertificate;
 
 const char readAgain[] = "web: configuration read again";
@@ -60,7 +63,8 @@ TEST_F(Reload, ServesARemovedServiceNoMore)
     ostrelApi::OstrelService vpn("vpn");
     EXPECT_TRUE(vpn.isServiceRunning());
     std::filesystem::remove(device.serviceDirectory() + "/vpn.conf");
-    daemon.reload(readAgain);
+    daemon.reload("vpn: ended");
+    EXPECT_THAT(daemon.log(), testing::HasSubstr("vpn: its configuration is gone"));
     try {
         vpn.isServiceRunning();
         ADD_FAILURE() << "still served";
@@ -167,6 +171,17 @@ TEST_F(Reload, ServesAServiceWhoseConfigurationWasBrokenAtTheStart)
     device.addService("mail", "managmentGroup ostrel\n");
     daemon.reload("mail: served");
     EXPECT_EQ(askStatus("mail"), payload("running"));
+}
+
+TEST_F(Reload, ServesAServiceThatHadToEndAgain)
+{
+    ScriptedClient client(device, "web", "", Step::OpensCommandFifo);
+    std::filesystem::remove(pipe("web", "in"));
+    const support::RunningDaemon::LogMark mark(daemon);
+    client.kill();
+    mark.await("web: no longer served: ");
+    daemon.reload("web: served");
+    EXPECT_EQ(askStatus("web"), payload("running"));
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 
 #include "support/Await.h"
 #include "support/Program.h"
-#include "tools/Descriptor.h"
 
 #include <gtest/gtest.h>
 
@@ -55,19 +54,28 @@ RunningDaemon::~RunningDaemon()
 
 void RunningDaemon::start(const std::vector<std::string>& options)
 {
+    launch(options);
+    awaitReady();
+}
+
+void RunningDaemon::launch(const std::vector<std::string>& options)
+{
     int ends[2];
     // Not closed on exec: the daemon gets the writing end by its number.
     if (::pipe(ends) != 0) {
         throw std::runtime_error("no pipe for the daemon");
     }
-    const Descriptor reading(ends[0]);
-    Descriptor writing(ends[1]);
-    ::fcntl(reading.get(), F_SETFD, FD_CLOEXEC);
+    m_ready = Descriptor(ends[0]);
+    const Descriptor writing(ends[1]);
+    ::fcntl(m_ready.get(), F_SETFD, FD_CLOEXEC);
     std::vector<std::string> words = {path, "--ready-fd", std::to_string(writing.get())};
     words.insert(words.end(), options.begin(), options.end());
     m_pid = startProgram(words, m_logPath, m_logPath);
-    writing.close();
-    if (!isLineFeedNext(reading)) {
+}
+
+void RunningDaemon::awaitReady()
+{
+    if (!isLineFeedNext(m_ready)) {
         kill();
         throw std::runtime_error("ostreld does not start:\n" + log());
     }

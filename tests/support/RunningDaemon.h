@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/TextFiles.h"
+#include "tools/Descriptor.h"
 
 #include <csignal>
 #include <string>
@@ -29,6 +30,10 @@ public:
     /// Starts it and waits until every service answers. Throws with its log
     /// when it ends instead.
     void start(const std::vector<std::string>& options = {});
+
+    /// The two parts of that.
+    void launch(const std::vector<std::string>& options = {});
+    void awaitReady();
 
     /// Sends a signal that ends it, waits, and returns its exit status.
     int stop(int signal = SIGTERM);
@@ -66,6 +71,7 @@ public:
 private:
     const TemporaryDirectory m_directory;
     const std::string m_logPath = m_directory / "log";
+    ostrel::Descriptor m_ready;
     pid_t m_pid = -1;
 };
 

@@ -1,0 +1,92 @@
+#include "Services.h"
+
+#include "Log.h"
+
+#include <ostrel/ServiceConfiguration.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace ostreld
+{
+
+Services::Services(Service::OnChange onChange) : m_onChange(std::move(onChange)) {}
+
+void Services::update()
+{
+    const std::vector<std::string> list = ostrel::ServiceConfiguration::getServiceList();
+    m_waiting = {list.begin(), list.end()};
+    for (const auto& [name, thread] : m_threads) {
+        if (thread->isToEnd()) {
+            continue;
+        }
+        if (m_waiting.erase(name) != 0) {
+            thread->ask(Task::Reload);
+        } else {
+            logEvent("{}: its configuration is gone", name);
+            thread->stop();
+        }
+    }
+    tend();
+}
+
+void Services::tend()
+{
+    m_progress.take();
+    for (auto entry = m_threads.begin(); entry != m_threads.end();) {
+        const bool hasEnded = entry->second->stage() == ServiceThread::Stage::Ended;
+        entry = hasEnded ? m_threads.erase(entry) : std::next(entry);
+    }
+    for (const std::string& name : std::exchange(m_waiting, {})) {
+        if (m_threads.count(name) == 0) {
+            start(name);
+        } else {
+            m_waiting.insert(name);
+        }
+    }
+}
+
+// A service that cannot be served keeps no other from being served.
+void Services::start(const std::string& name)
+{
+    try {
+        m_threads.emplace(
+            name, std::make_unique<ServiceThread>(name, m_onChange, [this] { m_progress.give(); }));
+    } catch (const std::exception& caught) {
+        logEvent("{}: not served: {}", name, caught.what());
+    }
+}
+
+bool Services::areUp() const
+{
+    return m_waiting.empty() && countOf(ServiceThread::Stage::Starting) == 0;
+}
+
+std::size_t Services::count() const
+{
+    return countOf(ServiceThread::Stage::Serving);
+}
+
+std::size_t Services::countOf(ServiceThread::Stage stage) const
+{
+    const auto isThere = [stage](const auto& entry) { return entry.second->stage() == stage; };
+    return static_cast<std::size_t>(std::count_if(m_threads.begin(), m_threads.end(), isThere));
+}
+
+void Services::askAll(Task task)
+{
+    for (const auto& [name, thread] : m_threads) {
+        thread->ask(task);
+    }
+}
+
+void Services::stop()
+{
+    m_waiting.clear();
+    for (const auto& [name, thread] : m_threads) {
+        thread->stop();
+    }
+    m_threads.clear();
+}
+
+} // namespace ostreld

@@ -1,0 +1,94 @@
+#include "integration/ServerCase.h"
+
+#include "support/Await.h"
+
+#include <gmock/gmock.h>
+
+#include <future>
+
+namespace
+{
+
+using daemon_case::askStatus;
+using server_case::payload;
+using testing::HasSubstr;
+using testing::Not;
+
+const char hook[] = "#!/bin/sh\n"
+                    "echo \"$1\" >>\"$OSTREL_SANDBOX/hooked\"\n"
+                    "read line <\"$OSTREL_SANDBOX/go.$1\"\n"
+                    "cat /etc/ostrel/web.cnf\n";
+
+/// Services whose hook does not end before it is let go.
+class ServiceThreads : public server_case::WithServer
+{
+protected:
+    ServiceThreads()
+    {
+        const std::string script = "/etc/ostrel/scripts/hook";
+        support::writeText(script, hook);
+        std::filesystem::permissions(script, std::filesystem::perms(0700));
+        support::writeText(m_hooked, "");
+        for (const char* service : {"alarm", "web"}) {
+            ::mkfifo((m_go + service).c_str(), 0600);
+        }
+    }
+
+    void awaitHook(const std::string& service) const
+    {
+        support::awaitChange(m_hooked, "the hook of " + service, [&] {
+            return support::readText(m_hooked).find(service + '\n') != std::string::npos;
+        });
+    }
+
+    void letHookGo(const std::string& service) const
+    {
+        ostrel::Descriptor::open(m_go + service, O_WRONLY);
+    }
+
+    const std::string m_hooked = support::boxDirectory() + "/hooked";
+    const std::string m_go = support::boxDirectory() + "/go.";
+};
+
+TEST_F(ServiceThreads, ComeUpIndependently)
+{
+    const char settings[] = "cnfHookFile hook\nselfSignedGeneration yes\n";
+    configure(settings);
+    device.addService("alarm", support::readText("/etc/ostrel/services/web.conf"));
+    const support::RunningDaemon::LogMark mark(daemon);
+    daemon.launch();
+    mark.await("vpn: served");
+    EXPECT_EQ(askStatus("vpn"), payload("running"));
+    for (const char* service : {"alarm", "web"}) {
+        awaitHook(service);
+        EXPECT_THAT(daemon.log(), Not(HasSubstr("serving"))) << "ready before " << service;
+        letHookGo(service);
+    }
+    daemon.awaitReady();
+    EXPECT_THAT(daemon.log(), HasSubstr("serving 3 services"));
+    EXPECT_NE(web().getServerActiveCertificateId(), "");
+}
+
+TEST_F(ServiceThreads, ThatAreBusyDelayNoReload)
+{
+    configure("cnfHookFile hook\n");
+    const std::string configuration = support::readText("/etc/ostrel/services/web.conf");
+    daemon.start();
+    auto call =
+        std::async(std::launch::async, [] { return server_case::ask(ostrel::CommandCreateCsr); });
+    awaitHook("web");
+    std::filesystem::remove("/etc/ostrel/services/web.conf");
+    daemon.reload("web: its configuration is gone");
+    device.addService("mail", "managmentGroup ostrel\n");
+    device.addService("web", configuration);
+    daemon.reload("mail: served");
+    EXPECT_EQ(askStatus("mail"), payload("running"));
+    EXPECT_THAT(daemon.log(), Not(HasSubstr("web: ended")));
+    const support::RunningDaemon::LogMark mark(daemon);
+    letHookGo("web");
+    EXPECT_EQ(call.get(), payload(""));
+    mark.await("web: served");
+    EXPECT_EQ(askStatus("web"), payload("running"));
+}
+
+} // namespace
