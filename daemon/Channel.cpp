@@ -64,6 +64,24 @@ Channel::Channel(const std::string& directory, const std::string& service, gid_t
 
 Channel::~Channel() = default;
 
+void Channel::retire(const std::string& directory, const std::string& service)
+{
+    constexpr gid_t sameGroup = static_cast<gid_t>(-1);
+    const std::string base = directory + '/' + service;
+    if (!isThere(base + ".in") && !isThere(base + ".out")) {
+        return;
+    }
+    try {
+        Channel channel(directory, service, sameGroup);
+        channel.stop();
+        channel.run({[](const std::string&) { return std::string(); }, [] {}, -1, [] {}});
+        channel.end();
+    } catch (const std::exception& caught) {
+        logEvent("{}: its callers may wait in vain: {}", service, caught.what());
+        freeName(base + ".in");
+    }
+}
+
 // A client that a former daemon left in the middle of its call either goes on
 // now, or waits for an answer that nobody else will give.
 void Channel::takeUpFormerCall()

@@ -52,6 +52,11 @@ public:
     Channel(const Channel&) = delete;
     Channel& operator=(const Channel&) = delete;
 
+    /// Does for a service that nobody serves what is left to do: callers whom a
+    /// former daemon left waiting have an answer, and new ones are told that the
+    /// daemon is off.
+    static void retire(const std::string& directory, const std::string& service);
+
     /// Answers messages until stop().
     void run(const Duties& duties);
 

@@ -85,7 +85,7 @@ void Daemon::run(int readyDescriptor)
 {
     m_ready = Descriptor(readyDescriptor);
     const NotificationFifo notifications;
-    m_services.update();
+    m_services.begin();
     serve(notifications);
     logEvent("ending");
     m_services.stop();

@@ -59,6 +59,13 @@ Descriptor requireOpen(Descriptor descriptor, const std::string& attempt, const 
     return descriptor;
 }
 
+bool isThere(const std::string& path)
+{
+    struct stat status {
+    };
+    return ::lstat(path.c_str(), &status) == 0;
+}
+
 bool freeName(const std::string& path)
 {
     if (::unlink(path.c_str()) == 0 || errno == ENOENT) {

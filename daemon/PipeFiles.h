@@ -18,6 +18,9 @@ constexpr mode_t groupWritesMode = 0620;
 ostrel::Descriptor requireOpen(ostrel::Descriptor descriptor, const std::string& attempt,
                                const std::string& what);
 
+/// Whether anything has the name `path`.
+bool isThere(const std::string& path);
+
 /// Removes whatever has the name `path`, a full directory too, and follows no
 /// link; a missing one is no failure. True when the name is free: what of a
 /// directory cannot be removed is logged, and lies under another name.

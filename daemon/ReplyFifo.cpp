@@ -50,9 +50,7 @@ ReplyFifo::~ReplyFifo()
 
 bool ReplyFifo::isThere() const
 {
-    struct stat status {
-    };
-    return ::lstat(m_path.c_str(), &status) == 0;
+    return ostreld::isThere(m_path);
 }
 
 // Whether what is open here is what has the name now.

@@ -2,6 +2,8 @@
 
 #include "Log.h"
 
+#include <ostrel/DaemonConfiguration.h>
+
 #include <utility>
 
 namespace ostreld
@@ -59,6 +61,7 @@ void ServiceThread::run()
         m_isToEnd = true;
         logEvent("{}: {} served: {}", m_name, m_stage == Stage::Starting ? "not" : "no longer",
                  caught.what());
+        giveUp();
     }
     end();
     advanceTo(Stage::Ended);
@@ -85,14 +88,24 @@ void ServiceThread::serve()
     });
 }
 
+// What could not be opened once may be open to the second attempt.
+void ServiceThread::giveUp()
+{
+    {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        m_channel.reset();
+    }
+    Channel::retire(ostrel::DaemonConfiguration::getNamePipesDirectory() + '/' + m_name, m_name);
+}
+
 void ServiceThread::end()
 {
     const std::lock_guard<std::mutex> guard(m_mutex);
     if (m_channel) {
         m_channel->end();
         m_channel.reset();
-        logEvent("{}: ended", m_name);
     }
+    logEvent("{}: ended", m_name);
 }
 
 std::string ServiceThread::answer(const std::string& message)

@@ -53,6 +53,7 @@ private:
     void advanceTo(Stage stage);
     void serve();
     void openChannel();
+    void giveUp();
     void end();
     std::string answer(const std::string& message);
     void doTasks();

@@ -2,15 +2,25 @@
 
 #include "Log.h"
 
+#include <ostrel/DaemonConfiguration.h>
 #include <ostrel/ServiceConfiguration.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <utility>
 
 namespace ostreld
 {
 
+namespace fs = std::filesystem;
+
 Services::Services(Service::OnChange onChange) : m_onChange(std::move(onChange)) {}
+
+void Services::begin()
+{
+    update();
+    retireOthers();
+}
 
 void Services::update()
 {
@@ -54,6 +64,20 @@ void Services::start(const std::string& name)
             name, std::make_unique<ServiceThread>(name, m_onChange, [this] { m_progress.give(); }));
     } catch (const std::exception& caught) {
         logEvent("{}: not served: {}", name, caught.what());
+        Channel::retire(ostrel::DaemonConfiguration::getNamePipesDirectory() + '/' + name, name);
+    }
+}
+
+// A daemon that was killed may have served others than are configured now.
+void Services::retireOthers() const
+{
+    const fs::path pipes = ostrel::DaemonConfiguration::getNamePipesDirectory();
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator(pipes, ignored)) {
+        const std::string name = entry.path().filename().string();
+        if (entry.is_directory(ignored) && m_threads.count(name) == 0) {
+            Channel::retire(entry.path().string(), name);
+        }
     }
 }
 

@@ -19,6 +19,10 @@ class Services
 public:
     explicit Services(Service::OnChange onChange);
 
+    /// update() for the first time. What a former daemon served, and nobody
+    /// serves now, is off for its callers.
+    void begin();
+
     /// Serves what the configuration names now: new services are started, known
     /// ones read their configurations again, and others end.
     void update();
@@ -42,6 +46,7 @@ public:
 
 private:
     void start(const std::string& name);
+    void retireOthers() const;
     std::size_t countOf(ServiceThread::Stage stage) const;
 
     const Service::OnChange m_onChange;
