@@ -2,17 +2,51 @@
 
 #include "Log.h"
 
+#include "tools/ErrorText.h"
+
 #include <ostrel/DaemonConfiguration.h>
 #include <ostrel/ServiceConfiguration.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <utility>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace ostreld
 {
 
 namespace fs = std::filesystem;
+
+namespace
+{
+
+// The list of services is empty, too, where the directory cannot be read: only
+// what is surely gone is served no more. None of this takes a descriptor, of
+// which there may be none left.
+bool isServiceDirectoryReadable()
+{
+    const std::string path = ostrel::DaemonConfiguration::getServiceConfigDirectory();
+    const bool isReadable = ::access((path + "/.").c_str(), R_OK | X_OK) == 0;
+    if (!isReadable) {
+        logEvent("what is served stays: cannot read {}: {}", path, ostrel::errorText(errno));
+    }
+    return isReadable;
+}
+
+bool isConfigurationGone(const std::string& service)
+{
+    const std::string directory = ostrel::DaemonConfiguration::getServiceConfigDirectory();
+    struct stat status {
+    };
+    return ::lstat((directory + '/' + service + ".conf").c_str(), &status) == 0
+               ? !S_ISREG(status.st_mode)
+               : errno == ENOENT;
+}
+
+} // namespace
 
 Services::Services(Service::OnChange onChange) : m_onChange(std::move(onChange)) {}
 
@@ -26,15 +60,18 @@ void Services::update()
 {
     const std::vector<std::string> list = ostrel::ServiceConfiguration::getServiceList();
     m_waiting = {list.begin(), list.end()};
+    const bool isReadable = isServiceDirectoryReadable();
     for (const auto& [name, thread] : m_threads) {
         if (thread->isToEnd()) {
             continue;
         }
         if (m_waiting.erase(name) != 0) {
             thread->ask(Task::Reload);
-        } else {
+        } else if (isReadable && isConfigurationGone(name)) {
             logEvent("{}: its configuration is gone", name);
             thread->stop();
+        } else {
+            logEvent("{}: served on, with the former configuration", name);
         }
     }
     tend();

@@ -1,6 +1,7 @@
 #include "integration/DaemonCase.h"
 
 #include "support/CapturedErrors.h"
+#include "support/DescriptorLimit.h"
 #include "support/ScriptedClient.h"
 #include "support/TestCertificate.h"
 
@@ -182,6 +183,29 @@ TEST_F(Reload, ServesAServiceThatHadToEndAgain)
     mark.await("web: no longer served: ");
     daemon.reload("web: served");
     EXPECT_EQ(askStatus("web"), payload("running"));
+}
+
+TEST_F(Reload, ServesOnWhatItServedWhileTheServiceDirectoryCannotBeRead)
+{
+    ostrelApi::OstrelService client("web");
+    const char away[] = "/etc/ostrel/away";
+    std::filesystem::rename(device.serviceDirectory(), away);
+    daemon.reload("what is served stays: cannot read " + device.serviceDirectory());
+    EXPECT_TRUE(client.isServiceRunning());
+    std::filesystem::rename(away, device.serviceDirectory());
+    daemon.reload(readAgain);
+    EXPECT_EQ(askStatus("vpn"), payload("running"));
+    EXPECT_THAT(daemon.log(), testing::Not(testing::HasSubstr("its configuration is gone")));
+}
+
+TEST_F(Reload, ServesOnWhatItServedWithoutADescriptorToReadTheServiceDirectory)
+{
+    ostrelApi::OstrelService client("web");
+    support::limitDescriptors(daemon.pid(), support::noMoreDescriptors);
+    daemon.reload("web: served on, with the former configuration");
+    support::limitDescriptors(daemon.pid(), support::enoughDescriptors);
+    EXPECT_TRUE(client.isServiceRunning());
+    EXPECT_THAT(daemon.log(), testing::Not(testing::HasSubstr("its configuration is gone")));
 }
 
 } // namespace
