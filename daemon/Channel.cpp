@@ -31,6 +31,9 @@ constexpr std::size_t sweepCount = sizeof sweepPauses / sizeof *sweepPauses;
 // A client that never ceases to write keeps the daemon from nothing else.
 constexpr int readsInARow = 512;
 
+// Where something was short, and no event tells of its end; in milliseconds.
+constexpr int lookPause = 50;
+
 constexpr long nanosecondsPerMillisecond = 1000000;
 
 void startTimer(const Descriptor& timer, long milliseconds)
@@ -115,11 +118,15 @@ void Channel::run(const Duties& duties)
 {
     while (!m_isDone) {
         pollfd entries[] = {
-            {m_in.descriptor().get(), POLLIN, 0},   {m_notices.get(), POLLIN, 0},
-            {m_wake.descriptor().get(), POLLIN, 0}, {m_timer.get(), POLLIN, 0},
-            {m_reply.blockedWriter(), POLLOUT, 0},  {duties.clock, POLLIN, 0},
+            {m_in.reader(), POLLIN, 0},
+            {m_notices.get(), POLLIN, 0},
+            {m_wake.descriptor().get(), POLLIN, 0},
+            {m_timer.get(), POLLIN, 0},
+            {m_reply.blockedWriter(), POLLOUT, 0},
+            {duties.clock, POLLIN, 0},
         };
-        if (::poll(entries, sizeof entries / sizeof *entries, -1) == -1 && errno != EINTR) {
+        const int pause = isShort() ? lookPause : -1;
+        if (::poll(entries, sizeof entries / sizeof *entries, pause) == -1 && errno != EINTR) {
             failSystemCall("wait for", m_service);
         }
         // A message first: what the notices tell happened after it was written.
@@ -127,6 +134,7 @@ void Channel::run(const Duties& duties)
             takeInput(duties.answer);
         }
         takeNotices();
+        doWhatWasShort();
         if (entries[4].revents != 0) {
             m_reply.writeOn();
         }
@@ -212,6 +220,22 @@ std::string Channel::replyTo(const CommandFifo::Message& message, const Answer& 
         return withCode(CommandUnexpectedEnding);
     }
     return answer(message.text);
+}
+
+bool Channel::isShort() const
+{
+    return m_reply.isToBeLookedAt() || (m_in.isToBeReopened() && !m_isStopping);
+}
+
+void Channel::doWhatWasShort()
+{
+    if (m_in.isToBeReopened() && !m_isStopping) {
+        m_in.reopen();
+    }
+    if (m_reply.isToBeLookedAt()) {
+        m_reply.lookAgain();
+        answerFormerCall();
+    }
 }
 
 void Channel::takeNotices()

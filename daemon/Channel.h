@@ -81,6 +81,8 @@ private:
 
     void takeInput(const Answer& answer);
     std::string replyTo(const CommandFifo::Message& message, const Answer& answer) const;
+    bool isShort() const;
+    void doWhatWasShort();
     void takeNotices();
     void takeWake(const std::function<void()>& onWake);
 

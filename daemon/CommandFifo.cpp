@@ -33,8 +33,12 @@ void CommandFifo::shareWith(gid_t group) const
 
 void CommandFifo::reopen()
 {
-    m_fifo =
-        requireOpen(Descriptor::open(m_path, O_RDONLY | O_NONBLOCK | O_NOFOLLOW), "open", m_path);
+    Descriptor fifo = Descriptor::open(m_path, O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
+    m_isToBeReopened = m_fifo.isOpen() && !fifo.isOpen() && isShortage(errno);
+    if (m_isToBeReopened) {
+        return;
+    }
+    m_fifo = requireOpen(std::move(fifo), "open", m_path);
     if (!isFifo(m_fifo)) {
         throw std::runtime_error(m_path + " is not a FIFO");
     }
@@ -42,7 +46,7 @@ void CommandFifo::reopen()
 
 bool CommandFifo::isReady() const
 {
-    return eventsOf(m_fifo, POLLIN) != 0;
+    return !m_isToBeReopened && eventsOf(m_fifo, POLLIN) != 0;
 }
 
 std::optional<CommandFifo::Message> CommandFifo::take()

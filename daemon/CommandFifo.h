@@ -24,7 +24,8 @@ public:
     /// Makes it, and opens it.
     explicit CommandFifo(std::string path);
 
-    const ostrel::Descriptor& descriptor() const { return m_fifo; }
+    /// What to wait for until isReady(); -1 while it is to be reopened.
+    int reader() const { return m_isToBeReopened ? -1 : m_fifo.get(); }
 
     /// Lets `group` write into it.
     void shareWith(gid_t group) const;
@@ -36,7 +37,9 @@ public:
     std::optional<Message> take();
 
     /// Opens it anew, so that the next writer is never mistaken for the last one.
+    /// Where there is no descriptor for that, it has to be done later.
     void reopen();
+    bool isToBeReopened() const { return m_isToBeReopened; }
 
     /// Whether a client has it open; for the end, for this takes a byte.
     bool isMessageUnderWay() const;
@@ -51,6 +54,7 @@ private:
     const std::string m_path;
     ostrel::Descriptor m_fifo;
     Message m_message;
+    bool m_isToBeReopened = false;
 };
 
 } // namespace ostreld

@@ -59,6 +59,11 @@ Descriptor requireOpen(Descriptor descriptor, const std::string& attempt, const 
     return descriptor;
 }
 
+bool isShortage(int error)
+{
+    return error == EMFILE || error == ENFILE || error == ENOMEM;
+}
+
 bool isThere(const std::string& path)
 {
     struct stat status {

@@ -18,6 +18,9 @@ constexpr mode_t groupWritesMode = 0620;
 ostrel::Descriptor requireOpen(ostrel::Descriptor descriptor, const std::string& attempt,
                                const std::string& what);
 
+/// Whether `error` is a lack of what the machine may have again in a moment.
+bool isShortage(int error);
+
 /// Whether anything has the name `path`.
 bool isThere(const std::string& path);
 

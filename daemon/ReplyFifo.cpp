@@ -1,7 +1,10 @@
 #include "ReplyFifo.h"
 
 #include "Files.h"
+#include "Log.h"
 #include "PipeFiles.h"
+
+#include "tools/ErrorText.h"
 
 #include <openssl/crypto.h>
 
@@ -84,8 +87,45 @@ void ReplyFifo::openNew()
         const std::string path = pathOf(found);
         m_reader = Descriptor::open(path, O_RDONLY | O_NONBLOCK);
         m_writer = Descriptor::open(path, O_WRONLY | O_NONBLOCK);
-        m_watch = ::inotify_add_watch(m_notices.get(), path.c_str(), IN_OPEN);
     }
+    delayIf(!m_writer.isOpen() && isShortage(errno));
+    if (m_writer.isOpen()) {
+        watch();
+    }
+}
+
+void ReplyFifo::watch()
+{
+    m_watch = ::inotify_add_watch(m_notices.get(), pathOf(m_writer).c_str(), IN_OPEN);
+    if (m_watch == -1) {
+        logEvent("{} is not watched: {}", m_path, ostrel::errorText(errno));
+    }
+}
+
+void ReplyFifo::delayIf(bool isShort)
+{
+    if (isShort && !m_isDelayed) {
+        logEvent("{} has to wait: {}", m_path, ostrel::errorText(errno));
+    }
+    m_isDelayed = isShort;
+}
+
+bool ReplyFifo::isToBeLookedAt() const
+{
+    return m_isDelayed || (m_writer.isOpen() && m_watch == -1);
+}
+
+void ReplyFifo::lookAgain()
+{
+    if (m_isDelayed) {
+        openNew();
+        if (m_writer.isOpen()) {
+            writeOn();
+        } else if (!m_isDelayed) {
+            drop();
+        }
+    }
+    dropIfTaken();
 }
 
 std::optional<uid_t> ReplyFifo::confide()
@@ -108,7 +148,7 @@ bool ReplyFifo::give(std::string text)
     }
     m_text = std::move(text);
     m_written = 0;
-    m_isAnswered = m_writer.isOpen();
+    m_isAnswered = m_writer.isOpen() || m_isDelayed;
     if (!m_isAnswered) {
         drop();
         return false;
@@ -129,7 +169,7 @@ int ReplyFifo::blockedWriter() const
 
 void ReplyFifo::writeOn()
 {
-    while (isUnwritten()) {
+    while (m_writer.isOpen() && isUnwritten()) {
         const ssize_t count =
             ::write(m_writer.get(), &m_text[m_written], m_text.size() - m_written);
         if (count > 0) {
@@ -185,6 +225,7 @@ void ReplyFifo::drop()
     m_written = 0;
     m_isAnswered = false;
     m_isConfided = false;
+    m_isDelayed = false;
 }
 
 bool ReplyFifo::remove() const

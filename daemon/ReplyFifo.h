@@ -47,6 +47,11 @@ public:
     /// Goes on writing, as far as there is room.
     void writeOn();
 
+    /// Whether a limit of the machine keeps it from being opened or watched: no
+    /// event tells of it then, and lookAgain() is to be called now and then.
+    bool isToBeLookedAt() const;
+    void lookAgain();
+
     /// Whether `event` tells that somebody opened the FIFO.
     bool isOpening(const inotify_event& event) const;
 
@@ -67,6 +72,8 @@ public:
 
 private:
     void openNew();
+    void watch();
+    void delayIf(bool isShort);
     bool isCurrent() const;
     bool isUnwritten() const;
     bool isTaken();
@@ -80,6 +87,7 @@ private:
     std::size_t m_written = 0;
     bool m_isAnswered = false;
     bool m_isConfided = false;
+    bool m_isDelayed = false;
 };
 
 } // namespace ostreld

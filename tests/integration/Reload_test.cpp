@@ -1,7 +1,6 @@
 #include "integration/DaemonCase.h"
 
 #include "support/CapturedErrors.h"
-#include "support/DescriptorLimit.h"
 #include "support/ScriptedClient.h"
 #include "support/TestCertificate.h"
 
@@ -195,16 +194,6 @@ TEST_F(Reload, ServesOnWhatItServedWhileTheServiceDirectoryCannotBeRead)
     std::filesystem::rename(away, device.serviceDirectory());
     daemon.reload(readAgain);
     EXPECT_EQ(askStatus("vpn"), payload("running"));
-    EXPECT_THAT(daemon.log(), testing::Not(testing::HasSubstr("its configuration is gone")));
-}
-
-TEST_F(Reload, ServesOnWhatItServedWithoutADescriptorToReadTheServiceDirectory)
-{
-    ostrelApi::OstrelService client("web");
-    support::limitDescriptors(daemon.pid(), support::noMoreDescriptors);
-    daemon.reload("web: served on, with the former configuration");
-    support::limitDescriptors(daemon.pid(), support::enoughDescriptors);
-    EXPECT_TRUE(client.isServiceRunning());
     EXPECT_THAT(daemon.log(), testing::Not(testing::HasSubstr("its configuration is gone")));
 }
 

@@ -1,16 +1,28 @@
 #pragma once
 
+#include "tools/Descriptor.h"
+
+#include <vector>
+
 #include <sys/types.h>
 
 namespace support
 {
 
-/// As few as a daemon that runs has in any case; poll() takes no more entries.
-constexpr unsigned int noMoreDescriptors = 8;
-constexpr unsigned int enoughDescriptors = 200;
+/// Descriptors that programs inherit from now on, while the object lives: what
+/// they open themselves has higher numbers, and a limit to those leaves enough
+/// for poll(), which takes no more entries than a process may have descriptors.
+class InheritedDescriptors
+{
+public:
+    InheritedDescriptors();
 
-/// Lets the process `pid` open descriptors of numbers below `end` alone, and
-/// keep those that it has open.
-void limitDescriptors(pid_t pid, unsigned int end);
+private:
+    std::vector<ostrel::Descriptor> m_descriptors;
+};
+
+/// Lets the process `pid` open no descriptor more, or again as many as it likes.
+void denyDescriptors(pid_t pid);
+void allowDescriptors(pid_t pid);
 
 } // namespace support

@@ -1,0 +1,59 @@
+#include "integration/DaemonCase.h"
+
+#include "support/DescriptorLimit.h"
+#include "support/ScriptedClient.h"
+
+#include <gmock/gmock.h>
+
+namespace
+{
+
+using support::ScriptedClient;
+using support::Step;
+
+/// A daemon that the kernel gives nothing more.
+class Limits : public daemon_case::WithDevice
+{
+protected:
+    Limits() { daemon.start(); }
+
+    const support::InheritedDescriptors m_inherited;
+};
+
+TEST_F(Limits, OfDescriptorsStopNoService)
+{
+    ostrelApi::OstrelService client("web");
+    support::denyDescriptors(daemon.pid());
+    daemon.reload("web: served on, with the former configuration");
+    support::allowDescriptors(daemon.pid());
+    EXPECT_TRUE(client.isServiceRunning());
+    EXPECT_THAT(daemon.log(), testing::Not(testing::HasSubstr("its configuration is gone")));
+}
+
+TEST_F(Limits, OfDescriptorsDelayAReply)
+{
+    ScriptedClient client(device, "web", "root\t1\tconfig\tstatus", Step::MakesReplyFifo);
+    support::denyDescriptors(daemon.pid());
+    const support::RunningDaemon::LogMark mark(daemon);
+    client.resume();
+    mark.await("web.out has to wait: ");
+    support::allowDescriptors(daemon.pid());
+    EXPECT_EQ(client.outcome(), "reply 0 running");
+    EXPECT_EQ(daemon_case::askStatus("web"), daemon_case::payload("running"));
+}
+
+/// The user's namespace of a test has limits of its own; root's does not.
+TEST_F(Limits, OfWatchesDelayAReply)
+{
+    const std::string limit = "/proc/sys/user/max_inotify_watches";
+    if (support::Accounts::hasOtherIds()) {
+        GTEST_SKIP() << "the limit would be the whole machine's";
+    }
+    ScriptedClient client(device, "web", "root\t1\tconfig\tstatus", Step::MakesReplyFifo);
+    support::writeText(limit, "2");
+    client.resume();
+    EXPECT_EQ(client.outcome(), "reply 0 running");
+    EXPECT_THAT(daemon.log(), testing::HasSubstr("web.out is not watched: "));
+}
+
+} // namespace
