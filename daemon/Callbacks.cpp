@@ -28,8 +28,6 @@ void call(const std::vector<std::string>& words)
 
 } // namespace
 
-Callbacks::Callbacks() : m_thread([this] { run(); }) {}
-
 Callbacks::~Callbacks()
 {
     {
@@ -37,7 +35,9 @@ Callbacks::~Callbacks()
         m_isEnding = true;
     }
     m_changed.notify_one();
-    m_thread.join();
+    if (m_thread.joinable()) {
+        m_thread.join();
+    }
 }
 
 void Callbacks::add(const std::string& script, const std::string& service, const std::string& event)
@@ -50,6 +50,9 @@ void Callbacks::add(const std::string& script, const std::string& service, const
     if (m_calls.size() >= mostWaiting) {
         logEvent("{}: callback for {} dropped, too many wait", service, event);
         return;
+    }
+    if (!m_thread.joinable()) {
+        m_thread = std::thread([this] { run(); });
     }
     m_calls.push_back({(directory / script).string(), service, event});
     m_changed.notify_one();

@@ -10,13 +10,13 @@
 namespace ostreld
 {
 
-/// Runs the services' callback scripts one after the other, in a thread of its
-/// own, so that a slow script delays no client. A script's failure is logged
-/// and changes nothing. Any thread may call add().
+/// Runs a service's callback scripts one after the other, in a thread of its
+/// own, so that a slow script delays no client, and no other service's scripts.
+/// A script's failure is logged and changes nothing. One thread calls add().
 class Callbacks
 {
 public:
-    Callbacks();
+    Callbacks() = default;
     /// Drops what has not begun, and waits for what has.
     ~Callbacks();
     Callbacks(const Callbacks&) = delete;
@@ -33,6 +33,7 @@ private:
     std::condition_variable m_changed;
     std::deque<std::vector<std::string>> m_calls;
     bool m_isEnding = false;
+    // From the first call on: many services have no script.
     std::thread m_thread;
 };
 

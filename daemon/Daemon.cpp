@@ -68,13 +68,7 @@ void writePidFile()
 
 } // namespace
 
-Daemon::Daemon()
-    : m_lock(takeLock(DaemonConfiguration::getLockFile())), m_signals(openSignals()),
-      m_services([this](const auto& script, const auto& service, const auto& event) {
-          m_callbacks.add(script, service, event);
-      })
-{
-}
+Daemon::Daemon() : m_lock(takeLock(DaemonConfiguration::getLockFile())), m_signals(openSignals()) {}
 
 Daemon::~Daemon()
 {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Callbacks.h"
 #include "NotificationFifo.h"
 #include "Services.h"
 
@@ -36,7 +35,6 @@ private:
     ostrel::Descriptor m_signals;
     ostrel::Descriptor m_ready;
     bool m_isReady = false;
-    Callbacks m_callbacks;
     Services m_services;
 };
 

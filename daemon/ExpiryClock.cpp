@@ -35,15 +35,6 @@ void ExpiryClock::arm(std::uint32_t offset)
     itimerspec time{};
     time.it_value.tv_sec = nextTime(currentTime(), offset);
     ::timerfd_settime(m_timer.get(), TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &time, nullptr);
-    m_offset = offset;
-}
-
-// Only then: what is due already would be lost.
-void ExpiryClock::follow(std::uint32_t offset)
-{
-    if (offset != m_offset) {
-        arm(offset);
-    }
 }
 
 } // namespace ostreld

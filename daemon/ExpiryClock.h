@@ -20,12 +20,8 @@ public:
     /// Waits for `offset` seconds after midnight UTC.
     void arm(std::uint32_t offset);
 
-    /// arm(), if it waits for another time of the day than that.
-    void follow(std::uint32_t offset);
-
 private:
     ostrel::Descriptor m_timer;
-    std::uint32_t m_offset = 0;
 };
 
 } // namespace ostreld

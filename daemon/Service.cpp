@@ -202,6 +202,7 @@ void Service::reload()
         serverStore->rebuild();
     }
     m_configuration = std::move(configuration);
+    ++m_readings;
     m_group = group;
     m_stores.swap(stores);
     m_server.reset();
@@ -243,7 +244,9 @@ std::string Service::carryOut(const Commands& command)
 {
     const Operation& operation = operationOf(command);
     std::string payload = (this->*operation.work)(command);
-    if (operation.event != nullptr) {
+    // Revoking nothing changes nothing.
+    const bool isChange = operation.work != &Service::revoke || !payload.empty();
+    if (operation.event != nullptr && isChange) {
         const bool isOwn = command.target == ostrel::TargetServer;
         tellChange((isOwn ? "server" : storeOf(command.target).row().word) + std::string("-") +
                    operation.event);

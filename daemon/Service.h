@@ -29,6 +29,9 @@ public:
     /// std::runtime_error, or Refusal where the configuration is at fault.
     Service(const std::string& name, OnChange onChange);
 
+    /// How often the configuration has been read.
+    unsigned int readings() const { return m_readings; }
+
     /// Makes the reply one for a single user, and returns who that is; nothing
     /// where that cannot be done.
     using Confide = std::function<std::optional<uid_t>()>;
@@ -103,6 +106,7 @@ private:
     const std::string m_name;
     const OnChange m_onChange;
     std::unique_ptr<ostrel::ServiceConfiguration> m_configuration;
+    unsigned int m_readings = 0;
     gid_t m_group = 0;
     std::string m_pipeDirectory;
     std::vector<CertificateStore> m_stores;

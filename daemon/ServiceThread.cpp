@@ -9,10 +9,8 @@
 namespace ostreld
 {
 
-ServiceThread::ServiceThread(std::string name, Service::OnChange onChange,
-                             std::function<void()> onStage)
-    : m_name(std::move(name)), m_onChange(std::move(onChange)), m_onStage(std::move(onStage)),
-      m_thread([this] { run(); })
+ServiceThread::ServiceThread(std::string name, std::function<void()> onStage)
+    : m_name(std::move(name)), m_onStage(std::move(onStage)), m_thread([this] { run(); })
 {
 }
 
@@ -49,7 +47,9 @@ void ServiceThread::advanceTo(Stage stage)
 void ServiceThread::run()
 {
     try {
-        m_service.emplace(m_name, m_onChange);
+        m_callbacks.emplace();
+        m_service.emplace(m_name, [this](const auto& script, const auto& /*service*/,
+                                         const auto& event) { tellChange(script, event); });
         m_clock.emplace();
         openChannel();
         // Before the first client: a service may count on its certificate.
@@ -65,6 +65,16 @@ void ServiceThread::run()
     }
     end();
     advanceTo(Stage::Ended);
+}
+
+// The change is made, whatever becomes of its callback.
+void ServiceThread::tellChange(const std::string& script, const std::string& event)
+{
+    try {
+        m_callbacks->add(script, m_name, event);
+    } catch (const std::exception& caught) {
+        logEvent("{}: callback for {} dropped: {}", m_name, event, caught.what());
+    }
 }
 
 void ServiceThread::openChannel()
@@ -105,13 +115,17 @@ void ServiceThread::end()
         m_channel->end();
         m_channel.reset();
     }
+    m_callbacks.reset();
     logEvent("{}: ended", m_name);
 }
 
 std::string ServiceThread::answer(const std::string& message)
 {
+    const unsigned int before = m_service->readings();
     std::string reply = m_service->answer(message, [this] { return m_channel->confideReply(); });
-    followConfiguration();
+    if (m_service->readings() != before) {
+        followConfiguration();
+    }
     return reply;
 }
 
@@ -131,7 +145,7 @@ void ServiceThread::doTasks()
     if (isAsked(Task::CheckNetwork)) {
         attempt("network", [this] { m_service->checkNetwork(); });
     }
-    if (isAsked(Task::CheckExpiry) || isAsked(Task::Reload)) {
+    if (isAsked(Task::CheckExpiry)) {
         checkExpiry();
     }
 }
@@ -152,11 +166,11 @@ void ServiceThread::attempt(const char* what, Work work)
     }
 }
 
-// A "reload" may have changed who may call, and when to look at the ends.
+// Another group may call, and it may be time for a certificate.
 void ServiceThread::followConfiguration()
 {
     attempt("group", [this] { m_channel->shareWith(m_service->group()); });
-    m_clock->follow(m_service->expiryCheckOffset());
+    checkExpiry();
 }
 
 } // namespace ostreld

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Callbacks.h"
 #include "Channel.h"
 #include "ExpiryClock.h"
 #include "Service.h"
@@ -30,7 +31,7 @@ public:
 
     /// Starts the thread. It calls `onStage` whenever it has reached another
     /// stage: the end, too, when the service cannot be served, which it logs.
-    ServiceThread(std::string name, Service::OnChange onChange, std::function<void()> onStage);
+    ServiceThread(std::string name, std::function<void()> onStage);
     /// Stops, and waits for the end of the thread.
     ~ServiceThread();
     ServiceThread(const ServiceThread&) = delete;
@@ -52,6 +53,7 @@ private:
     void run();
     void advanceTo(Stage stage);
     void serve();
+    void tellChange(const std::string& script, const std::string& event);
     void openChannel();
     void giveUp();
     void end();
@@ -63,12 +65,13 @@ private:
     void followConfiguration();
 
     const std::string m_name;
-    const Service::OnChange m_onChange;
     const std::function<void()> m_onStage;
     std::atomic<Stage> m_stage{Stage::Starting};
     std::atomic<bool> m_isToEnd{false};
     std::atomic<unsigned int> m_tasks{0};
 
+    // The thread ends it, so that nobody else waits for a script.
+    std::optional<Callbacks> m_callbacks;
     std::optional<Service> m_service;
     std::optional<ExpiryClock> m_clock;
     // Made by the thread, and used by others: that it is there is guarded.

@@ -48,8 +48,6 @@ bool isConfigurationGone(const std::string& service)
 
 } // namespace
 
-Services::Services(Service::OnChange onChange) : m_onChange(std::move(onChange)) {}
-
 void Services::begin()
 {
     update();
@@ -97,8 +95,8 @@ void Services::tend()
 void Services::start(const std::string& name)
 {
     try {
-        m_threads.emplace(
-            name, std::make_unique<ServiceThread>(name, m_onChange, [this] { m_progress.give(); }));
+        m_threads.emplace(name,
+                          std::make_unique<ServiceThread>(name, [this] { m_progress.give(); }));
     } catch (const std::exception& caught) {
         logEvent("{}: not served: {}", name, caught.what());
         Channel::retire(ostrel::DaemonConfiguration::getNamePipesDirectory() + '/' + name, name);

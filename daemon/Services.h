@@ -17,8 +17,6 @@ namespace ostreld
 class Services
 {
 public:
-    explicit Services(Service::OnChange onChange);
-
     /// update() for the first time. What a former daemon served, and nobody
     /// serves now, is off for its callers.
     void begin();
@@ -49,7 +47,6 @@ private:
     void retireOthers() const;
     std::size_t countOf(ServiceThread::Stage stage) const;
 
-    const Service::OnChange m_onChange;
     const Event m_progress;
     // To be started once there is no former thread of the service.
     std::set<std::string> m_waiting;

@@ -15,8 +15,9 @@ using server_case::payload;
 using testing::HasSubstr;
 using testing::Not;
 
-const char record[] = "for word; do printf '<%s>' \"$word\"; done >>\"$OSTREL_SANDBOX/calls\"\n"
-                      "echo >>\"$OSTREL_SANDBOX/calls\"\n";
+// By one write, for the scripts of several services run at the same time.
+const char record[] = "for word; do line=\"$line<$word>\"; done\n"
+                      "printf '%s\\n' \"$line\" >>\"$OSTREL_SANDBOX/calls\"\n";
 
 class Callbacks : public server_case::WithServer
 {
@@ -158,6 +159,32 @@ TEST_F(Callbacks, ThatHangDelayNobodyAndAreEnded)
     EXPECT_THAT(daemon.log(), Not(HasSubstr("takes too long")));
     mark.await("web: callback for server-request: /etc/ostrel/scripts/changed takes too long");
     EXPECT_EQ(callsAfter("<web><server-apply>"), "<web><server-apply>\n");
+}
+
+TEST_F(Callbacks, AreNotMadeWhenNothingWasRevoked)
+{
+    writeScript("/etc/ostrel/scripts/changed", record);
+    configure("callbackScript changed\nca yes\n");
+    daemon.start();
+    EXPECT_EQ(daemon_case::ask("web", ostrel::TargetCA, ostrel::CommandRevoke), payload(""));
+    EXPECT_EQ(daemon_case::ask("web", ostrel::TargetCA, ostrel::CommandRevoke, {"unknown"}),
+              payload(""));
+    const std::string id = web().addCA(support::TestCertificate().pem());
+    web().revokeCA(id);
+    EXPECT_EQ(callsAfter("<web><ca-revoke>"), "<web><ca-add>\n<web><ca-revoke>\n");
+}
+
+TEST_F(Callbacks, ThatHangDelayNoOtherServices)
+{
+    writeScript("/etc/ostrel/scripts/quick", record);
+    device.addService("vpn", std::string(daemon_case::vpnConfiguration) + "callbackScript quick\n");
+    startWith("exec sleep 1000\n");
+    web().createServerCsr();
+    web().createServerCsr();
+    ostrelApi::OstrelService("vpn").addCA(support::TestCertificate().pem());
+    EXPECT_EQ(callsAfter("<vpn><ca-add>"), "<vpn><ca-add>\n");
+    EXPECT_THAT(daemon.log(), Not(HasSubstr("takes too long")));
+    daemon.kill();
 }
 
 } // namespace
