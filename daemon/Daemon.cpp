@@ -4,6 +4,7 @@
 
 #include <ostrel/DaemonConfiguration.h>
 
+#include <algorithm>
 #include <csignal>
 
 #include <poll.h>
@@ -21,6 +22,15 @@ namespace
 {
 
 constexpr mode_t everybodyReadsMode = 0644;
+
+const struct {
+    char byte;
+    Task task;
+    const char* text;
+} notificationRows[] = {
+    {'n', Task::CheckNetwork, "the network changed"},
+    {'t', Task::CheckExpiry, "the time changed"},
+};
 
 Descriptor takeLock(const std::string& path)
 {
@@ -78,6 +88,7 @@ Daemon::~Daemon()
 void Daemon::run(int readyDescriptor)
 {
     m_ready = Descriptor(readyDescriptor);
+    ::fcntl(m_ready.get(), F_SETFD, FD_CLOEXEC);
     const NotificationFifo notifications;
     m_services.begin();
     serve(notifications);
@@ -129,21 +140,22 @@ bool Daemon::takeSignal()
     return true;
 }
 
+// Many at once say no more than one, and are worth one line.
 void Daemon::takeNotifications(const NotificationFifo& notifications)
 {
-    for (const char notification : notifications.take()) {
-        switch (notification) {
-        case 'n':
-            logEvent("the network changed");
-            m_services.askAll(Task::CheckNetwork);
-            break;
-        case 't':
-            logEvent("the time changed");
-            m_services.askAll(Task::CheckExpiry);
-            break;
-        default:
-            logEvent("notification {} is unknown", static_cast<int>(notification));
+    const std::string bytes = notifications.take();
+    std::size_t known = 0;
+    for (const auto& [byte, task, text] : notificationRows) {
+        const auto count = static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), byte));
+        if (count > 0) {
+            logEvent("{} (notifications: {})", text, count);
+            m_services.askAll(task);
         }
+        known += count;
+    }
+    if (known < bytes.size()) {
+        logEvent("unknown notifications: {}, the first {}", bytes.size() - known,
+                 static_cast<int>(bytes[bytes.find_first_not_of("nt")]));
     }
 }
 

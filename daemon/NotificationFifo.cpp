@@ -52,9 +52,11 @@ NotificationFifo::~NotificationFifo()
 
 std::string NotificationFifo::take() const
 {
-    char bytes[256];
-    const ssize_t count = ::read(m_fifo.get(), bytes, sizeof bytes);
-    return std::string(bytes, count > 0 ? static_cast<std::size_t>(count) : 0);
+    // As much as the FIFO holds.
+    std::string bytes(65536, '\0');
+    const ssize_t count = ::read(m_fifo.get(), bytes.data(), bytes.size());
+    bytes.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+    return bytes;
 }
 
 } // namespace ostreld

@@ -5,9 +5,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <stdexcept>
+#include <thread>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -25,6 +27,7 @@ namespace
 {
 
 using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
 
 /// How the program starts: input empty, output into a pipe, a process group of
 /// its own, no signal blocked or ignored.
@@ -42,7 +45,9 @@ public:
         sigset_t signals;
         sigemptyset(&signals);
         ::posix_spawnattr_setsigmask(&m_attributes, &signals);
+        // What the daemon itself ignores.
         sigaddset(&signals, SIGPIPE);
+        sigaddset(&signals, SIGIO);
         ::posix_spawnattr_setsigdefault(&m_attributes, &signals);
     }
     ~Spawn()
@@ -76,6 +81,13 @@ private:
     posix_spawnattr_t m_attributes;
 };
 
+bool awaitReadable(const Descriptor& descriptor, Clock::time_point deadline)
+{
+    const auto left = std::chrono::duration_cast<milliseconds>(deadline - Clock::now());
+    pollfd entry{descriptor.get(), POLLIN, 0};
+    return left.count() > 0 && ::poll(&entry, 1, static_cast<int>(left.count())) > 0;
+}
+
 /// A running program; killed with its group and waited for at the latest when
 /// the object goes.
 class Running
@@ -95,8 +107,11 @@ public:
     Running(const Running&) = delete;
     Running& operator=(const Running&) = delete;
 
-    /// Readable once the program has ended.
-    const Descriptor& end() const { return m_end; }
+    /// Whether it ended in time.
+    bool awaitEnd(Clock::time_point deadline) const
+    {
+        return m_end.isOpen() ? awaitReadable(m_end, deadline) : lookForEnd(deadline);
+    }
 
     int wait()
     {
@@ -108,17 +123,30 @@ public:
     }
 
 private:
+    bool hasEnded() const
+    {
+        siginfo_t info{};
+        constexpr int flags = WEXITED | WNOHANG | WNOWAIT;
+        return ::waitid(P_PID, static_cast<id_t>(m_pid), &info, flags) == 0 && info.si_pid != 0;
+    }
+
+    // Linux before 5.3 has no descriptor that tells of the end of a child.
+    bool lookForEnd(Clock::time_point deadline) const
+    {
+        constexpr milliseconds longest{100};
+        for (milliseconds pause{1}; !hasEnded(); pause = std::min(2 * pause, longest)) {
+            if (Clock::now() >= deadline) {
+                return false;
+            }
+            std::this_thread::sleep_for(pause);
+        }
+        return true;
+    }
+
     pid_t m_pid;
+    // Readable once the program has ended.
     Descriptor m_end;
 };
-
-bool awaitReadable(const Descriptor& descriptor, Clock::time_point deadline)
-{
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-    pollfd entry{descriptor.get(), POLLIN, 0};
-    return left.count() > 0 && ::poll(&entry, 1, static_cast<int>(left.count())) > 0;
-}
 
 void require(bool isFine, const std::string& program, const char* otherwise)
 {
@@ -154,7 +182,7 @@ std::string runProgram(const std::vector<std::string>& words, std::chrono::milli
     Running program(Spawn(input.get()).start(words));
     input.close();
     const std::string text = readOutput(output, words[0], deadline);
-    require(awaitReadable(program.end(), deadline), words[0], " takes too long");
+    require(program.awaitEnd(deadline), words[0], " takes too long");
     const int status = program.wait();
     require(WIFEXITED(status) && WEXITSTATUS(status) == 0, words[0], " failed");
     return text;

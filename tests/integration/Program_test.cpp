@@ -1,15 +1,18 @@
 #include "Program.h"
 
+#include "support/DeniedSystemCalls.h"
 #include "support/TextFiles.h"
 #include "tools/Descriptor.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <csignal>
 #include <stdexcept>
 
 #include <poll.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
 namespace
 {
@@ -95,12 +98,26 @@ TEST(Program, IsEndedWithItsChildren)
 TEST(Program, StartsWithNoSignalBlockedOrIgnored)
 {
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGIO, SIG_IGN);
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
     ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, &signals, nullptr), 0);
     EXPECT_EQ(failureOf("kill -PIPE $$"), "/bin/sh failed");
+    EXPECT_EQ(failureOf("kill -IO $$"), "/bin/sh failed");
     EXPECT_EQ(failureOf("kill -TERM $$"), "/bin/sh failed");
+}
+
+/// Linux before 5.3.
+TEST(Program, IsWaitedForWithoutADescriptorOfIt)
+{
+    if (!support::denySystemCalls({SYS_pidfd_open}, ENOSYS)) {
+        GTEST_SKIP() << "this machine denies no system calls";
+    }
+    EXPECT_EQ(run("printf one"), "one");
+    EXPECT_EQ(run("exec >&-; sleep 0.05"), "");
+    EXPECT_EQ(failureOf("exit 3"), "/bin/sh failed");
+    EXPECT_EQ(failureOf("exec >&-; exec sleep 1000", moment), "/bin/sh takes too long");
 }
 
 } // namespace

@@ -211,7 +211,8 @@ TEST_F(Server, IsToldOfNotifications)
     } rows[] = {
         {"the network changed", ostrelApi::OstrelService::notifyNetwork},
         {"the time changed", ostrelApi::OstrelService::notifyTime},
-        {"notification 120 is unknown", [] { ostrelApi::OstrelService::sendNotification('x'); }},
+        {"unknown notifications: 1, the first 120",
+         [] { ostrelApi::OstrelService::sendNotification('x'); }},
     };
     for (const auto& row : rows) {
         const support::RunningDaemon::LogMark mark(daemon);
@@ -234,6 +235,17 @@ TEST_F(Server, TellsTheSameTimeOfARequestAfterAReloadAndAStart)
     EXPECT_EQ(changed(), made);
     daemon.restart();
     EXPECT_EQ(changed(), made);
+}
+
+TEST_F(Server, LogsManyNotificationsOfAKindAsOneLine)
+{
+    const std::string path = device.pipesDirectory() + "/notification.signal";
+    const support::RunningDaemon::LogMark mark(daemon);
+    ASSERT_TRUE(ostrel::writeAll(ostrel::Descriptor::open(path, O_WRONLY),
+                                 std::string(3000, 'n') + "tt" + std::string(1000, 'x')));
+    mark.await("the network changed (notifications: 3000)");
+    mark.await("the time changed (notifications: 2)");
+    mark.await("unknown notifications: 1000, the first 120");
 }
 
 } // namespace

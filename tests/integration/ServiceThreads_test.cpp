@@ -91,4 +91,20 @@ TEST_F(ServiceThreads, ThatAreBusyDelayNoReload)
     EXPECT_EQ(askStatus("web"), payload("running"));
 }
 
+TEST_F(ServiceThreads, GiveTheirHooksNoDescriptorOfTheDaemon)
+{
+    support::writeText("/etc/ostrel/scripts/hook", "#!/bin/sh\n"
+                                                   "ls -l /proc/$$/fd >\"$OSTREL_SANDBOX/hooked\"\n"
+                                                   "cat /etc/ostrel/web.cnf\n");
+    configure("cnfHookFile hook\nselfSignedGeneration yes\n");
+    daemon.start();
+    const std::string list = support::readText(m_hooked);
+    const std::string words =
+        support::readText("/proc/" + std::to_string(daemon.pid()) + "/cmdline");
+    const std::string option = "--ready-fd";
+    const char* const number = words.c_str() + words.find(option) + option.size() + 1;
+    EXPECT_THAT(list, HasSubstr(" 1 -> "));
+    EXPECT_THAT(list, Not(HasSubstr(' ' + std::string(number) + " -> ")));
+}
+
 } // namespace
