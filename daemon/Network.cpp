@@ -1,7 +1,12 @@
 #include "Network.h"
 
+#include "Files.h"
+#include "Log.h"
+
 #include <algorithm>
 #include <memory>
+#include <sstream>
+#include <string_view>
 
 #include <arpa/inet.h>
 #include <ifaddrs.h>
@@ -14,6 +19,8 @@ namespace ostreld
 
 namespace
 {
+
+constexpr std::string_view dnsPrefix = "DNS:";
 
 // An address of an interface, and whether the device gave it to itself.
 struct Address {
@@ -64,35 +71,60 @@ void addAddress(const ifaddrs& entry, const ostrel::ServiceConfiguration& servic
     }
 }
 
+std::string formerHostName(const std::string& former, const std::string& otherwise)
+{
+    std::istringstream lines(former);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.compare(0, dnsPrefix.size(), dnsPrefix) == 0) {
+            return line.substr(dnsPrefix.size());
+        }
+    }
+    return otherwise;
+}
+
 // The name with its domain where the resolver knows one, else the plain name.
-std::string hostName()
+std::string hostName(const std::string& former)
 {
     char name[256] = "";
     ::gethostname(name, sizeof name - 1);
     addrinfo hints{};
     hints.ai_flags = AI_CANONNAME;
     addrinfo* found = nullptr;
-    if (::getaddrinfo(name, nullptr, &hints, &found) != 0) {
+    const int error = ::getaddrinfo(name, nullptr, &hints, &found);
+    if (error == EAI_NONAME) {
         return name;
+    }
+    if (error != 0) {
+        logEvent("the full name of {} is not known now: {}", name, ::gai_strerror(error));
+        return formerHostName(former, name);
     }
     const std::unique_ptr<addrinfo, void (*)(addrinfo*)> owner(found, ::freeaddrinfo);
     return found->ai_canonname != nullptr ? found->ai_canonname : name;
 }
 
+void addAddresses(const ostrel::ServiceConfiguration& service, std::vector<std::string>& names)
+{
+    ifaddrs* first = nullptr;
+    if (::getifaddrs(&first) != 0) {
+        failSystemCall("tell the addresses", "of the device");
+    }
+    const std::unique_ptr<ifaddrs, void (*)(ifaddrs*)> owner(first, ::freeifaddrs);
+    for (const ifaddrs* entry = first; entry != nullptr; entry = entry->ifa_next) {
+        addAddress(*entry, service, names);
+    }
+}
+
 } // namespace
 
-std::vector<std::string> alternativeNames(const ostrel::ServiceConfiguration& service)
+std::vector<std::string> alternativeNames(const ostrel::ServiceConfiguration& service,
+                                          const std::string& former)
 {
     std::vector<std::string> names;
-    ifaddrs* first = nullptr;
-    if (!service.m_networkConfigurations.empty() && ::getifaddrs(&first) == 0) {
-        const std::unique_ptr<ifaddrs, void (*)(ifaddrs*)> owner(first, ::freeifaddrs);
-        for (const ifaddrs* entry = first; entry != nullptr; entry = entry->ifa_next) {
-            addAddress(*entry, service, names);
-        }
+    if (!service.m_networkConfigurations.empty()) {
+        addAddresses(service, names);
     }
     if (service.m_includeFQDN) {
-        names.push_back("DNS:" + hostName());
+        names.push_back(std::string(dnsPrefix) + hostName(former));
     }
     std::sort(names.begin(), names.end());
     names.erase(std::unique(names.begin(), names.end()), names.end());

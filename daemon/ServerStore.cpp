@@ -357,9 +357,11 @@ bool ServerStore::isSelfSignedDue(std::int64_t now) const
 
 bool ServerStore::isNetworkOutdated() const
 {
-    return hasActive() && m_service->m_selfSignedGeneration && activeCertificate().isSelfSigned() &&
-           orEmpty(m_files.paths.certNetworkPath(m_active)) !=
-               networkText(alternativeNames(*m_service));
+    if (!hasActive() || !m_service->m_selfSignedGeneration || !activeCertificate().isSelfSigned()) {
+        return false;
+    }
+    const std::string former = orEmpty(m_files.paths.certNetworkPath(m_active));
+    return former != networkText(alternativeNames(*m_service, former));
 }
 
 } // namespace ostreld
