@@ -91,20 +91,23 @@ void endBySignal()
     }
 }
 
+int statusOf(Context& context)
+{
+    const Invocation& invocation = context.invocation;
+    try {
+        return finishWith(invocation.command->run(context), invocation);
+    } catch (const std::exception&) {
+        return finishWith(explained(context), invocation);
+    }
+}
+
 int perform(const Invocation& invocation)
 {
     prepareLastWords(invocation);
     const Deadline deadline(invocation.number("--timeout"));
     const TraceCapture trace(invocation.has("--debug"));
     Context context{invocation, terminalAt(STDERR_FILENO, invocation.one("--color")), trace};
-    std::optional<Failure> failure;
-    Outcome outcome;
-    try {
-        outcome = invocation.command->run(context);
-    } catch (const std::exception&) {
-        failure = explained(context);
-    }
-    const int status = failure ? finishWith(*failure, invocation) : finishWith(outcome, invocation);
+    const int status = statusOf(context);
     endBySignal();
     return status;
 }

@@ -40,16 +40,25 @@ Json storeJson(const OstrelService& service, const Store& store)
 
 /// The one that ends first.
 struct Next {
-    Json json;
-    std::int64_t validUntil = 0;
+    std::optional<Entry> entry;
+    const Store* store = nullptr;
 
-    void take(const Entry& entry, const Store& store)
+    void take(const Entry& other, const Store& its)
     {
-        if (entry.validUntil && (json.is_null() || *entry.validUntil < validUntil)) {
-            json = jsonOf(entry);
-            json["store"] = store.word;
-            validUntil = *entry.validUntil;
+        if (other.validUntil && (!entry || *other.validUntil < *entry->validUntil)) {
+            entry = other;
+            store = &its;
         }
+    }
+
+    Json json() const
+    {
+        if (!entry) {
+            return nullptr;
+        }
+        Json row = jsonOf(*entry);
+        row["store"] = store->word;
+        return row;
     }
 };
 
@@ -67,7 +76,7 @@ void addStores(Json& row, OstrelService& service, const std::string& name)
         }
         row["stores"][store->word] = json;
     }
-    row["nextExpiry"] = next.json;
+    row["nextExpiry"] = next.json();
 }
 
 // A service that is out of order keeps no other from being listed.
