@@ -81,8 +81,8 @@ protected:
         case Takes::AName:
             return "Test CA";
         case Takes::Pem:
-            return operation.does == Does::Import ? newFor(operation.on)
-                                                  : support::readText(pathOf(operation.on));
+            return operation.does == Does::Query ? support::readText(pathOf(operation.on))
+                                                 : newFor(operation.on);
         case Takes::APath:
             return operation.does == Does::Import ? given(newFor(operation.on))
                                                   : pathOf(operation.on);

@@ -29,7 +29,7 @@ struct StoreRow {
 
 const StoreRow storeRows[] = {
     {"Server", On::Server, "managmentGroup root\nca yes\ntrustedClients yes\n", 18},
-    {"CA", On::CA, "managmentGroup root\nserver yes\ncnfFile /unused\ntrustedClients yes\n", 14},
+    {"CA", On::CA, "managmentGroup root\nserver yes\ncnfFile /unused\ntrustedClients yes\n", 15},
     {"TrustedClient", On::TrustedClient,
      "managmentGroup root\nserver yes\ncnfFile /unused\nca yes\n", 14},
 };
