@@ -4,8 +4,6 @@
 
 #include "tools/ErrorText.h"
 
-#include <ostrel/Tools.h>
-
 #include <fmt/format.h>
 
 #include <cerrno>
@@ -27,7 +25,6 @@ namespace
 constexpr uid_t sameUser = static_cast<uid_t>(-1);
 constexpr mode_t ownerOnly = 0600;
 constexpr mode_t allModeBits = 07777;
-constexpr unsigned int randomLength = 8;
 
 Descriptor openOrFail(const std::string& path, int flags, mode_t mode = 0)
 {
@@ -149,24 +146,8 @@ short eventsOf(const Descriptor& file, short events)
 
 bool isOwn(const struct stat& status, mode_t type)
 {
-    // A file may be another one's too, by a second name.
     return (status.st_mode & S_IFMT) == type && status.st_uid == ::geteuid() &&
            (type == S_IFDIR || status.st_nlink == 1);
-}
-
-void clearWay(const std::string& path, mode_t type)
-{
-    struct stat status {
-    };
-    if (::lstat(path.c_str(), &status) != 0 || isOwn(status, type)) {
-        return;
-    }
-    const std::string aside = path + ".foreign-" + ostrel::Tools::getRandomName(randomLength);
-    const bool isMoved = S_ISDIR(status.st_mode) && ::rename(path.c_str(), aside.c_str()) == 0;
-    if (!isMoved && ::unlink(path.c_str()) != 0) {
-        failSystemCall("clear the way of", path);
-    }
-    logEvent("{} is not the daemon's own: {}", path, isMoved ? "now " + aside : "removed");
 }
 
 void makeDirectory(const std::string& path, mode_t widest, Durability durability)

@@ -35,10 +35,9 @@ bool isFifo(const ostrel::Descriptor& file);
 /// What poll() says of `events` at this moment.
 short eventsOf(const ostrel::Descriptor& file, short events);
 
-/// In a directory that clients write: removes what has the name `path`, unless
-/// it is of this type (S_IFDIR ...) and the daemon's alone. A directory, which
-/// may hold something, gets another name. Either is logged.
-void clearWay(const std::string& path, mode_t type);
+/// Whether something is of this type (S_IFDIR ...) and the daemon's alone: a file
+/// may be another one's too, by a second name.
+bool isOwn(const struct stat& status, mode_t type);
 
 /// Whether a file, or a directory, has to outlive a power cut.
 enum class Durability { Lasting, Volatile };

@@ -102,8 +102,7 @@ void removeUnlessOwn(const std::string& path, mode_t type)
     struct stat status {
     };
     const bool isThere = ::lstat(path.c_str(), &status) == 0;
-    const bool isOwn = (status.st_mode & S_IFMT) == type && status.st_uid == ::geteuid();
-    if (isThere && !isOwn && freeName(path)) {
+    if (isThere && !isOwn(status, type) && freeName(path)) {
         logEvent("{} is not the daemon's own: removed", path);
     }
 }

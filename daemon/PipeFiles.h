@@ -32,8 +32,8 @@ bool freeName(const std::string& path);
 /// Removes what freeName() had to leave for `path` before.
 void removeSetAside(const std::string& path);
 
-/// Removes what has the name `path` if it is of another type than `type`, or another
-/// user's: while no daemon runs, a client can put a file of its own there.
+/// Removes what has the name `path` unless it is of this type and the daemon's alone:
+/// while no daemon runs, a client can put a file of its own there.
 void removeUnlessOwn(const std::string& path, mode_t type);
 
 } // namespace ostreld

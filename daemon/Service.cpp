@@ -13,7 +13,6 @@
 #include <filesystem>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace ostreld
@@ -160,8 +159,6 @@ Service::Service(const std::string& name, OnChange onChange)
     if (name.empty()) {
         throw Refusal(BadServiceId, "a service without a name");
     }
-    // The channel takes it for the daemon's own.
-    clearWay(m_pipeDirectory + '/' + name + ".lock", S_IFREG);
     reload();
     removeLeftImports();
 }

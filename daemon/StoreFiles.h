@@ -3,6 +3,7 @@
 #include "Certificate.h"
 #include "Files.h"
 #include "Log.h"
+#include "PipeFiles.h"
 #include "Refusal.h"
 
 #include <ostrel/Tools.h>
@@ -58,7 +59,7 @@ public:
         const std::filesystem::path cached = paths.cachedDirectoryPath();
         make(cached.parent_path().string(), m_certificatesMode, Durability::Lasting);
         make(cached.string(), passThroughMode, Durability::Lasting);
-        clearWay(paths.tmpDirectoryPath(), S_IFDIR);
+        removeUnlessOwn(paths.tmpDirectoryPath(), S_IFDIR);
         make(paths.tmpDirectoryPath(), passThroughMode, Durability::Volatile);
     }
 
