@@ -7,6 +7,9 @@
 #include <ostrel/ExternalCertificatesAccessor.h>
 #include <ostrel/InternalCertificatesAccessor.h>
 
+#include <cxxtools/date.h>
+#include <fmt/format.h>
+
 #include <cerrno>
 #include <ctime>
 
@@ -23,6 +26,9 @@ using ostrel::ExternalCertificatesAccessor;
 using ostrel::InternalCertificatesAccessor;
 
 constexpr std::int64_t day = 86400;
+// The first and the last second whose year has four digits.
+constexpr std::int64_t firstTime = -62167219200;
+constexpr std::int64_t lastTime = 253402300799;
 
 bool isServer(const Store& store)
 {
@@ -140,12 +146,15 @@ std::int64_t daysUntil(std::int64_t time)
 
 std::string timeText(std::int64_t time)
 {
-    const auto seconds = static_cast<std::time_t>(time);
-    std::tm parts{};
-    char text[32];
-    const bool isFine = ::gmtime_r(&seconds, &parts) != nullptr &&
-                        std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts) != 0;
-    return isFine ? text : std::to_string(time);
+    if (time < firstTime || time > lastTime) {
+        return std::to_string(time);
+    }
+    // By days, for a time_t may have 32 bits.
+    const std::int64_t days = time / day - (time % day < 0 ? 1 : 0);
+    const std::int64_t rest = time - days * day;
+    const cxxtools::Date date = cxxtools::Date(1970, 1, 1) + static_cast<int>(days);
+    return fmt::format("{}T{:02}:{:02}:{:02}Z", date.toString("%Y-%m-%d"), rest / 3600,
+                       rest / 60 % 60, rest % 60);
 }
 
 Json jsonOf(const Entry& entry)

@@ -47,7 +47,7 @@ private:
     void retireOthers() const;
     std::size_t countOf(ServiceThread::Stage stage) const;
 
-    const Event m_progress;
+    const Event m_progress{};
     // To be started once there is no former thread of the service.
     std::set<std::string> m_waiting;
     std::map<std::string, std::unique_ptr<ServiceThread>> m_threads;

@@ -10,6 +10,8 @@
 #include <ostrelApi/OstrelApiException.h>
 #include <ostrelApi/OverwrittenData.h>
 
+#include <fmt/format.h>
+
 #include <filesystem>
 #include <map>
 #include <sstream>
@@ -32,7 +34,7 @@ inline std::string linesOf(const std::map<std::string, std::string>& map)
 {
     std::string text;
     for (const auto& [key, value] : map) {
-        text += key + ' ' + value + '\n';
+        text += fmt::format("{} {}\n", key, value);
     }
     return text;
 }
