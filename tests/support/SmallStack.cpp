@@ -12,7 +12,12 @@ namespace support
 namespace
 {
 
+#ifdef __SANITIZE_THREAD__
+// The thread sanitizer keeps what it has of a thread there, too.
+constexpr std::size_t smallStack = (128 + 1024) * 1024;
+#else
 constexpr std::size_t smallStack = 128 * 1024;
+#endif
 constexpr std::size_t guard = 64 * 1024;
 constexpr unsigned char unused = 0xA5;
 
