@@ -20,13 +20,15 @@ using ostrel::Descriptor;
 namespace
 {
 
-bool isLineFeedNext(const Descriptor& pipe)
+std::string readToEnd(const Descriptor& pipe)
 {
+    std::string all;
     char byte = '\0';
     ssize_t count = 0;
-    while ((count = ::read(pipe.get(), &byte, 1)) == -1 && errno == EINTR) {
+    while ((count = ::read(pipe.get(), &byte, 1)) == 1 || (count == -1 && errno == EINTR)) {
+        all.append(count == 1 ? 1 : 0, byte);
     }
-    return count == 1 && byte == '\n';
+    return all;
 }
 
 } // namespace
@@ -75,7 +77,8 @@ void RunningDaemon::launch(const std::vector<std::string>& options)
 
 void RunningDaemon::awaitReady()
 {
-    if (!isLineFeedNext(m_ready)) {
+    // To its end: the daemon that has closed it has no descriptor in passing.
+    if (readToEnd(m_ready) != "\n") {
         kill();
         throw std::runtime_error("ostreld does not start:\n" + log());
     }
