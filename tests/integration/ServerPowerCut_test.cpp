@@ -3,8 +3,10 @@
 #include "support/Await.h"
 #include "support/Program.h"
 
+#include <cerrno>
 #include <csignal>
 #include <set>
+#include <system_error>
 
 #include <unistd.h>
 
@@ -207,6 +209,9 @@ class EagerClient
 public:
     explicit EagerClient(std::string (*change)()) : m_pid(::fork())
     {
+        if (m_pid == -1) {
+            throw std::system_error(errno, std::generic_category(), "fork");
+        }
         while (m_pid == 0) {
             try {
                 change();
