@@ -1,5 +1,7 @@
 #include "Program.h"
 
+#include "Spawning.h"
+
 #include "tools/Descriptor.h"
 #include "tools/ErrorText.h"
 
@@ -67,6 +69,7 @@ public:
         }
         arguments.push_back(nullptr);
         pid_t pid = -1;
+        const std::lock_guard<std::mutex> lock(spawning);
         const int error =
             ::posix_spawn(&pid, arguments[0], &m_actions, &m_attributes, arguments.data(), environ);
         if (error != 0) {

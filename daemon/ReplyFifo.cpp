@@ -3,6 +3,7 @@
 #include "Files.h"
 #include "Log.h"
 #include "PipeFiles.h"
+#include "Spawning.h"
 
 #include "tools/ErrorText.h"
 
@@ -196,6 +197,8 @@ bool ReplyFifo::isTaken()
     if (isUnwritten() || !m_writer.isOpen()) {
         return false;
     }
+    // A child's copy of the reading end would count as the client's.
+    const std::lock_guard<std::mutex> lock(spawning);
     m_reader.close();
     return (eventsOf(m_writer, POLLOUT) & POLLERR) == 0;
 }
