@@ -41,6 +41,8 @@ public:
         ::posix_spawn_file_actions_init(&m_actions);
         ::posix_spawn_file_actions_addopen(&m_actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
         ::posix_spawn_file_actions_adddup2(&m_actions, output, STDOUT_FILENO);
+        // Before it runs: until then its copies keep open what the daemon closes.
+        ::posix_spawn_file_actions_addclosefrom_np(&m_actions, STDERR_FILENO + 1);
         ::posix_spawnattr_init(&m_attributes);
         ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK |
                                                       POSIX_SPAWN_SETSIGDEF);
