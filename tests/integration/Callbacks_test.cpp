@@ -1,10 +1,13 @@
 #include "integration/ServerCase.h"
 
 #include "support/Await.h"
+#include "tools/Descriptor.h"
 
 #include <gmock/gmock.h>
 
+#include <fcntl.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 namespace
@@ -178,11 +181,16 @@ TEST_F(Callbacks, ThatHangDelayNoOtherServices)
 {
     writeScript("/etc/ostrel/scripts/quick", record);
     device.addService("vpn", std::string(daemon_case::vpnConfiguration) + "callbackScript quick\n");
-    startWith("exec sleep 1000\n");
+    // Hangs as long as this test, for a killed daemon leaves its callbacks running.
+    const std::string held = support::boxDirectory() + "/held";
+    ASSERT_EQ(::mkfifo(held.c_str(), 0600), 0);
+    const auto writer = ostrel::Descriptor::open(held, O_RDWR);
+    startWith("exec <" + held + '\n' + record + "exec cat\n");
     web().createServerCsr();
     web().createServerCsr();
+    callsAfter("<web><server-request>");
     ostrelApi::OstrelService("vpn").addCA(support::TestCertificate().pem());
-    EXPECT_EQ(callsAfter("<vpn><ca-add>"), "<vpn><ca-add>\n");
+    EXPECT_EQ(callsAfter("<vpn><ca-add>"), "<web><server-request>\n<vpn><ca-add>\n");
     EXPECT_THAT(daemon.log(), Not(HasSubstr("takes too long")));
     daemon.kill();
 }
