@@ -117,7 +117,7 @@ private:
             row["id"] = asking(
                 m_context, [&] { return m_service.importCertificate(m_store.target, given.pem); });
             row["result"] = added;
-        } catch (const ostrelApi::OstrelApiException& caught) {
+        } catch (const ostrelApi::CallError& caught) {
             if (!isOfTheCertificate(caught.getReturnCode())) {
                 throw;
             }

@@ -62,7 +62,7 @@ bool hasServer(Context& context, const OstrelService& service)
 {
     // Of the services that were not named, those without a certificate are passed over.
     if (!service.hasServer() && context.invocation.has("SERVICE")) {
-        throw ostrelApi::OstrelApiException(ostrelApi::NoSuchTarget);
+        throw ostrelApi::CallError(ostrelApi::NoSuchTarget, "");
     }
     return service.hasServer();
 }

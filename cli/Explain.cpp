@@ -8,7 +8,7 @@
 #include <ostrel/DaemonConfiguration.h>
 #include <ostrel/ServiceConfiguration.h>
 #include <ostrel/Tools.h>
-#include <ostrelApi/OstrelApiException.h>
+#include <ostrelApi/CallError.h>
 
 #include <fmt/format.h>
 
@@ -21,7 +21,6 @@ namespace ostrelctl
 namespace
 {
 
-using ostrelApi::OstrelApiException;
 
 std::string lockPathOf(const Context& context)
 {
@@ -112,7 +111,7 @@ Failure explained(const Context& context)
         throw;
     } catch (const Failure& failure) {
         return failure;
-    } catch (const OstrelApiException& caught) {
+    } catch (const ostrelApi::CallError& caught) {
         return ofCode(context, caught.getReturnCode());
     } catch (const std::exception& caught) {
         return {ExitStatus::Failed, caught.what(), "--debug tells each step"};

@@ -2,7 +2,7 @@
 
 #include "Failure.h"
 
-#include <ostrelApi/OstrelApiException.h>
+#include <ostrelApi/CallError.h>
 #include <ostrelApi/ReturnCode.h>
 
 #include <fmt/format.h>
@@ -52,7 +52,7 @@ std::string idNamed(const std::string& given, const std::vector<std::string>& al
 std::string ownIdNamed(const std::string& given, const std::vector<std::string>& all)
 {
     if (all.empty()) {
-        throw ostrelApi::OstrelApiException(ostrelApi::NoServerCertificate);
+        throw ostrelApi::CallError(ostrelApi::NoServerCertificate, "");
     }
     return given.empty() ? all.front() : idNamed(given, all);
 }

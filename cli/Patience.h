@@ -4,7 +4,7 @@
 #include "Deadline.h"
 #include "ReturnCodes.h"
 
-#include <ostrelApi/OstrelApiException.h>
+#include <ostrelApi/CallError.h>
 
 #include <chrono>
 #include <type_traits>
@@ -52,7 +52,7 @@ auto asking(const Context& context, const Work& work) -> decltype(work())
         Deadline::check();
         try {
             return wholeAnswerOf(work);
-        } catch (const ostrelApi::OstrelApiException& caught) {
+        } catch (const ostrelApi::CallError& caught) {
             if (caught.getReturnCode() != ostrelApi::ApiLocked || !patience.pause()) {
                 throw;
             }

@@ -128,11 +128,11 @@ Outcome tellRequestAge(Context& context)
     Server server(context);
     context.path.clear();
     if (!server.service.hasServer()) {
-        throw ostrelApi::OstrelApiException(ostrelApi::NoSuchTarget);
+        throw ostrelApi::CallError(ostrelApi::NoSuchTarget, "");
     }
     const std::int64_t created = server.service.getServerCsrTimestamp();
     if (created == 0) {
-        throw ostrelApi::OstrelApiException(ostrelApi::NoCsr);
+        throw ostrelApi::CallError(ostrelApi::NoCsr, "");
     }
     return {{{"service", server.name},
              {"created", timeText(created)},

@@ -26,7 +26,7 @@ public:
     CertificateIdCnMap() = default;
 
     /// The entries of a map file; throws as readFromFile() does.
-    explicit CertificateIdCnMap(const std::string& path);
+    CertificateIdCnMap(const std::string& path);
 
     /// Adds the entries of a map file to those already there.
     void readFromFile(const std::string& path);

@@ -29,23 +29,20 @@ public:
     CertificateIdList() = default;
 
     /// The ids of a list file; throws as readFromFile() does.
-    explicit CertificateIdList(const std::string& path);
+    CertificateIdList(const std::string& path);
 
     /// The pieces between the separators of `text`, empty ones included; a
     /// separator at the very end gives no further piece.
     CertificateIdList(const std::string& text, char separator);
 
     /// These ids; repeated ones count once.
-    explicit CertificateIdList(const std::vector<std::string>& ids);
+    CertificateIdList(const std::vector<std::string>& ids);
 
     /// Whether `id` is in the set.
     bool exist(const std::string& id) const;
 
-    /// @{
     /// All ids, ascending.
-    std::vector<std::string> toArray() const&;
-    std::vector<std::string> toArray() &&;
-    /// @}
+    std::vector<std::string> toArray() const;
 
     /// Every id, the last one too, followed by `separator`.
     std::string toTextList(const std::string& separator) const;
@@ -58,8 +55,6 @@ public:
     void writeIntoFile(const std::string& path, bool truncate) const;
 
 private:
-    OSTREL_HIDDEN void normalise();
-
     // Ascending and unique between calls.
     std::vector<std::string> m_ids;
 };

@@ -37,7 +37,7 @@ public:
     CertificateInfo();
 
     /// What the file `path` holds; throws as read() does.
-    explicit CertificateInfo(const std::string& path);
+    CertificateInfo(const std::string& path);
 
     virtual ~CertificateInfo();
 

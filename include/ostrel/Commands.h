@@ -68,7 +68,7 @@ public:
     /// Reads a message. Throws std::runtime_error, with a text that tells which,
     /// when the message has fewer than four fields, an unknown target, an unknown
     /// keyword, or arguments or a target that the keyword does not take.
-    explicit Commands(const std::string& message);
+    Commands(const std::string& message);
 
     /// The target that a word names: "server", "ca", "client" or "config";
     /// TargetNone for any other word.

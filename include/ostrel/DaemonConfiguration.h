@@ -26,7 +26,7 @@ class OSTREL_API DaemonConfiguration
 {
 public:
     /// The instance of the process.
-    static const DaemonConfiguration& getInstance();
+    static DaemonConfiguration& getInstance();
 
     /// Root of the certificate stores. Each of this getter's failures is a
     /// std::runtime_error that says so in front.

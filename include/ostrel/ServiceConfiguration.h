@@ -36,7 +36,7 @@ class OSTREL_API ServiceConfiguration
 {
 public:
     /// Reads the configuration of `serviceName`; throws as reload() does.
-    explicit ServiceConfiguration(const std::string& serviceName);
+    ServiceConfiguration(const std::string& serviceName);
 
     /// Reads the file again. Members of a section that is off keep their
     /// values, network interfaces are added to those already there, and after a

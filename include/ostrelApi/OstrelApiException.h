@@ -38,10 +38,10 @@ public:
     };
 
     /// From a category alone: "Error 6: Already present".
-    explicit OstrelApiException(ErrorId id);
+    OstrelApiException(ErrorId id);
 
     /// From a return code of the daemon, 0 to 43.
-    explicit OstrelApiException(int returnCode);
+    OstrelApiException(int returnCode);
 
     ~OstrelApiException() override;
 
@@ -54,19 +54,12 @@ public:
     /// The category.
     ErrorId getErrorId() const;
 
-    /// The return code that it was built from; 0 when that was a category.
-    int getReturnCode() const;
-
     /// The category of a return code; GenericException for most of them.
     ErrorId returnCodeToErrorId(int returnCode) const;
 
 private:
-    OSTREL_HIDDEN OstrelApiException(ErrorId id, int returnCode);
-
     ErrorId errorId;
     std::string message;
-    /// 0 where a category was all there was.
-    int m_returnCode;
 };
 
 /// Text of an ErrorId; "Unknown" for any other number.

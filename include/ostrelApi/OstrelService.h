@@ -2,6 +2,7 @@
 
 #include <ostrel/Commands.h>
 #include <ostrel/Export.h>
+#include <ostrelApi/CallError.h>
 #include <ostrelApi/ConfiguredField.h>
 #include <ostrelApi/OstrelApiException.h>
 #include <ostrelApi/OverwrittenData.h>
@@ -23,6 +24,8 @@ class ServiceConfiguration;
 
 namespace ostrelApi
 {
+
+struct ServicePipes;
 
 /// One service of the device, and the certificates that the daemon keeps for
 /// it: up to three stores, which are its own server certificate, the
@@ -298,6 +301,8 @@ private:
     OSTREL_HIDDEN const ostrel::InternalCertificatesAccessor& serverStore() const;
     OSTREL_HIDDEN static const ostrel::ExternalCertificatesAccessor&
     pathsOfExisting(const ExternalStore& store, const std::string& id);
+    OSTREL_HIDDEN std::string pipeDirectory() const;
+    OSTREL_HIDDEN ServicePipes pipes() const;
     OSTREL_HIDDEN std::string idOrActive(const std::string& id);
     OSTREL_HIDDEN void requirePendingCsr();
     OSTREL_HIDDEN void requireImportable(ostrel::TypeTarget target);

@@ -34,7 +34,7 @@ class OSTREL_API OverwrittenData
 {
 public:
     /// Nothing is read yet.
-    explicit OverwrittenData(const std::string& path);
+    OverwrittenData(const std::string& path);
 
     /// Sets a pending value; an empty one removes the key. Throws when the key
     /// is not of letters, digits, "-" and "_" alone, or empty, and when the

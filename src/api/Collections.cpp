@@ -1,11 +1,10 @@
 #include <ostrelApi/OstrelService.h>
 
 #include <ostrel/CertificateIdList.h>
-#include <ostrel/ServiceConfiguration.h>
 
 #include "api/ExternalStore.h"
-#include "api/LookUpFailure.h"
 #include "api/TemporaryCertificate.h"
+#include "errors/Fail.h"
 #include "store/IdCnLines.h"
 #include "store/ListFile.h"
 #include "tools/InFlight.h"
@@ -45,7 +44,7 @@ Ids orActionFailed(Read read)
     try {
         return read();
     } catch (...) {
-        throw OstrelApiException(ActionFailed);
+        failInstead();
     }
 }
 
@@ -65,13 +64,13 @@ std::string idOfSame(const ostrel::ExternalCertificatesAccessor& accessor, const
 void requireRevoked(const Ids& revoked, const std::string& id, ReturnCode otherwise)
 {
     if (revoked.empty() || revoked.front() != id) {
-        throw OstrelApiException(otherwise);
+        fail(otherwise, "the daemon did not revoke " + id);
     }
 }
 
-} // namespace
-
-void failLookUp(const std::string& path, const char* certificate)
+// Ends a look-up that could not write its temporary file. Intended: the file is
+// removed after a standard exception and left behind after any other.
+[[noreturn]] void failLookUp(const std::string& path, const char* certificate)
 {
     try {
         throw;
@@ -79,24 +78,27 @@ void failLookUp(const std::string& path, const char* certificate)
         removeTemporaryCertificate(path, failedToRemove, "'." + ostrel::textOf(caught));
         trace("Standard exception caught while getting Id for ", certificate, ": ",
               ostrel::textOf(caught));
+        failInstead();
     } catch (...) {
         trace("Generic exception caught while getting Id for ", certificate, ".");
+        failInstead();
     }
-    throw OstrelApiException(ActionFailed);
 }
+
+} // namespace
 
 std::string OstrelService::getCertificate(ostrel::TypeTarget target, const std::string& path)
 {
     const ostrel::TextFile file = readTextFile(path);
     if (!file.isComplete) {
-        throw OstrelApiException(missingCertificate(target));
+        fail(missingCertificate(target), "cannot read", path, file.error);
     }
     return ostrel::firstCertificateOf(file.text);
 }
 
 Ids OstrelService::getList(const std::string& listPath)
 {
-    return orActionFailed([&] { return ostrel::CertificateIdList(listPath).toArray(); });
+    return orActionFailed([&] { return ostrel::readIds(listPath); });
 }
 
 Ids OstrelService::getListByCN(const std::string& cnMapPath, const std::string& cn)
@@ -107,7 +109,7 @@ Ids OstrelService::getListByCN(const std::string& cnMapPath, const std::string& 
 std::string OstrelService::idOfText(const ExternalStore& store, const std::string& pem,
                                     std::string (OstrelService::*idOfFile)(const std::string&))
 {
-    const std::string path = temporaryCertificatePath(m_configuration->m_serviceName);
+    const std::string path = temporaryCertificatePath(pipeDirectory());
     try {
         // Intended: a file that cannot be written is the same certificate as none.
         writeTemporaryCertificate(path, pem);

@@ -3,7 +3,7 @@
 #include <ostrel/ExternalCertificatesAccessor.h>
 #include <ostrelApi/OstrelService.h>
 
-#include "api/StoreCheck.h"
+#include "api/Steps.h"
 
 namespace ostrelApi
 {

@@ -4,16 +4,14 @@
 #include <ostrel/Tools.h>
 
 #include "api/ExternalStore.h"
-#include "api/ImportFailure.h"
-#include "api/StoreCheck.h"
 #include "api/TemporaryCertificate.h"
-#include "tools/ErrorText.h"
+#include "errors/Explained.h"
+#include "errors/Fail.h"
 #include "tools/PemText.h"
 #include "tools/TextFile.h"
 #include "tools/Trace.h"
 
 #include <cerrno>
-#include <stdexcept>
 
 namespace ostrelApi
 {
@@ -21,48 +19,44 @@ namespace ostrelApi
 namespace
 {
 
+using ostrel::Tools;
 using ostrel::trace;
-namespace Tools = ostrel::Tools;
 
 constexpr mode_t importFileMode = 0770;
 
-// Writes the file that the daemon, a member of `group`, is to read.
-void writeImportFile(const std::string& path, const std::string& certificate,
-                     const std::string& group)
+bool changeGroup(const std::string& path, const std::string& group)
 {
-    // One that cannot be written is told by the change of its group.
-    writeTemporaryCertificate(path, ostrel::withUnixLineEnds(certificate) + '\n');
-    if (!Tools::changeGroup(path, group)) {
+    try {
+        return Tools::changeGroup(path, group);
+    } catch (const std::exception& caught) {
+        throw Explained(ostrel::textOf(caught), groupReasonOf(path, group, errno));
+    }
+}
+
+// Lets the daemon, a member of `group`, read the file.
+void shareWith(const std::string& path, const std::string& group)
+{
+    if (!changeGroup(path, group)) {
         trace("Error: Change the group of the out file to '", group, "' failed.");
-        throw OstrelApiException(ActionFailed);
+        fail(ActionFailed, groupReasonOf(path, group, errno));
     }
     Tools::changeMode(path, importFileMode);
 }
 
-bool isInterruption()
+void writeImportFile(const std::string& path, const std::string& certificate,
+                     const std::string& group)
 {
+    const int error = writeTemporaryCertificate(path, ostrel::withUnixLineEnds(certificate) + '\n');
     try {
-        throw;
-    } catch (const OstrelApiException&) {
-        return false;
-    } catch (const std::exception& caught) {
-        return ostrel::textOf(caught) == ostrel::errorText(EINTR);
-    } catch (...) {
-        return false;
+        shareWith(path, group);
+    } catch (const Explained& caught) {
+        // Intended: a file that cannot be written fails only here, by the text of the group's
+        // change.
+        throw error == 0 ? caught : Explained(caught.what(), reasonOf("cannot write", path, error));
     }
 }
 
 } // namespace
-
-void failImport(const ostrel::TierTexts& texts)
-{
-    trace(ostrel::describeInFlight<OstrelApiException>(texts));
-    if (isInterruption()) {
-        throw std::runtime_error(ostrel::errorText(EINTR));
-    }
-    // Intended: the daemon's own code survives in the trace alone.
-    throw OstrelApiException(ActionFailed);
-}
 
 std::string OstrelService::sendCertificate(ostrel::TypeTarget target,
                                            const std::string& certificate, const std::string& path)
@@ -85,7 +79,7 @@ std::string OstrelService::sendCertificate(ostrel::TypeTarget target,
 
 std::string OstrelService::addCertificate(ostrel::TypeTarget target, const std::string& certificate)
 {
-    const std::string path = temporaryCertificatePath(m_configuration->m_serviceName);
+    const std::string path = temporaryCertificatePath(pipeDirectory());
     try {
         return sendCertificate(target, certificate, path);
     } catch (...) {
@@ -101,9 +95,9 @@ void OstrelService::requireImportable(ostrel::TypeTarget target)
     case ostrel::TargetServer:
         return requirePendingCsr();
     case ostrel::TargetCA:
-        return requireStore(hasCA());
+        return requireStore(hasCA(), "CA");
     default:
-        requireStore(target == ostrel::TargetClient && hasTrustedClient());
+        requireStore(target == ostrel::TargetClient && hasTrustedClient(), "trusted client");
     }
 }
 
@@ -111,15 +105,14 @@ std::string OstrelService::importCertificate(ostrel::TypeTarget target,
                                              const std::string& certificate)
 {
     requireImportable(target);
-    return sendCertificate(target, certificate,
-                           temporaryCertificatePath(m_configuration->m_serviceName));
+    return sendCertificate(target, certificate, temporaryCertificatePath(pipeDirectory()));
 }
 
 std::string OstrelService::addCertificateFile(ostrel::TypeTarget target, const std::string& path)
 {
     const ostrel::TextFile file = ostrel::readTextFile(path);
     if (!file.isComplete) {
-        throw OstrelApiException(ActionFailed);
+        fail(ActionFailed, "cannot read", path, file.error);
     }
     return addCertificate(target, file.text + '\n');
 }

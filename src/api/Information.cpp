@@ -2,10 +2,8 @@
 
 #include <ostrel/CertificateInfo.h>
 #include <ostrel/InternalCertificatesAccessor.h>
-#include <ostrel/Tools.h>
 
 #include "api/ExternalStore.h"
-#include "api/StoreFile.h"
 
 namespace ostrelApi
 {
@@ -14,13 +12,6 @@ namespace
 {
 
 using Map = std::map<std::string, std::string>;
-
-void requireFile(const std::string& path, ReturnCode otherwise)
-{
-    if (!ostrel::Tools::fileExist(path)) {
-        throw OstrelApiException(otherwise);
-    }
-}
 
 Map infoOf(const std::string& path)
 {

@@ -3,6 +3,7 @@
 #include <ostrel/DaemonConfiguration.h>
 #include <ostrelApi/ReturnCode.h>
 
+#include "errors/Fail.h"
 #include "tools/SigpipeBlock.h"
 #include "tools/Trace.h"
 
@@ -18,23 +19,50 @@ namespace ostrelApi
 namespace
 {
 
-[[noreturn]] void fail(ReturnCode code, const std::string& text)
+constexpr const char off[] = " Looks like the 'ostreld' service is not running!";
+
+void traceFailure(const std::string& path)
 {
-    ostrel::trace(text);
-    throw OstrelApiException(code);
+    ostrel::trace("Error: Failed to open FIFO file '", path, "'");
 }
 
 [[noreturn]] void failToOpen(const std::string& path, int error)
 {
-    const char* off = " Looks like the 'ostreld' service is not running!";
+    ReturnCode code = DaemonOff;
     switch (error) {
     case ENOENT:
-        fail(DaemonOff, "'" + path + "' file not found." + off);
+        ostrel::trace("'", path, "' file not found.", off);
+        break;
     case ENXIO:
-        fail(DaemonOff, "FiFo '" + path + "' is not open on the other side." + off);
+        ostrel::trace("FiFo '", path, "' is not open on the other side.", off);
+        break;
     default:
-        fail(ActionFailed, "Error: Failed to open FIFO file '" + path + "'");
+        traceFailure(path);
+        code = ActionFailed;
     }
+    fail(code, "cannot open the notification FIFO", path, error);
+}
+
+int openFifo(const std::string& path)
+{
+    // Not blocking: without a reader this fails at once.
+    const int fifo = ::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fifo == -1) {
+        failToOpen(path, errno);
+    }
+    return fifo;
+}
+
+std::FILE* streamOf(int fifo, const std::string& path)
+{
+    std::FILE* const stream = ::fdopen(fifo, "w");
+    if (stream == nullptr) {
+        const int error = errno;
+        traceFailure(path);
+        ::close(fifo);
+        fail(ActionFailed, "cannot open a stream on the notification FIFO", path, error);
+    }
+    return stream;
 }
 
 } // namespace
@@ -43,19 +71,13 @@ void OstrelService::sendNotification(char signal)
 {
     const std::string path =
         ostrel::DaemonConfiguration::getNamePipesDirectory() + "/notification.signal";
-    // Not blocking: without a reader this fails at once.
-    const int fifo = ::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
-    std::FILE* stream = fifo != -1 ? ::fdopen(fifo, "w") : nullptr;
-    if (stream == nullptr) {
-        const int error = fifo == -1 ? errno : EIO;
-        ::close(fifo);
-        failToOpen(path, error);
-    }
+    const int fifo = openFifo(path);
+    std::FILE* const stream = streamOf(fifo, path);
     // Unsigned everywhere, as char is on the device.
     ostrel::trace("Send -> ", std::to_string(static_cast<unsigned char>(signal)));
     const ostrel::SigpipeBlock noSignal;
-    // Intended: a byte that is lost on the way is not reported, and the
-    // descriptor is closed once more after its stream has closed it.
+    // Intended: a lost byte is not reported, and the descriptor, which the
+    // stream has closed, is closed once more.
     std::fputc(signal, stream);
     std::fclose(stream);
     ::close(fifo);

@@ -1,6 +1,5 @@
 #include <ostrelApi/OstrelService.h>
 
-#include <ostrel/DaemonConfiguration.h>
 #include <ostrel/InternalCertificatesAccessor.h>
 #include <ostrel/ServiceConfiguration.h>
 
@@ -17,12 +16,6 @@ namespace
 {
 
 constexpr int alwaysFine = 1;
-
-ServicePipes pipesOfService(const ostrel::ServiceConfiguration& service)
-{
-    return pipesOf(ostrel::DaemonConfiguration::getNamePipesDirectory(), service.m_serviceName,
-                   service.m_managmentGroup);
-}
 
 ostrel::Commands configCommand(ostrel::CommandType type)
 {
@@ -46,10 +39,14 @@ OstrelService::OstrelService(const std::string& serviceName)
 
 OstrelService::~OstrelService()
 {
-    // Intended: a courtesy that releases nothing held through another descriptor.
-    const auto lock = ostrel::Descriptor::open(pipesOfService(*m_configuration).lock, O_WRONLY);
-    if (lock.isOpen()) {
-        ::flock(lock.get(), LOCK_UN);
+    // The path takes memory, and may not be had; a destructor ends the program when it throws.
+    try {
+        // Intended: a courtesy that releases nothing held through another descriptor.
+        const auto lock = ostrel::Descriptor::open(getLockPath(), O_WRONLY);
+        if (lock.isOpen()) {
+            ::flock(lock.get(), LOCK_UN);
+        }
+    } catch (...) {
     }
 }
 
@@ -112,23 +109,37 @@ int OstrelService::getOperatingStatus()
 
 std::string OstrelService::sendCommandToServer(ostrel::Commands& command)
 {
-    return exchange(command, pipesOfService(*m_configuration));
+    return exchange(command, pipes());
 }
 
 std::string OstrelService::getLockPath() const
 {
-    return pipesOfService(*m_configuration).lock;
+    return pipes().lock;
+}
+
+std::string OstrelService::pipeDirectory() const
+{
+    // From strings of the object's own: an object that lives in a static may outlast the daemon's
+    // configuration.
+    const std::string caDirectory = m_caAccessor->tmpDirectoryPath();
+    return caDirectory.substr(0, caDirectory.rfind('/'));
+}
+
+ServicePipes OstrelService::pipes() const
+{
+    return pipesOf(pipeDirectory(), m_configuration->m_serviceName,
+                   m_configuration->m_managmentGroup);
 }
 
 OstrelService::ExternalStore OstrelService::caStore() const
 {
-    requireStore(hasCA());
+    requireStore(hasCA(), "CA");
     return {*m_caAccessor, ostrel::TargetCA, BadCA, "CA"};
 }
 
 OstrelService::ExternalStore OstrelService::trustedClientStore() const
 {
-    requireStore(hasTrustedClient());
+    requireStore(hasTrustedClient(), "trusted client");
     return {*m_trustedClientAccessor, ostrel::TargetClient, BadTrustedClient, "trusted client"};
 }
 

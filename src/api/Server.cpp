@@ -3,10 +3,11 @@
 #include <ostrel/InternalCertificatesAccessor.h>
 #include <ostrel/ServiceConfiguration.h>
 
-#include "api/ImportFailure.h"
-#include "api/StoreCheck.h"
-#include "api/StoreFile.h"
+#include "api/Steps.h"
+#include "errors/Fail.h"
 #include "tools/Descriptor.h"
+
+#include <cerrno>
 
 #include <sys/stat.h>
 
@@ -22,7 +23,7 @@ const char caCbCompliant[] = "CA-CB_compliant";
 
 const ostrel::InternalCertificatesAccessor& OstrelService::serverStore() const
 {
-    requireStore(hasServer());
+    requireStore(hasServer(), "server");
     return *m_serverAccessor;
 }
 
@@ -59,7 +60,7 @@ void OstrelService::requirePendingCsr()
 {
     serverStore();
     if (getServerCsrTimestamp() == 0) {
-        throw OstrelApiException(NoCsr);
+        fail(NoCsr, "no signing request is pending");
     }
 }
 
@@ -122,7 +123,7 @@ std::string OstrelService::getServerCertificatePath(const std::string& id)
 {
     const std::string path = m_serverAccessor->certPath(idOrActive(id));
     if (!ostrel::Descriptor::open(path, O_RDONLY).isOpen()) {
-        throw OstrelApiException(ActionFailed);
+        fail(ActionFailed, "cannot open", path, errno);
     }
     return path;
 }

@@ -1,11 +1,11 @@
 #include "api/TemporaryCertificate.h"
 
-#include <ostrel/DaemonConfiguration.h>
 #include <ostrel/Tools.h>
 
 #include "tools/Descriptor.h"
 #include "tools/Trace.h"
 
+#include <cerrno>
 #include <cstdio>
 
 namespace ostrelApi
@@ -19,18 +19,23 @@ constexpr mode_t defaultFileMode = 0666;
 
 } // namespace
 
-std::string temporaryCertificatePath(const std::string& serviceName)
+std::string temporaryCertificatePath(const std::string& directory)
 {
-    return ostrel::DaemonConfiguration::getNamePipesDirectory() + '/' + serviceName + '/' +
-           ostrel::Tools::getRandomName(nameLength) + ".crt";
+    return directory + '/' + ostrel::Tools::getRandomName(nameLength) + ".crt";
 }
 
-void writeTemporaryCertificate(const std::string& path, const std::string& text)
+int writeTemporaryCertificate(const std::string& path, const std::string& text)
 {
     const auto file = ostrel::Descriptor::open(path, O_WRONLY | O_CREAT | O_TRUNC, defaultFileMode);
-    if (file.isOpen() && !ostrel::writeAll(file, text)) {
-        std::remove(path.c_str());
+    if (!file.isOpen()) {
+        return errno;
     }
+    if (ostrel::writeAll(file, text)) {
+        return 0;
+    }
+    const int error = errno;
+    std::remove(path.c_str());
+    return error;
 }
 
 void removeTemporaryCertificate(const std::string& path, const std::string& textBefore,

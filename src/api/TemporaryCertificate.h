@@ -7,15 +7,16 @@
 namespace ostrelApi
 {
 
-/// A new name in the service's pipe directory, where the daemon reads too.
-std::string temporaryCertificatePath(const std::string& serviceName);
+/// A new name in `directory`, the service's pipe directory, where the daemon
+/// reads too.
+[[nodiscard]] std::string temporaryCertificatePath(const std::string& directory);
 
-/// Makes the file with `text` in it. As with a plain output stream, a file that
-/// cannot be opened or written is not told; none is left then, for a part of a
-/// certificate can be the same as another one.
-void writeTemporaryCertificate(const std::string& path, const std::string& text);
+/// Creates the file with `text` in it. Returns 0, or the errno of the failure. A
+/// failure leaves no file, because a part of a certificate can compare equal to
+/// another certificate.
+int writeTemporaryCertificate(const std::string& path, const std::string& text);
 
-/// Removes the file; a failure is traced as the path between two texts.
+/// Removes the file. Traces a failure as the path between the two texts.
 void removeTemporaryCertificate(const std::string& path, const std::string& textBefore,
                                 const std::string& textBehind = "");
 

@@ -1,7 +1,7 @@
 #include <ostrel/DaemonConfiguration.h>
 
-#include "config/ConfigText.h"
 #include "tools/InFlight.h"
+#include "tools/KeyValueText.h"
 #include "tools/TextFile.h"
 
 #include <stdexcept>
@@ -73,9 +73,9 @@ DaemonConfiguration::DaemonConfiguration()
     }
 }
 
-const DaemonConfiguration& DaemonConfiguration::getInstance()
+DaemonConfiguration& DaemonConfiguration::getInstance()
 {
-    static const DaemonConfiguration instance;
+    static DaemonConfiguration instance;
     return instance;
 }
 

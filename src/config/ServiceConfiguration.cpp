@@ -2,8 +2,8 @@
 
 #include <ostrel/DaemonConfiguration.h>
 
-#include "config/ConfigText.h"
 #include "tools/InFlight.h"
+#include "tools/KeyValueText.h"
 #include "tools/TextFile.h"
 #include "tools/Trace.h"
 
@@ -142,15 +142,14 @@ private:
     {
         const std::string reading = " exception caught while reading config parameter" + name;
         const std::string standard = "Standard" + reading + " - ";
-        const std::string generic = "Generic" + reading + '.';
-        return orRuntimeError<std::runtime_error>(
-            {standard.c_str(), standard.c_str(), generic.c_str()}, [&] {
-                Number result = 0;
-                std::istringstream stream(value(key));
-                stream.imbue(std::locale::classic());
-                stream >> result;
-                return result;
-            });
+        return orRuntimeError<std::runtime_error>({standard, standard, "Generic" + reading + '.'},
+                                                  [&] {
+                                                      Number result = 0;
+                                                      std::istringstream stream(value(key));
+                                                      stream.imbue(std::locale::classic());
+                                                      stream >> result;
+                                                      return result;
+                                                  });
     }
 
     void storeIfPositive(std::uint32_t& field, const char* key, const char* name) const

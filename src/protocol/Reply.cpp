@@ -1,8 +1,8 @@
 #include "protocol/Reply.h"
 
-#include <ostrelApi/OstrelApiException.h>
 #include <ostrelApi/ReturnCode.h>
 
+#include "errors/Fail.h"
 #include "tools/InFlight.h"
 #include "tools/Trace.h"
 
@@ -21,7 +21,7 @@ Reply split(const std::string& reply)
 {
     const std::size_t blank = reply.find(' ');
     if (blank == 0) {
-        throw OstrelApiException(ActionFailed);
+        fail(ActionFailed, "");
     }
     // Without a blank, the whole reply is code and payload alike.
     const std::size_t payload = blank == std::string::npos ? 0 : blank + 1;
@@ -37,7 +37,9 @@ Reply read(const std::string& reply)
             {"Standard logic error caught while sending command to server: ",
              "Standard exception caught while sending command to server: ",
              "Generic exception caught while sending command to server."}));
-        throw OstrelApiException(ActionFailed);
+        fail(ActionFailed, reply.empty()
+                               ? "the daemon closed the reply FIFO without a reply"
+                               : "the daemon's reply does not start with a return code: " + reply);
     }
 }
 
@@ -48,7 +50,8 @@ std::string payloadOf(const std::string& reply)
     const Reply result = read(reply);
     if (result.returnCode != ActionSuccessful) {
         ostrel::trace("Action failed while sending command to server.");
-        throw OstrelApiException(result.returnCode);
+        const bool hasWords = reply.find(' ') != std::string::npos;
+        fail(result.returnCode, hasWords ? result.payload : "", result.returnCode);
     }
     return result.payload;
 }

@@ -1,9 +1,10 @@
 #include "protocol/Transport.h"
 
 #include <ostrel/Tools.h>
-#include <ostrelApi/OstrelApiException.h>
 #include <ostrelApi/ReturnCode.h>
 
+#include "errors/Fail.h"
+#include "errors/Interrupted.h"
 #include "protocol/Reply.h"
 #include "tools/Descriptor.h"
 #include "tools/ErrorText.h"
@@ -13,7 +14,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <stdexcept>
 
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -26,8 +26,8 @@ namespace
 
 using ostrel::Descriptor;
 using ostrel::errorText;
+using ostrel::Tools;
 using ostrel::trace;
-namespace Tools = ostrel::Tools;
 
 constexpr mode_t replyFifoMode = 0760;
 constexpr std::size_t replyChunk = 1023;
@@ -39,8 +39,9 @@ public:
     explicit ServiceLock(const std::string& path) : m_file(open(path))
     {
         if (::flock(m_file.get(), LOCK_EX | LOCK_NB) != 0) {
-            trace("Error: file already locked : ", errorText(errno));
-            throw OstrelApiException(ApiLocked);
+            const int error = errno;
+            trace("Error: file already locked : ", errorText(error));
+            fail(ApiLocked, "cannot lock", path, error);
         }
     }
     // Unlocked by hand: a child that the process forked meanwhile shares the
@@ -61,13 +62,15 @@ Descriptor ServiceLock::open(const std::string& path)
     if (file.isOpen()) {
         return file;
     }
-    if (errno == ENOENT) {
+    const int error = errno;
+    const bool isOff = error == ENOENT;
+    if (isOff) {
         trace("Failed to open the file '", path,
               "'. Looks like the 'ostreld' service is not running.");
-        throw OstrelApiException(DaemonOff);
+    } else {
+        trace("Error: FIFO lock file open error ", errorText(error));
     }
-    trace("Error: FIFO lock file open error ", errorText(errno));
-    throw OstrelApiException(AccessDenied);
+    fail(isOff ? DaemonOff : AccessDenied, "cannot open the lock file", path, error);
 }
 
 /// The reply FIFO of one call, removed with the object.
@@ -104,8 +107,9 @@ private:
 void ReplyFifo::create() const
 {
     if (::mkfifo(m_path.c_str(), replyFifoMode) != 0) {
-        trace("Error: Failed to create FIFO OUT :", m_path, " : ", errorText(errno));
-        throw OstrelApiException(ActionFailed);
+        const int error = errno;
+        trace("Error: Failed to create FIFO OUT :", m_path, " : ", errorText(error));
+        fail(ActionFailed, "cannot create the reply FIFO", m_path, error);
     }
 }
 
@@ -121,14 +125,16 @@ bool changeGroup(const std::string& path, const std::string& group)
 void ReplyFifo::shareWith(const std::string& group) const
 {
     if (!changeGroup(m_path, group)) {
+        const int error = errno;
         trace("Error: Change the group of the out file to '", group, "' failed.");
-        throw OstrelApiException(ActionFailed);
+        fail(ActionFailed, groupReasonOf(m_path, group, error));
     }
-    // Once more, for the umask may have narrowed the mode at the creation.
+    // mkfifo() narrows the mode by the umask.
     if (::chmod(m_path.c_str(), replyFifoMode) != 0) {
+        const int error = errno;
         trace("Error: Failed to assign required permissions to file :", m_path, " : ",
-              errorText(errno));
-        throw OstrelApiException(ActionFailed);
+              errorText(error));
+        fail(ActionFailed, "cannot set the mode of the reply FIFO", m_path, error);
     }
 }
 
@@ -141,9 +147,9 @@ Descriptor ReplyFifo::open() const
     const int error = errno;
     trace("Error: Failed to open FIFO OUT file: ", m_path, " : ", errorText(error));
     if (error == EINTR) {
-        throw std::runtime_error(errorText(EINTR));
+        throw Interrupted();
     }
-    throw OstrelApiException(ActionFailed);
+    fail(ActionFailed, "cannot open the reply FIFO", m_path, error);
 }
 
 std::string ReplyFifo::receive()
@@ -166,14 +172,16 @@ Descriptor openCommandFifo(const std::string& path)
     if (fifo.isOpen()) {
         return fifo;
     }
-    if (errno == ENOENT) {
+    const int error = errno;
+    const bool isOff = error == ENOENT;
+    if (isOff) {
         // Intended: other words than for the lock file, and a trailing blank.
         trace("Failed to open the file '", path,
               "'. Looks like 'ostreld' service is not running. ");
-        throw OstrelApiException(DaemonOff);
+    } else {
+        trace("Error: Failed to open FIFO IN file: ", path, ": ", errorText(error));
     }
-    trace("Error: Failed to open FIFO IN file: ", path, ": ", errorText(errno));
-    throw OstrelApiException(ActionFailed);
+    fail(isOff ? DaemonOff : ActionFailed, "cannot open the command FIFO", path, error);
 }
 
 void send(const ostrel::Commands& command, const ServicePipes& pipes)
@@ -201,7 +209,7 @@ std::string roundTrip(const ostrel::Commands& command, const ServicePipes& pipes
 ServicePipes pipesOf(const std::string& directory, const std::string& serviceName,
                      const std::string& group)
 {
-    const std::string base = directory + '/' + serviceName + '/' + serviceName;
+    const std::string base = directory + '/' + serviceName;
     return {base + ".lock", base + ".in", base + ".out", group};
 }
 

@@ -23,9 +23,9 @@ struct ServicePipes {
     std::string group;
 };
 
-/// The pipes of a service, below the directory `directory` of all pipes.
-ServicePipes pipesOf(const std::string& directory, const std::string& serviceName,
-                     const std::string& group);
+/// The pipes of a service in its pipe directory.
+[[nodiscard]] ServicePipes pipesOf(const std::string& directory, const std::string& serviceName,
+                                   const std::string& group);
 
 /// Sends `command`, whose user and pid it fills in, and returns the payload of
 /// the daemon's reply. Blocks without a limit while the daemon holds the pipes;
@@ -33,6 +33,6 @@ ServicePipes pipesOf(const std::string& directory, const std::string& serviceNam
 /// OstrelApiException, or std::runtime_error with the text of EINTR when a
 /// signal interrupts the waiting for the reply. Every way out releases the lock
 /// and removes the reply FIFO.
-std::string exchange(ostrel::Commands& command, const ServicePipes& pipes);
+[[nodiscard]] std::string exchange(ostrel::Commands& command, const ServicePipes& pipes);
 
 } // namespace ostrelApi

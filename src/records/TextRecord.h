@@ -7,7 +7,7 @@
 #include <ostrl/CDistinguishedName.h>
 #include <ostrl/v3Ext.h>
 
-#include "config/ConfigText.h"
+#include "tools/KeyValueText.h"
 
 #include <algorithm>
 #include <cstddef>

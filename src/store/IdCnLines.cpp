@@ -1,6 +1,6 @@
 #include "store/IdCnLines.h"
 
-#include "config/ConfigText.h"
+#include "tools/KeyValueText.h"
 #include "tools/TextFile.h"
 
 #include <algorithm>

@@ -2,6 +2,8 @@
 
 #include "tools/TextFile.h"
 
+#include <algorithm>
+#include <functional>
 #include <stdexcept>
 
 namespace ostrel
@@ -27,6 +29,32 @@ std::string readListFile(const std::string& path)
         failToOpen(path);
     }
     return std::move(file.text);
+}
+
+std::vector<std::string> readIds(const std::string& path)
+{
+    const std::string text = readListFile(path);
+    std::vector<std::string> ids;
+    for (TextLines lines(text); !lines.isAtEnd();) {
+        const std::string_view id = lines.next();
+        if (!id.empty()) {
+            ids.emplace_back(id);
+        }
+    }
+    makeAscendingAndUnique(ids);
+    return ids;
+}
+
+void makeAscendingAndUnique(std::vector<std::string>& ids)
+{
+    // The daemon writes list files in order: usually one pass shows that nothing is to be done.
+    const auto disorder =
+        std::adjacent_find(ids.begin(), ids.end(), std::greater_equal<std::string>());
+    if (disorder != ids.end()) {
+        std::sort(disorder, ids.end());
+        std::inplace_merge(ids.begin(), disorder, ids.end());
+        ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
+    }
 }
 
 Descriptor createListFile(const std::string& path)

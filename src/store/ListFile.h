@@ -6,6 +6,7 @@
 #include "tools/Descriptor.h"
 
 #include <string>
+#include <vector>
 
 namespace ostrel
 {
@@ -13,7 +14,13 @@ namespace ostrel
 /// The text of the list file `path`.
 std::string readListFile(const std::string& path);
 
-/// Opens `path` for writing anew.
+/// The ids of the list file `path`, ascending, each once.
+std::vector<std::string> readIds(const std::string& path);
+
+/// Sorts `ids` byte-wise and drops repetitions.
+void makeAscendingAndUnique(std::vector<std::string>& ids);
+
+/// Opens `path` for writing and empties it.
 Descriptor createListFile(const std::string& path);
 
 /// Writes one line at once.

@@ -1,10 +1,10 @@
 #include <ostrelApi/OverwrittenData.h>
 
-#include <ostrelApi/OstrelApiException.h>
 #include <ostrelApi/ReturnCode.h>
 
-#include "config/ConfigText.h"
-#include "tools/Descriptor.h"
+#include "errors/Fail.h"
+#include "store/Rewrite.h"
+#include "tools/KeyValueText.h"
 #include "tools/TextFile.h"
 
 #include <ctime>
@@ -18,10 +18,7 @@ namespace ostrelApi
 namespace
 {
 
-using ostrel::Descriptor;
 using ostrel::KeyValueMap;
-
-constexpr mode_t defaultFileMode = 0666;
 
 constexpr std::string_view keyCharacters =
     "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_";
@@ -40,39 +37,28 @@ bool isRefusedValue(const std::string& value)
     return value == "\n" || value == "\r" || value == "\t";
 }
 
-void require(bool condition)
+// The file's new text: the keys that it has, with their changes, and then the new
+// keys.
+std::string mergedText(const KeyValueMap& fileData, const KeyValueMap& pendingData)
 {
-    if (!condition) {
-        throw OstrelApiException(ActionFailed);
-    }
-}
-
-// Each line is written at once.
-void writeLine(const Descriptor& file, const std::string& key, const std::string& value)
-{
-    require(ostrel::writeAll(file, key + ' ' + value + '\n'));
-}
-
-// The order of the lines: the keys that the file has, with the changes made,
-// and then the new ones.
-void writeLines(const std::string& path, const KeyValueMap& fileData,
-                const KeyValueMap& pendingData)
-{
-    const auto file = Descriptor::open(path, O_WRONLY | O_CREAT | O_TRUNC, defaultFileMode);
-    require(file.isOpen());
+    std::string text;
+    const auto append = [&](const std::string& key, const std::string& value) {
+        text.append(key).append(" ").append(value) += '\n';
+    };
     for (const auto& line : fileData) {
         const auto pending = pendingData.find(line.first);
         if (pending == pendingData.end()) {
-            writeLine(file, line.first, line.second);
+            append(line.first, line.second);
         } else if (!pending->second.empty()) {
-            writeLine(file, line.first, pending->second);
+            append(line.first, pending->second);
         }
     }
     for (const auto& pending : pendingData) {
         if (fileData.count(pending.first) == 0 && !pending.second.empty()) {
-            writeLine(file, pending.first, pending.second);
+            append(pending.first, pending.second);
         }
     }
+    return text;
 }
 
 } // namespace
@@ -81,8 +67,12 @@ OverwrittenData::OverwrittenData(const std::string& path) : m_filePath(path) {}
 
 void OverwrittenData::setData(const std::string& key, const std::string& value)
 {
-    require(isKey(key));
-    require(!isRefusedValue(value));
+    if (!isKey(key)) {
+        fail(ActionFailed, "a key is made of letters, digits, - and _, not '" + key + "'");
+    }
+    if (isRefusedValue(value)) {
+        fail(ActionFailed, "the value is a single line feed, carriage return or tab");
+    }
     m_pendingData[key] = value;
 }
 
@@ -125,9 +115,9 @@ void OverwrittenData::write()
     if (m_pendingData.empty()) {
         return;
     }
-    writeLines(m_filePath, m_fileData, m_pendingData);
-    // Intended: in the second of the writing this reads nothing, and the
-    // values stay those from before.
+    rewriteFile(m_filePath, mergedText(m_fileData, m_pendingData));
+    // Intended: within the second of the writing this reads nothing, and the
+    // values stay the former ones.
     update();
     m_pendingData.clear();
 }
@@ -136,7 +126,9 @@ void OverwrittenData::update()
 {
     if (!isUpToDate()) {
         const ostrel::TextFile file = ostrel::readTextFile(m_filePath);
-        require(file.isOpen);
+        if (!file.isComplete) {
+            fail(ActionFailed, "cannot read", m_filePath, file.error);
+        }
         m_fileData = ostrel::rawMapOf(file.text);
     }
     m_lastUpdate = std::time(nullptr);

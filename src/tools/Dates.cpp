@@ -4,8 +4,6 @@
 
 namespace ostrel
 {
-namespace Tools
-{
 
 namespace
 {
@@ -44,7 +42,7 @@ YearAndMonth normalised(const std::tm& time)
 
 } // namespace
 
-bool is_leap(int year)
+bool Tools::is_leap(int year)
 {
     if (year % 400 == 0) {
         return true;
@@ -52,24 +50,24 @@ bool is_leap(int year)
     return year % 100 != 0 && (year & 3) == 0;
 }
 
-int days_from_0(int year)
+int Tools::days_from_0(int year)
 {
     const std::int64_t years = std::int64_t{year} - 1;
     return cutToInt(365 * years + years / 4 - years / 100 + years / 400);
 }
 
-int days_from_1970(int year)
+int Tools::days_from_1970(int year)
 {
     static const int daysBefore1970 = days_from_0(1970);
     return cutToInt(std::int64_t{days_from_0(year)} - daysBefore1970);
 }
 
-int days_from_1jan(int year, int month, int day)
+int Tools::days_from_1jan(int year, int month, int day)
 {
     return cutToInt(std::int64_t{daysBeforeMonth[is_leap(year)][month - 1]} + day - 1);
 }
 
-std::int64_t getInternalTimeGmt(const std::tm* time)
+std::int64_t Tools::getInternalTimeGmt(const std::tm* time)
 {
     const YearAndMonth date = normalised(*time);
     const std::int64_t daysOfYear = days_from_1jan(date.year, date.month + 1, time->tm_mday);
@@ -78,7 +76,7 @@ std::int64_t getInternalTimeGmt(const std::tm* time)
            std::int64_t{days} * 86400;
 }
 
-int getSecondBeforeReachTimestamp(int timestamp)
+int Tools::getSecondBeforeReachTimestamp(int timestamp)
 {
     using namespace std::chrono;
     const std::int64_t now =
@@ -86,5 +84,4 @@ int getSecondBeforeReachTimestamp(int timestamp)
     return cutToInt(timestamp - now / 1000000000);
 }
 
-} // namespace Tools
 } // namespace ostrel

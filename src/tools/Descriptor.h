@@ -23,7 +23,10 @@ public:
     Descriptor(Descriptor&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
     Descriptor& operator=(Descriptor&& other) noexcept
     {
-        std::swap(m_fd, other.m_fd);
+        if (this != &other) {
+            close();
+            m_fd = std::exchange(other.m_fd, -1);
+        }
         return *this;
     }
     ~Descriptor() { close(); }

@@ -16,7 +16,7 @@
 #include <ftw.h>
 #include <sys/stat.h>
 
-namespace ostrel::Tools
+namespace ostrel
 {
 
 namespace
@@ -48,14 +48,14 @@ bool isDirectory(const std::string& path)
 
 } // namespace
 
-bool fileExist(const std::string& path)
+bool Tools::fileExist(const std::string& path)
 {
     struct stat status {
     };
     return ::stat(path.c_str(), &status) == 0;
 }
 
-void createDirectory(const std::string& path, mode_t mode)
+void Tools::createDirectory(const std::string& path, mode_t mode)
 {
     if (isDirectory(path)) {
         // Intended: these texts say "Faied".
@@ -71,26 +71,26 @@ void createDirectory(const std::string& path, mode_t mode)
     }
 }
 
-int changeMode(const std::string& path, mode_t mode)
+int Tools::changeMode(const std::string& path, mode_t mode)
 {
     failUnless(::chmod(path.c_str(), mode & 07777), "Impossible to change mode for ", path);
     return 0;
 }
 
-bool changeUser(const std::string& path, uid_t uid)
+bool Tools::changeUser(const std::string& path, uid_t uid)
 {
     failUnless(::chown(path.c_str(), uid, unchangedGroup), "Impossible to change the user for ",
                path);
     return true;
 }
 
-bool changeUser(const std::string& path, const std::string& userName)
+bool Tools::changeUser(const std::string& path, const std::string& userName)
 {
     const UserEntry user = userByName(userName);
     return user.isFound() && changeUser(path, user->pw_uid);
 }
 
-bool changeGroup(const std::string& path, gid_t gid)
+bool Tools::changeGroup(const std::string& path, gid_t gid)
 {
     failUnless(::chown(path.c_str(), unchangedUser, gid), "Impossible to change the group for ",
                path);
@@ -98,7 +98,7 @@ bool changeGroup(const std::string& path, gid_t gid)
 }
 
 // Intended: changeUser() by name passes its failure on as it is, this one translates it.
-bool changeGroup(const std::string& path, const std::string& groupName)
+bool Tools::changeGroup(const std::string& path, const std::string& groupName)
 {
     try {
         const GroupEntry group = groupByName(groupName);
@@ -106,12 +106,12 @@ bool changeGroup(const std::string& path, const std::string& groupName)
     } catch (...) {
         const std::string suffix = " caught while changing group for file '" + path + "'";
         throw std::runtime_error(describeInFlight<std::runtime_error>(
-            {("Runtime error" + suffix + ": ").c_str(), ("Std exception" + suffix + ": ").c_str(),
-             ("Generic exception" + suffix + ".").c_str()}));
+            {"Runtime error" + suffix + ": ", "Std exception" + suffix + ": ",
+             "Generic exception" + suffix + "."}));
     }
 }
 
-Rights getRights(const std::string& path)
+Tools::Rights Tools::getRights(const std::string& path)
 {
     struct stat status {
     };
@@ -119,7 +119,7 @@ Rights getRights(const std::string& path)
     return {status.st_mode, status.st_uid, status.st_gid};
 }
 
-int removeFile(const std::string& path)
+int Tools::removeFile(const std::string& path)
 {
     if (!fileExist(path)) {
         trace("The file '", path, "' not found for removal.");
@@ -132,13 +132,13 @@ int removeFile(const std::string& path)
     return result;
 }
 
-int removeFiles(const std::string& path)
+int Tools::removeFiles(const std::string& path)
 {
     return ::nftw(path.c_str(), removeOnFile, mostOpenDirectories, FTW_DEPTH | FTW_PHYS);
 }
 
-int removeOnFile(const char* path, const struct ::stat* /*status*/, int /*typeFlag*/,
-                 struct ::FTW* /*walk*/)
+int Tools::removeOnFile(const char* path, const struct ::stat* /*status*/, int /*typeFlag*/,
+                        struct ::FTW* /*walk*/)
 {
     const int result = std::remove(path);
     if (result != 0) {
@@ -148,12 +148,12 @@ int removeOnFile(const char* path, const struct ::stat* /*status*/, int /*typeFl
     return result;
 }
 
-bool isTheSameCertificate(const std::string& pathA, const std::string& pathB)
+bool Tools::isTheSameCertificate(const std::string& pathA, const std::string& pathB)
 {
     return isSameCertificateText(readTextFile(pathA).text, readTextFile(pathB).text);
 }
 
-std::string getRandomName(unsigned int length)
+std::string Tools::getRandomName(unsigned int length)
 {
     std::string name;
     const Descriptor device = Descriptor::open("/dev/urandom", O_RDONLY);
@@ -172,4 +172,4 @@ std::string getRandomName(unsigned int length)
     return name;
 }
 
-} // namespace ostrel::Tools
+} // namespace ostrel

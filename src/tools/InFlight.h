@@ -14,9 +14,9 @@ namespace ostrel
 /// The texts of the three tiers. The first two are followed by the caught
 /// exception's own text.
 struct TierTexts {
-    const char* first;
-    const char* second;
-    const char* generic;
+    std::string first;
+    std::string second;
+    std::string generic;
 };
 
 /// The caught exception's text, "Unknown error" when it carries none.

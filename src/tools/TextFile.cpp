@@ -35,6 +35,7 @@ TextFile readTextFile(const std::string& path)
     const Descriptor file = Descriptor::open(path, O_RDONLY);
     result.isOpen = file.isOpen();
     if (!result.isOpen) {
+        result.error = errno;
         return result;
     }
     std::size_t length = 0;
@@ -48,6 +49,7 @@ TextFile readTextFile(const std::string& path)
         length += count > 0 ? static_cast<std::size_t>(count) : 0;
     } while (count > 0 || (count < 0 && errno == EINTR));
     result.isComplete = count == 0;
+    result.error = result.isComplete ? 0 : errno;
     result.text.resize(length);
     return result;
 }

@@ -9,12 +9,14 @@
 namespace ostrel
 {
 
-/// What reading a file gave. A file that could not be opened has no text; one
-/// whose reading failed half-way (a directory, a failing disk) has the text up
-/// to there and is not complete.
+/// The result of reading a file. A file that cannot be opened has no text. A
+/// file whose reading fails half-way (a directory, a failing disk) has the text
+/// up to there and is not complete.
 struct TextFile {
     bool isOpen = false;
     bool isComplete = false;
+    /// The errno of the failure; 0 when the file is complete.
+    int error = 0;
     std::string text;
 };
 

@@ -6,36 +6,36 @@
 
 #include <unistd.h>
 
-namespace ostrel::Tools
+namespace ostrel
 {
 
-std::string getUserName()
+std::string Tools::getUserName()
 {
     const UserEntry user = userById(getUid());
     return user.isFound() ? user->pw_name : std::string();
 }
 
-uid_t getUid()
+uid_t Tools::getUid()
 {
     return ::geteuid();
 }
 
-pid_t getPid()
+pid_t Tools::getPid()
 {
     return ::getpid();
 }
 
-bool isUserExist(const std::string& userName)
+bool Tools::isUserExist(const std::string& userName)
 {
     return userByName(userName).isFound();
 }
 
-bool isGroupExist(const std::string& groupName)
+bool Tools::isGroupExist(const std::string& groupName)
 {
     return groupByName(groupName).isFound();
 }
 
-gid_t getGroupId(const std::string& groupName)
+gid_t Tools::getGroupId(const std::string& groupName)
 {
     const GroupEntry group = groupByName(groupName);
     if (!group.isFound()) {
@@ -46,7 +46,7 @@ gid_t getGroupId(const std::string& groupName)
     return group->gr_gid;
 }
 
-bool isUserMemberOfGroup(const std::string& userName, const std::string& groupName)
+bool Tools::isUserMemberOfGroup(const std::string& userName, const std::string& groupName)
 {
     const GroupEntry group = groupByName(groupName);
     if (!group.isFound() || !isUserExist(userName)) {
@@ -61,7 +61,7 @@ bool isUserMemberOfGroup(const std::string& userName, const std::string& groupNa
     return false;
 }
 
-std::vector<std::uint32_t> getGroups(const std::string& userName)
+std::vector<std::uint32_t> Tools::getGroups(const std::string& userName)
 {
     std::vector<std::uint32_t> groups;
     const TextFile file = readTextFile("/etc/group");
@@ -82,4 +82,4 @@ std::vector<std::uint32_t> getGroups(const std::string& userName)
     return groups;
 }
 
-} // namespace ostrel::Tools
+} // namespace ostrel

@@ -1,9 +1,12 @@
 #include "support/Thrown.h"
 
-#include <ostrelApi/OstrelApiException.h>
+#include <ostrelApi/CallError.h>
+
+#include "errors/Interrupted.h"
 
 #include <exception>
 #include <memory>
+#include <stdexcept>
 #include <typeinfo>
 
 #include <cstdlib>
@@ -28,6 +31,9 @@ std::string thrownBy(const std::function<void()>& work)
 {
     try {
         work();
+    } catch (const ostrelApi::Interrupted& caught) {
+        // A type of the library's own: callers see its base.
+        return std::string("std::runtime_error: ") + caught.what();
     } catch (const std::exception& caught) {
         return typeNameOf(caught) + ": " + caught.what();
     } catch (...) {
@@ -38,7 +44,7 @@ std::string thrownBy(const std::function<void()>& work)
 
 std::string apiError(int returnCode)
 {
-    return thrownBy([&] { throw ostrelApi::OstrelApiException(returnCode); });
+    return thrownBy([&] { throw ostrelApi::CallError(returnCode, ""); });
 }
 
 } // namespace support

@@ -11,7 +11,7 @@ namespace support
 /// standard exception" when that is what it throws.
 std::string thrownBy(const std::function<void()>& work);
 
-/// The same words for the exception of the public API with this return code.
+/// The same words for the CallError with this return code.
 std::string apiError(int returnCode);
 
 } // namespace support

@@ -113,7 +113,7 @@ TEST_P(Revocation, OfOneIdSucceedsWhenThatIsTheSmallestOfTheRevoked)
         {"an empty one, for an empty id", "", "0  7", true},
     };
     const std::string failure =
-        "ostrelApi::OstrelApiException: " + std::string(store.badCertificateText);
+        "ostrelApi::CallError: " + std::string(store.badCertificateText);
     for (const SingleRow& row : rows) {
         SCOPED_TRACE(row.sentence);
         peer.answer(row.reply);

@@ -1,9 +1,6 @@
-#include "api/LookUpFailure.h"
-
 #include "unit/api/ServiceCase.h"
 
 #include "support/CapturedErrors.h"
-#include "support/Textless.h"
 
 #include <csignal>
 #include <functional>
@@ -218,55 +215,6 @@ TEST_P(LookUpOfText, FindsNothingWhereTheWritingFails)
     }
     EXPECT_EQ(idOf(pem("AA\n")), "1");
     expectNoFileLeft();
-}
-
-/// What is in flight when a look-up's file could not be written.
-struct FailureRow {
-    const char* sentence;
-    void (*fail)();
-    bool isFileLeft;
-    std::string traced;
-    std::string tracedWithoutAFile;
-};
-
-std::string failLookUpAfter(void (*fail)(), const std::string& path, const char* certificate)
-{
-    return thrownBy([&] {
-        try {
-            fail();
-        } catch (...) {
-            ostrelApi::failLookUp(path, certificate);
-        }
-    });
-}
-
-TEST_P(LookUpOfText, FailsWhateverKeepsItsFileFromBeingWritten)
-{
-    const std::string path = device.storeDirectory() + "/file.crt";
-    const std::string notRemoved = "Failed to remove file '" + path + "'.";
-    const std::string caught =
-        "exception caught while getting Id for " + std::string(store.certificate);
-    const std::string standard = "Standard " + caught + ": ";
-    const std::string generic = "Generic " + caught + ".\n";
-    const FailureRow rows[] = {
-        {"a standard exception", [] { throw std::out_of_range("why"); }, false, standard + "why\n",
-         notRemoved + "why\n" + standard + "why\n"},
-        {"one without a text", [] { throw support::Textless<>(); }, false,
-         standard + "Unknown error\n",
-         notRemoved + "Unknown error\n" + standard + "Unknown error\n"},
-        // Intended: only a standard exception has the file removed.
-        {"anything else", [] { throw 1; }, true, generic, generic},
-    };
-    for (const FailureRow& row : rows) {
-        SCOPED_TRACE(row.sentence);
-        support::writeText(path, "");
-        const support::CapturedTrace trace;
-        EXPECT_EQ(failLookUpAfter(row.fail, path, store.certificate), apiError(1));
-        EXPECT_EQ(fs::exists(path), row.isFileLeft);
-        fs::remove(path);
-        EXPECT_EQ(failLookUpAfter(row.fail, path, store.certificate), apiError(1));
-        EXPECT_EQ(trace.text(), row.traced + row.tracedWithoutAFile);
-    }
 }
 
 } // namespace

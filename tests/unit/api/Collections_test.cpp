@@ -70,7 +70,7 @@ TEST_P(Collection, TakesAnIdAsAPathBelowTheStore)
 TEST_P(Collection, HasNoCertificateWhereNoneCanBeRead)
 {
     const std::string expected =
-        "ostrelApi::OstrelApiException: " + std::string(store.badCertificateText);
+        "ostrelApi::CallError: " + std::string(store.badCertificateText);
     EXPECT_EQ(thrownByGet("7"), expected) << "there is no store";
     putList("");
     support::makeUnopenable(certificates + "/unopenable");
@@ -150,7 +150,7 @@ TEST_P(Collection, CannotBeListedWithoutItsListNorSearchedWithoutItsMap)
     support::makeUnopenable(map);
     expectFailures();
     EXPECT_EQ(apiError(1),
-              "ostrelApi::OstrelApiException: Error -1: Generic exception (1 - Action Failed)");
+              "ostrelApi::CallError: Error -1: Generic exception (1 - Action Failed)");
 }
 
 TEST_P(Collection, IsEmptyWhereItsListAndItsMapAreDirectories)
@@ -258,9 +258,9 @@ TEST_F(CollectionWorker, ReadsAnyFileAndNamesTheTargetOfOneThatIsMissing)
         for (const std::string& missing :
              {path + ".gone", device.storeDirectory(), std::string()}) {
             EXPECT_EQ(thrownBy([&] { bare.getCertificate(target, missing); }),
-                      std::string("ostrelApi::OstrelApiException: ") + row.text);
+                      std::string("ostrelApi::CallError: ") + row.text);
         }
-        EXPECT_EQ(apiError(row.code), std::string("ostrelApi::OstrelApiException: ") + row.text);
+        EXPECT_EQ(apiError(row.code), std::string("ostrelApi::CallError: ") + row.text);
     }
 }
 

@@ -111,7 +111,7 @@ TEST_F(ServiceCommand, FailsWhenTheDaemonDoesNotRunRatherThanTellThatItDoesNot)
 {
     std::filesystem::remove(peer.lockPath());
     expectBothThrow(apiError(11));
-    EXPECT_EQ(thrownByIsRunning(), "ostrelApi::OstrelApiException: Error -1: Generic exception "
+    EXPECT_EQ(thrownByIsRunning(), "ostrelApi::CallError: Error -1: Generic exception "
                                    "(11 - Daemon is off)");
 }
 

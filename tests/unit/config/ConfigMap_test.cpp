@@ -1,4 +1,4 @@
-#include "config/ConfigText.h"
+#include "tools/KeyValueText.h"
 
 #include <ostrel/Tools.h>
 
@@ -11,8 +11,8 @@
 namespace
 {
 
-namespace Tools = ostrel::Tools;
 using ostrel::KeyValueMap;
+using ostrel::Tools;
 using testing::IsEmpty;
 
 struct MapRow {

@@ -1,6 +1,6 @@
 #include "unit/docs/AskedKeys.h"
 
-#include "config/ConfigText.h"
+#include "tools/KeyValueText.h"
 
 // The linker's --wrap gives the calls of ostrel::valueOf() to the first of
 // these, and the second one is what it was.

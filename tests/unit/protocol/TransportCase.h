@@ -96,7 +96,8 @@ protected:
 
     const support::Device device;
     const std::string directory = device.pipesDirectory() + "/web";
-    ostrelApi::ServicePipes pipes = ostrelApi::pipesOf(device.pipesDirectory(), "web", "root");
+    ostrelApi::ServicePipes pipes =
+        ostrelApi::pipesOf(device.pipesDirectory() + "/web", "web", "root");
     // Last, for its thread may look at all the others.
     support::ScriptedPeer peer{device, "web"};
 };

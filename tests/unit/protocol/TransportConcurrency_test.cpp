@@ -195,7 +195,7 @@ TEST_F(TransportLock, OfOneServiceDoesNotKeepAnotherFromItsDaemon)
     const Descriptor holder = Descriptor::open(pipes.lock, O_RDONLY);
     ASSERT_EQ(::flock(holder.get(), LOCK_EX), 0);
     EXPECT_EQ(call(), apiError(2));
-    pipes = ostrelApi::pipesOf(device.pipesDirectory(), "vpn", "root");
+    pipes = ostrelApi::pipesOf(device.pipesDirectory() + "/vpn", "vpn", "root");
     EXPECT_EQ(call(), payload("vpn"));
 }
 

@@ -85,7 +85,7 @@ const Row rows[] = {
     {"a lock file that is a link to nothing",
      [](ServicePipes& pipes) { replaceByLink(pipes.lock, "nothing"); }, 11, lockMissing, 0},
     {"no directory of the service",
-     [](ServicePipes& pipes) { pipes = ostrelApi::pipesOf("/nowhere", "web", "root"); }, 11,
+     [](ServicePipes& pipes) { pipes = ostrelApi::pipesOf("/nowhere/web", "web", "root"); }, 11,
      lockMissing, 0},
     {"a lock file that is a directory", [](ServicePipes& pipes) { replaceByDirectory(pipes.lock); },
      3, lockNotOpened, EISDIR},

@@ -16,7 +16,7 @@ using transport_case::Transport;
 
 TEST(PipesOf, NameTheServiceTwice)
 {
-    const ostrelApi::ServicePipes pipes = ostrelApi::pipesOf("/run/p", "web", "admin");
+    const ostrelApi::ServicePipes pipes = ostrelApi::pipesOf("/run/p/web", "web", "admin");
     EXPECT_EQ(pipes.lock, "/run/p/web/web.lock");
     EXPECT_EQ(pipes.in, "/run/p/web/web.in");
     EXPECT_EQ(pipes.out, "/run/p/web/web.out");
@@ -25,7 +25,7 @@ TEST(PipesOf, NameTheServiceTwice)
 
 TEST(PipesOf, NormaliseNothing)
 {
-    EXPECT_EQ(ostrelApi::pipesOf("/run/", "a/b", "").in, "/run//a/b/a/b.in");
+    EXPECT_EQ(ostrelApi::pipesOf("/run//a/b", "a/b", "").in, "/run//a/b/a/b.in");
 }
 
 TEST_F(Transport, ReturnsThePayloadAndLeavesNothingBehind)
@@ -194,7 +194,7 @@ TEST(TransportDescriptors, AreAllClosedWhenTheCallsEnd)
 {
     const support::Device device;
     const ostrelApi::ServicePipes pipes =
-        ostrelApi::pipesOf(device.pipesDirectory(), "web", "root");
+        ostrelApi::pipesOf(device.pipesDirectory() + "/web", "web", "root");
     const std::size_t before = support::openDescriptorCount();
     {
         support::ScriptedPeer peer(device, "web");

@@ -7,7 +7,7 @@
 namespace
 {
 
-namespace Tools = ostrel::Tools;
+using ostrel::Tools;
 
 struct LeapRow {
     int year;

@@ -7,7 +7,7 @@
 namespace
 {
 
-namespace Tools = ostrel::Tools;
+using ostrel::Tools;
 
 const std::string certificate = "-----BEGIN CERTIFICATE-----\n"
                                 "MIIBhTCCASugAwIBAgIQIRi6zePL6mKjOipn+dNuaTAKBggqhkjOPQQDAjASMRAw\n"

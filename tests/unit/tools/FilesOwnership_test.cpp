@@ -12,7 +12,7 @@ namespace
 {
 
 namespace fs = std::filesystem;
-namespace Tools = ostrel::Tools;
+using ostrel::Tools;
 using support::Accounts;
 using support::thrownBy;
 

@@ -14,7 +14,7 @@ namespace
 {
 
 namespace fs = std::filesystem;
-namespace Tools = ostrel::Tools;
+using ostrel::Tools;
 using support::CapturedErrors;
 using support::CapturedTrace;
 using support::TemporaryDirectory;

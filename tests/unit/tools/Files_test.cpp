@@ -13,7 +13,7 @@ namespace
 {
 
 namespace fs = std::filesystem;
-namespace Tools = ostrel::Tools;
+using ostrel::Tools;
 using support::TemporaryDirectory;
 using support::thrownBy;
 using support::writeText;

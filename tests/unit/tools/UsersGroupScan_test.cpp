@@ -11,7 +11,7 @@
 namespace
 {
 
-namespace Tools = ostrel::Tools;
+using ostrel::Tools;
 using support::Accounts;
 using testing::ElementsAreArray;
 using testing::IsEmpty;

@@ -12,7 +12,7 @@
 namespace
 {
 
-namespace Tools = ostrel::Tools;
+using ostrel::Tools;
 using support::Accounts;
 
 constexpr unsigned int threadCount = 8;

@@ -17,7 +17,7 @@
 namespace
 {
 
-namespace Tools = ostrel::Tools;
+using ostrel::Tools;
 using support::Accounts;
 using support::CapturedTrace;
 using support::inChild;

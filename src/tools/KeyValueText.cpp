@@ -1,4 +1,4 @@
-#include "config/ConfigText.h"
+#include "tools/KeyValueText.h"
 
 #include <ostrel/Tools.h>
 
@@ -79,43 +79,39 @@ std::string valueOf(const KeyValueMap& map, const std::string& key)
     return found != map.end() ? found->second : std::string();
 }
 
-namespace Tools
-{
-
-std::string removeSpaceAtBeginning(const std::string& text)
+std::string Tools::removeSpaceAtBeginning(const std::string& text)
 {
     return std::string(withoutLeadingBlanks(text));
 }
 
-std::string removeSpaceFromEnding(const std::string& text)
+std::string Tools::removeSpaceFromEnding(const std::string& text)
 {
     return std::string(withoutTrailingBlanks(text));
 }
 
-std::string cleanConfigLine(const std::string& line)
+std::string Tools::cleanConfigLine(const std::string& line)
 {
     return std::string(cleanLine(line));
 }
 
-std::pair<std::string, std::string> getKeyAndValue(const std::string& line)
+std::pair<std::string, std::string> Tools::getKeyAndValue(const std::string& line)
 {
     return std::pair<std::string, std::string>(keyAndValueOf(line));
 }
 
-std::map<std::string, std::string> getConfigMap(std::istream& in)
+std::map<std::string, std::string> Tools::getConfigMap(std::istream& in)
 {
     return configMapOf(readRest(in));
 }
 
-std::map<std::string, std::string> getMapFromStringStream(std::stringstream& in)
+std::map<std::string, std::string> Tools::getMapFromStringStream(std::stringstream& in)
 {
     return getConfigMap(in);
 }
 
-std::map<std::string, std::string> getMapKeyValue(std::istream& in)
+std::map<std::string, std::string> Tools::getMapKeyValue(std::istream& in)
 {
     return rawMapOf(readRest(in));
 }
 
-} // namespace Tools
 } // namespace ostrel

@@ -1,4 +1,4 @@
-#include "config/ConfigText.h"
+#include "tools/KeyValueText.h"
 
 #include <ostrel/Tools.h>
 
@@ -7,7 +7,7 @@
 namespace
 {
 
-namespace Tools = ostrel::Tools;
+using ostrel::Tools;
 using testing::Pair;
 
 struct TextRow {

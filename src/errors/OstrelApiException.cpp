@@ -86,16 +86,12 @@ const ReturnCodeRow& rowOf(int returnCode)
 
 } // namespace
 
-OstrelApiException::OstrelApiException(ErrorId id, int returnCode)
-    : errorId(id), message("Error " + std::to_string(id) + ": " + errorIdToString(id)),
-      m_returnCode(returnCode)
+OstrelApiException::OstrelApiException(ErrorId id)
+    : errorId(id), message("Error " + std::to_string(id) + ": " + errorIdToString(id))
 {
 }
 
-OstrelApiException::OstrelApiException(ErrorId id) : OstrelApiException(id, 0) {}
-
-OstrelApiException::OstrelApiException(int returnCode)
-    : OstrelApiException(rowOf(returnCode).id, returnCode)
+OstrelApiException::OstrelApiException(int returnCode) : OstrelApiException(rowOf(returnCode).id)
 {
     message += " (" + std::to_string(returnCode) + " - " + globalOstrelMessage(returnCode) + ')';
 }
@@ -115,11 +111,6 @@ std::string OstrelApiException::getErrorMessage() const
 OstrelApiException::ErrorId OstrelApiException::getErrorId() const
 {
     return errorId;
-}
-
-int OstrelApiException::getReturnCode() const
-{
-    return m_returnCode;
 }
 
 OstrelApiException::ErrorId OstrelApiException::returnCodeToErrorId(int returnCode) const

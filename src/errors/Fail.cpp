@@ -1,0 +1,73 @@
+#include "errors/Fail.h"
+
+#include <ostrel/Tools.h>
+#include <ostrelApi/CallError.h>
+#include <ostrelApi/ReturnCode.h>
+
+#include "errors/Explained.h"
+#include "tools/ErrorText.h"
+#include "tools/InFlight.h"
+
+#include <algorithm>
+
+namespace ostrelApi
+{
+
+namespace
+{
+
+// A peer must not make exceptions grow without a limit.
+constexpr std::size_t longestReason = 8192;
+
+bool isControl(unsigned char character)
+{
+    return character < 0x20 || character == 0x7f;
+}
+
+std::string oneLine(const std::string& text)
+{
+    std::string line = text.substr(0, longestReason);
+    std::replace_if(line.begin(), line.end(), isControl, ' ');
+    return line;
+}
+
+} // namespace
+
+void fail(int returnCode, const std::string& reason, int daemonReturnCode)
+{
+    throw CallError(returnCode, oneLine(reason), daemonReturnCode);
+}
+
+std::string reasonOf(const std::string& step, const std::string& path, int error)
+{
+    return step + ' ' + path + ": " + ostrel::errorText(error);
+}
+
+std::string groupReasonOf(const std::string& path, const std::string& group, int error)
+{
+    const std::string step = "cannot give to the group '" + group + "' the file";
+    const bool isKnown = ostrel::Tools::isGroupExist(group);
+    return isKnown ? reasonOf(step, path, error) : step + ' ' + path + ": no such group";
+}
+
+void fail(int returnCode, const std::string& step, const std::string& path, int error)
+{
+    fail(returnCode, reasonOf(step, path, error));
+}
+
+void failInstead()
+{
+    try {
+        throw;
+    } catch (const CallError& caught) {
+        fail(ActionFailed, caught.getReason(), caught.getDaemonReturnCode());
+    } catch (const Explained& caught) {
+        fail(ActionFailed, caught.reason);
+    } catch (const std::exception& caught) {
+        fail(ActionFailed, ostrel::textOf(caught));
+    } catch (...) {
+        fail(ActionFailed, "");
+    }
+}
+
+} // namespace ostrelApi
