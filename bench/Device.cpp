@@ -18,7 +18,7 @@ std::string boxDirectory()
 {
     const char* directory = std::getenv("OSTREL_SANDBOX");
     if (directory == nullptr) {
-        throw std::runtime_error("the benchmark writes to /etc: run it by scripts/bench");
+        throw std::runtime_error("the benchmark writes to /etc: run it with scripts/bench");
     }
     return directory;
 }

@@ -5,9 +5,9 @@
 namespace bench
 {
 
-/// The device that the benchmark runs on: a daemon's configuration in the
-/// box's private /etc, and directories below the box's own. Takes the place of
-/// a former one, whose services are no more. Throws outside of a box.
+/// The device that the benchmark runs on: a daemon's configuration in the box's
+/// private /etc, and directories below the box's own directory. Replaces an
+/// earlier device and its services. Throws outside of a box.
 class Device
 {
 public:
@@ -17,13 +17,13 @@ public:
     /// Returns its name.
     std::string addService(const std::string& name) const;
 
-    /// The same for one whose directories are missing.
+    /// Configures the same service without directories.
     std::string addServiceWithoutDirectories(const std::string& name) const;
 
-    /// What the paths of a service's pipes begin with.
+    /// The common prefix of the paths of a service's pipes.
     std::string pipesBase(const std::string& service) const;
 
-    /// A directory for anything else.
+    /// A directory for other files.
     const std::string& directory() const { return m_storeDirectory; }
 
 private:
@@ -31,10 +31,10 @@ private:
     const std::string m_pipesDirectory;
 };
 
-/// A group that every box has, root's own.
+/// The group of root, which every box has.
 constexpr const char managementGroup[] = "root";
 
-/// Makes the file `path` with `text` in it.
+/// Writes `text` to the file `path`.
 void writeFile(const std::string& path, const std::string& text);
 
 /// The text of the file `path`.

@@ -33,7 +33,7 @@ struct Exchange {
     Peer peer;
 };
 
-// Two rows of one call: as the caller's clock sees it, and the caller's own part.
+// Two rows of one call: the time by the clock, and the caller's own processor time.
 std::vector<Row> callRows(const Device& device, std::size_t payload)
 {
     const auto exchange = std::make_shared<Exchange>(device, "exchange" + std::to_string(payload),

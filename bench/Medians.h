@@ -17,12 +17,12 @@ public:
     bool ReportContext(const Context& context) override;
     void ReportRuns(const std::vector<Run>& runs) override;
 
-    /// Nanoseconds by name: of the clock where the benchmark was measured by
-    /// it, else of the thread.
+    /// Nanoseconds by name: by the clock if the benchmark uses it, otherwise the
+    /// thread's processor time.
     const std::map<std::string, double>& times() const { return m_times; }
 
 private:
-    // A row that the command line's filter leaves out is no error.
+    // The benchmark library reports a row that the filter excludes as an error.
     std::ostream m_nowhere{nullptr};
     std::map<std::string, double> m_times;
 };

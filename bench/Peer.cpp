@@ -74,7 +74,7 @@ void Peer::serve() const
         }
     } catch (const std::exception& failure) {
         std::cerr << failure.what() << std::endl;
-        // A caller that waits for an answer would wait forever.
+        // Otherwise a caller that waits for an answer would wait forever.
         ::kill(::getppid(), SIGTERM);
         ::_exit(1);
     }

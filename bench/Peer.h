@@ -10,12 +10,12 @@
 namespace bench
 {
 
-/// Stands where the daemon stands and does the least that a call needs. A
-/// process, as the daemon is one; it ends with its owner.
+/// Replaces the daemon and does the minimum that a call needs. It is a process
+/// like the daemon, and ends with its owner.
 class Peer
 {
 public:
-    /// What is written for a message.
+    /// Returns the reply to a message.
     using Answer = std::function<std::string(const std::string& message)>;
 
     Peer(const Device& device, const std::string& service, Answer answer);

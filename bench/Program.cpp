@@ -13,7 +13,7 @@ namespace bench
 namespace
 {
 
-/// What the program finds open.
+/// The open files that the program starts with.
 class Streams
 {
 public:

@@ -6,8 +6,8 @@
 namespace bench
 {
 
-/// The exit status of a program that is started with an empty environment, its
-/// standard output in the file `outputPath`.
+/// Runs a program with an empty environment and its standard output in the file
+/// `outputPath`, and returns its exit status.
 int statusOf(const std::vector<std::string>& words, const std::string& outputPath = "/dev/null");
 
 } // namespace bench

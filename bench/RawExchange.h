@@ -1,7 +1,7 @@
 #pragma once
 
-// A call to the daemon by hand: the look-ups and the system calls of
-// OstrelService::sendCommandToServer(), in its order.
+// A call to the daemon by hand: the look-ups and system calls of
+// OstrelService::sendCommandToServer(), in the same order.
 
 #include <string>
 
@@ -20,7 +20,7 @@ struct RawPipes {
     const char* group;
 };
 
-/// Sends the fields behind user and pid, and returns the reply's payload.
+/// Sends user, pid and `fields`, and returns the payload of the reply.
 std::string exchangeByHand(const RawPipes& pipes, const char* fields);
 
 } // namespace bench

@@ -19,7 +19,7 @@ namespace bench
 namespace
 {
 
-/// A file's bytes, in memory that nothing has written before.
+/// The bytes of a file, in memory that is not initialised first.
 struct Bytes {
     std::unique_ptr<char[]> memory;
     std::size_t length = 0;
@@ -65,7 +65,7 @@ void putInOrder(std::vector<std::string>& ids)
     }
 }
 
-/// Visits a map's lines: the id, and whether its common name is `cn`.
+/// Calls `visit` for each line of a map with the id, and whether its common name is `cn`.
 template <class Visit>
 void forEachId(std::string_view map, std::string_view cn, Visit visit)
 {
@@ -78,8 +78,8 @@ void forEachId(std::string_view map, std::string_view cn, Visit visit)
     });
 }
 
-/// In one walk, which is enough for a map that the daemon wrote; false for one
-/// that is not in order.
+/// Takes the ids in one pass, which is enough for a map that the daemon wrote. Returns
+/// false if the map is not in order.
 bool takeOrdered(std::string_view map, std::string_view cn, std::vector<std::string>& ids)
 {
     bool isOrdered = true;
@@ -110,7 +110,7 @@ std::vector<std::string> takeSorted(std::string_view map, std::string_view cn)
     return ids;
 }
 
-/// From behind the begin line to the end line.
+/// The text between the begin line and the end line.
 std::string_view certificateIn(const Bytes& bytes)
 {
     constexpr std::string_view begin = "-----BEGIN CERTIFICATE-----\n";

@@ -1,7 +1,7 @@
 #pragma once
 
-// One row of the benchmark: work done through the library, and beside it the
-// same work done by hand, with the same system calls and the same result.
+// One row of the benchmark: work done through the library, and the same work done by
+// hand, with the same system calls and the same result.
 
 #include <benchmark/benchmark.h>
 
@@ -13,14 +13,14 @@
 namespace bench
 {
 
-/// What a row is measured by: the time of the thread, which other programs on
-/// the machine hardly change, or, where other processes take part, the clock.
+/// What a row measures: the thread's processor time, which other programs hardly
+/// affect, or the time by the clock if other processes take part.
 enum class Clock { Thread, Wall };
 
 struct Subject {
     std::string what;
     std::size_t size;
-    /// The ratio of library to raw that the library is to keep; 0 for none.
+    /// The maximum ratio of library time to raw time that is the aim; 0 for no aim.
     double aim;
     Clock clock = Clock::Thread;
 };
@@ -32,7 +32,7 @@ struct Row {
     std::function<void()> raw;
 };
 
-/// The row of two functions, whose results `same` compares.
+/// A row of two functions; `same` compares their results.
 template <class Library, class Raw, class Same = std::equal_to<>>
 Row rowOf(const Subject& subject, Library library, Raw raw, Same same = {})
 {
@@ -40,14 +40,14 @@ Row rowOf(const Subject& subject, Library library, Raw raw, Same same = {})
             [=] { benchmark::DoNotOptimize(library()); }, [=] { benchmark::DoNotOptimize(raw()); }};
 }
 
-/// The row, whose sides are to agree on `isSame` as well.
+/// Adds the condition `isSame` to a row.
 inline Row withCheck(Row row, const std::function<bool()>& isSame)
 {
     row.isSame = [former = row.isSame, isSame] { return former() && isSame(); };
     return row;
 }
 
-/// How much is measured: every size of a row, or its smallest alone.
+/// How much to measure: every size of a row, or only the smallest.
 enum class Extent { Full, Quick };
 
 inline std::vector<std::size_t> sizesFor(Extent extent, const std::vector<std::size_t>& sizes)

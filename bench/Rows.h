@@ -1,6 +1,6 @@
 #pragma once
 
-// The families of rows. Each one makes what its rows need on the device.
+// The families of rows. Each one prepares the device for its rows.
 
 #include "bench/Row.h"
 
@@ -18,7 +18,7 @@ std::vector<Row> storeRows(const Device& device, Extent extent);
 /// Info files, imported texts, records.
 std::vector<Row> textRows(const Device& device, Extent extent);
 
-/// What a person waits for who looks at a whole device.
+/// What a person waits for when looking at a whole device.
 std::vector<Row> surveyRows(const Device& device, Extent extent);
 
 /// The start of programs that link the library.

@@ -15,7 +15,7 @@ namespace bench
 namespace
 {
 
-/// A service with a store of its own.
+/// A service with its own store.
 struct Store {
     Store(const Device& device, const std::string& name)
         : service(std::make_shared<ostrelApi::OstrelService>(device.addService(name))),
@@ -27,7 +27,7 @@ struct Store {
     ostrel::ExternalCertificatesAccessor paths;
 };
 
-// Ascending with `number`, and as long as the daemon's.
+// Ascends with `number`, and is as long as an id of the daemon.
 std::string idOf(std::size_t number)
 {
     char text[17];
@@ -44,7 +44,7 @@ std::string listText(std::size_t count)
     return text;
 }
 
-// One entry of ten has the name that is asked for; which ones, `first` says.
+// One entry in ten has the name that the row looks up; `first` shifts which ones.
 std::string mapText(std::size_t count, std::size_t first)
 {
     std::string text;
@@ -68,7 +68,7 @@ std::string certificateText(std::size_t number)
     return text + "-----END CERTIFICATE-----\n";
 }
 
-// Measured on what the daemon writes, and agreed on for a list out of order too.
+// Measures a list as the daemon writes it. Compares the results for an unordered list too.
 Row listRow(const Device& device, std::size_t size)
 {
     const Store store(device, "list" + std::to_string(size));
@@ -99,7 +99,7 @@ Row byCNRow(const Device& device, std::size_t size)
         [=] { return service->getListByCN(disordered, cn) == idsByCNByHand(disordered, cn); });
 }
 
-// The certificate that is looked for stands last.
+// The certificate to find is the last one.
 Row findRow(const Device& device, std::size_t size)
 {
     const Store store(device, "find" + std::to_string(size));

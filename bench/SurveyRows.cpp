@@ -26,7 +26,7 @@ std::string infoText(std::size_t number)
                        number, 2208988800 + number);
 }
 
-/// Every file of a service that tells of its CAs, filled.
+/// Adds a service with CAs and returns its files: the list, the map and the summaries.
 std::vector<std::string> addFilledService(const Device& device, const std::string& name)
 {
     const ostrel::ExternalCertificatesAccessor paths(device.addService(name), "ca");
@@ -45,8 +45,8 @@ std::vector<std::string> addFilledService(const Device& device, const std::strin
     return files;
 }
 
-/// How many services the program lists with all of their certificates; those of
-/// the other rows have other numbers.
+/// How many services the program lists with all of their certificates. The services of
+/// other rows have other numbers of certificates.
 std::size_t listedIn(const std::string& table)
 {
     const std::string count = fmt::format("  {}  ", certificates);

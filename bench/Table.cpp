@@ -12,11 +12,11 @@ namespace
 
 using Times = std::map<std::string, double>;
 
-/// Times of each entry by size.
+/// The time for one entry, by size.
 using Growth = std::map<std::size_t, double>;
 
-// The time of each entry is far from constant in memory that no cache holds;
-// twice as much from one size to the next is still no more than that.
+// The time for one entry grows when the data no longer fits into a cache. Up to twice
+// the time from one size to the next is explained by that.
 constexpr double steadyGrowth = 2;
 
 constexpr const char librarySide[] = "library";
@@ -41,7 +41,7 @@ void printRatio(const Subject& subject, double library, double raw)
                library, raw, library / raw, verdictOf(library / raw, subject.aim));
 }
 
-// Of what was measured at several sizes.
+// The growth of the rows that were measured at several sizes.
 std::map<std::string, Growth> growthsOf(const std::vector<Row>& rows, const Times& times)
 {
     std::map<std::string, Growth> growths;
@@ -98,7 +98,7 @@ void printRatios(const std::vector<Row>& rows, const Times& times)
 void printGrowth(const std::vector<Row>& rows, const Times& times)
 {
     const auto growths = growthsOf(rows, times);
-    fmt::print(growths.empty() ? "" : "\nns for each entry\n");
+    fmt::print(growths.empty() ? "" : "\nns per entry\n");
     for (const auto& growth : growths) {
         printGrowthOf(growth.first, growth.second);
     }

@@ -7,14 +7,14 @@
 namespace bench
 {
 
-/// The names under which the sides of a row are measured.
+/// The benchmark names of the two sides of a row.
 std::string libraryName(const Subject& subject);
 std::string rawName(const Subject& subject);
 
-/// Prints the ratio of every row of which both sides were measured.
+/// Prints the ratio of every row whose two sides were measured.
 void printRatios(const std::vector<Row>& rows, const std::map<std::string, double>& times);
 
-/// Prints, for what was measured at several sizes, the time of each entry.
+/// Prints the time for one entry of the rows that were measured at several sizes.
 void printGrowth(const std::vector<Row>& rows, const std::map<std::string, double>& times);
 
 } // namespace bench

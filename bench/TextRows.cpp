@@ -21,7 +21,7 @@ namespace bench
 namespace
 {
 
-/// What an info file holds, for cxxtools alone.
+/// The content of an info file, for cxxtools without the library.
 struct BareInfo {
     std::int32_t version = 0;
     std::string issuerName;
@@ -124,9 +124,9 @@ bool isRefused(ostrelApi::OstrelService& service, const std::string& text)
     }
 }
 
-// A service without directories refuses an import once the text is ready, so
-// that the text work is nearly all that is measured. What it gives is seen by
-// the peer of a service that has them.
+// A service without directories refuses an import once the text is ready, so the row
+// measures almost only the work on the text. A second service with directories and a
+// peer compares the result.
 Row importRow(const Device& device, std::size_t size)
 {
     const std::string text = importText(size);
@@ -140,7 +140,7 @@ Row importRow(const Device& device, std::size_t size)
                          [=] { return importTextByHand(text); },
                          [](bool isFine, const std::string&) { return isFine; }),
                      [=] {
-                         // The call needs its peer.
+                         // Keeps the peer alive for the call.
                          static_cast<void>(peer);
                          return imports->addCA(text) == importTextByHand(text);
                      });

@@ -1,6 +1,6 @@
-// The library beside the same work done by hand. Prints the ratios and how
-// they keep to their aims; a slow machine fails nothing, a difference between
-// the results of both sides does.
+// Compares the library with the same work done by hand. Prints the ratios and whether
+// they meet their aims. Fails if the two sides give different results, but not on a slow
+// machine.
 //
 //     ostrel_bench [--quick] [--benchmark_filter=REGEX] ...
 
@@ -21,12 +21,12 @@ namespace
 
 using bench::Row;
 
-/// Google Benchmark's options: ours first, so that the command line's win.
+/// The options for Google Benchmark. Ours come first, so that the command line overrides them.
 std::vector<std::string> benchmarkOptions(bench::Extent extent)
 {
     const bool isFull = extent == bench::Extent::Full;
     return {
-        // Both sides in turn: a machine that drifts slows them alike.
+        // Alternates the sides, so that a machine that slows down affects both.
         "--benchmark_enable_random_interleaving=true",
         isFull ? "--benchmark_repetitions=101" : "--benchmark_repetitions=3",
         isFull ? "--benchmark_min_time=0.005" : "--benchmark_min_time=0.0001",
@@ -60,7 +60,7 @@ bool areSame(const std::vector<Row>& rows)
     for (const Row& row : rows) {
         if (!row.isSame()) {
             std::cerr << row.subject.what << ' ' << row.subject.size
-                      << ": the library's result is not the raw one\n";
+                      << ": the results of the library and of the raw side differ\n";
             result = false;
         }
     }
@@ -79,7 +79,7 @@ void measure(const std::string& name, bench::Clock clock, const std::function<vo
     }
 }
 
-// Each row by itself, so that both of its sides share the same second.
+// Measures each row separately, so that its two sides run close together.
 std::map<std::string, double> measure(const std::vector<Row>& rows)
 {
     bench::Medians medians;
@@ -92,8 +92,8 @@ std::map<std::string, double> measure(const std::vector<Row>& rows)
     return medians.times();
 }
 
-// For the processes that take part as well: when two of them meet on two
-// processors, the scheduler's choices outweigh all that is measured here.
+// The processes that take part inherit this. On two processors the scheduler's choices
+// would have more effect than everything measured here.
 void stayOnOneProcessor()
 {
     cpu_set_t processors;
@@ -112,13 +112,13 @@ const std::vector<Family>& families()
     return all;
 }
 
-/// All that was measured.
+/// Everything that was measured.
 struct Results {
     std::vector<Row> rows;
     std::map<std::string, double> times;
 };
 
-/// Measures a family on a device of its own; false when its sides differ.
+/// Measures a family on its own device. Returns false if the results differ.
 bool measureInto(Results& results, const Family& family, bench::Extent extent)
 {
     const bench::Device device;

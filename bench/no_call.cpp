@@ -1,4 +1,4 @@
-// The same without the call and without the library.
+// The same as one_call.cpp without the call and without the library.
 #include <cstdio>
 
 int main()

@@ -1,4 +1,4 @@
-// What scripts/size looks at: a program that made one call, and waits.
+// A program that makes one call and waits, for scripts/size.
 #include <ostrelApi/OstrelService.h>
 
 #include <cstdio>

@@ -1,6 +1,6 @@
-# Tests and scripts start programs by their path. A program that only an emulator
-# can run lies one folder deeper, and a script in its place has it run. The machine
-# itself needs not know foreign programs that way.
+# Tests and scripts start programs by their path. If only an emulator can run a program,
+# the program lies one folder deeper and a script at its path starts the emulator. So the
+# machine itself does not need to be able to start foreign programs.
 function(ostrel_may_be_started target)
   if(NOT CMAKE_CROSSCOMPILING_EMULATOR)
     return()

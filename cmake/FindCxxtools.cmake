@@ -1,5 +1,5 @@
-# Finds cxxtools' base library, which holds its JSON reader, without needing
-# pkg-config on the machine. Gives the target Cxxtools::Cxxtools.
+# Finds cxxtools' base library, which contains its JSON reader, without pkg-config.
+# Defines the target Cxxtools::Cxxtools.
 find_path(Cxxtools_INCLUDE_DIR cxxtools/jsondeserializer.h)
 find_library(Cxxtools_LIBRARY cxxtools)
 mark_as_advanced(Cxxtools_INCLUDE_DIR Cxxtools_LIBRARY)

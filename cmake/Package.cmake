@@ -1,5 +1,5 @@
-# How other projects find the library: as a CMake package and by pkg-config.
-# Both are found relative to their own place, so the installed tree may move.
+# Other projects find the library as a CMake package and with pkg-config. Both use paths
+# relative to their own files, so the installed tree can be moved.
 include(CMakePackageConfigHelpers)
 
 set(ostrl_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/ostrl")

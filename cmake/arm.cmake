@@ -1,5 +1,5 @@
-# The device: 32-bit ARM Linux, hard float. scripts/sysroot makes its libraries;
-# what is built runs here under qemu.
+# The device: 32-bit ARM Linux, hard float. scripts/sysroot makes its libraries, and qemu
+# runs the programs on this machine.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7l)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)

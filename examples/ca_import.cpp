@@ -1,5 +1,5 @@
-// Takes every CA certificate of a directory through its life in one service:
-// added, listed, found by common name and by its text, read back, revoked.
+// Adds every CA certificate of a directory to a service, lists them, finds them by common
+// name and by text, reads them back and revokes them.
 //
 //     ca_import SERVICE DIRECTORY
 

@@ -1,7 +1,7 @@
-// What the library exports for the daemon's side of the conversation: a
-// command is read, and the answer is made of a store's files.
+// Uses the classes that the library exports for the daemon: parses a command and answers
+// it from the files of a store.
 //
-//     daemon_side SERVICE 'MESSAGE, ITS FIELDS SEPARATED BY BLANKS'
+//     daemon_side SERVICE 'MESSAGE WITH BLANKS BETWEEN ITS FIELDS'
 
 #include <ostrel/CertificateIdList.h>
 #include <ostrel/Commands.h>

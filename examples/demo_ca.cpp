@@ -1,5 +1,5 @@
-// A certificate authority for the demo and nothing else: made anew for each
-// request, it signs what it gets for 90 days. The daemon has no part in this.
+// A certificate authority for the demo only. Each run makes a new CA key and signs one
+// request for 90 days, without the daemon.
 //
 //     demo_ca < request.pem > certificate.pem
 

@@ -1,4 +1,4 @@
-// Tells the daemon what changed around it.
+// Notifies the daemon that the network or the clock has changed.
 //
 //     notify network|time
 

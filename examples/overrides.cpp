@@ -1,4 +1,4 @@
-// Settings of an application's own, attached to one certificate.
+// Sets an override, a setting that an application attaches to a certificate.
 //
 //     overrides SERVICE KEY VALUE    sets one for the server certificate in use
 
@@ -16,9 +16,9 @@ int main(int argc, char* argv[])
         ostrelApi::OstrelService service(argv[1]);
         ostrelApi::OverwrittenData data = service.getServerCertificateOverwrittenData("");
         data.setData(argv[2], argv[3]);
-        std::cout << data.getMap().size() << " with what is pending, which discard() would drop\n";
+        std::cout << data.getMap().size() << " with the pending one, which discard() would drop\n";
         data.write();
-        // A new object reads the file anew; the one that wrote may still show the former values.
+        // A new object reads the file again. The object that wrote may still show the old values.
         for (const auto& [key, value] : service.getServerCertificateOverwrittenData("").getMap()) {
             std::cout << key << ": " << value << '\n';
         }

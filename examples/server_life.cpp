@@ -1,9 +1,9 @@
-// The life of a service's own certificate, one step for each call.
+// Takes a service's server certificate through its life, one step in each run.
 //
-//     server_life SERVICE request > request.pem    new key, new signing request
-//     server_life SERVICE apply certificate.pem    what a CA made of the request
-//     server_life SERVICE show                     what is in use
-//     server_life SERVICE revoke
+//     server_life SERVICE request > request.pem    makes a new key and signing request
+//     server_life SERVICE apply certificate.pem    applies the certificate that answers it
+//     server_life SERVICE show                     shows the certificate in use
+//     server_life SERVICE revoke                   revokes it
 
 #include <ostrel/Tools.h>
 #include <ostrelApi/OstrelService.h>

@@ -1,0 +1,1 @@
+// Whom it may concern.
