@@ -21,7 +21,6 @@ namespace ostrelctl
 namespace
 {
 
-
 std::string lockPathOf(const Context& context)
 {
     const std::string name = context.serviceName();

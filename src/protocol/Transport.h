@@ -33,6 +33,6 @@ struct ServicePipes {
 /// OstrelApiException, or std::runtime_error with the text of EINTR when a
 /// signal interrupts the waiting for the reply. Every way out releases the lock
 /// and removes the reply FIFO.
-[[nodiscard]] std::string exchange(ostrel::Commands& command, const ServicePipes& pipes);
+std::string exchange(ostrel::Commands& command, const ServicePipes& pipes);
 
 } // namespace ostrelApi

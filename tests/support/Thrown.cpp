@@ -42,6 +42,16 @@ std::string thrownBy(const std::function<void()>& work)
     return "nothing";
 }
 
+ostrelApi::CallError callErrorOf(const std::function<void()>& work)
+{
+    try {
+        work();
+    } catch (const ostrelApi::CallError& caught) {
+        return caught;
+    }
+    throw std::logic_error("no CallError was thrown");
+}
+
 std::string apiError(int returnCode)
 {
     return thrownBy([&] { throw ostrelApi::CallError(returnCode, ""); });

@@ -112,8 +112,7 @@ TEST_P(Revocation, OfOneIdSucceedsWhenThatIsTheSmallestOfTheRevoked)
         {"none, for an empty id", "", "0 ", false},
         {"an empty one, for an empty id", "", "0  7", true},
     };
-    const std::string failure =
-        "ostrelApi::CallError: " + std::string(store.badCertificateText);
+    const std::string failure = "ostrelApi::CallError: " + std::string(store.badCertificateText);
     for (const SingleRow& row : rows) {
         SCOPED_TRACE(row.sentence);
         peer.answer(row.reply);

@@ -68,12 +68,9 @@ TEST_P(UnwritableLookUp, HasTheTextOfTheExceptionAsItsReason)
 {
     for (const FailureRow& row : rows) {
         const support::FailingOpen failure(".crt", row.fail);
-        try {
-            store.idOfText(web, "text");
-            ADD_FAILURE() << row.sentence;
-        } catch (const ostrelApi::CallError& caught) {
-            EXPECT_EQ(caught.getReason(), row.reason) << row.sentence;
-        }
+        EXPECT_EQ(support::callErrorOf([&] { store.idOfText(web, "text"); }).getReason(),
+                  row.reason)
+            << row.sentence;
     }
 }
 

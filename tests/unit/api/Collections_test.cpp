@@ -69,8 +69,7 @@ TEST_P(Collection, TakesAnIdAsAPathBelowTheStore)
 
 TEST_P(Collection, HasNoCertificateWhereNoneCanBeRead)
 {
-    const std::string expected =
-        "ostrelApi::CallError: " + std::string(store.badCertificateText);
+    const std::string expected = "ostrelApi::CallError: " + std::string(store.badCertificateText);
     EXPECT_EQ(thrownByGet("7"), expected) << "there is no store";
     putList("");
     support::makeUnopenable(certificates + "/unopenable");
@@ -149,8 +148,7 @@ TEST_P(Collection, CannotBeListedWithoutItsListNorSearchedWithoutItsMap)
     support::makeUnopenable(list);
     support::makeUnopenable(map);
     expectFailures();
-    EXPECT_EQ(apiError(1),
-              "ostrelApi::CallError: Error -1: Generic exception (1 - Action Failed)");
+    EXPECT_EQ(apiError(1), "ostrelApi::CallError: Error -1: Generic exception (1 - Action Failed)");
 }
 
 TEST_P(Collection, IsEmptyWhereItsListAndItsMapAreDirectories)

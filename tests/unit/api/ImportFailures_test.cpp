@@ -9,6 +9,8 @@
 #include "support/Textless.h"
 #include "tools/Descriptor.h"
 
+#include <gmock/gmock.h>
+
 #include <cstring>
 #include <future>
 
@@ -71,6 +73,44 @@ TEST_P(ImportFailure, IsErrorOneForWhateverCodeTheDaemonRefusesWith)
             expectNoFileLeft();
         }
     }
+}
+
+TEST_P(ImportFailure, KeepsTheDaemonsReturnCodeAndItsWordsInTheException)
+{
+    lookAndAnswer("33 already there");
+    const ostrelApi::CallError error = support::callErrorOf([&] { store.add(web, pem("AA\n")); });
+    EXPECT_EQ(error.getReturnCode(), 1);
+    EXPECT_EQ(error.getDaemonReturnCode(), 33);
+    EXPECT_EQ(error.getReason(), "already there");
+}
+
+TEST_P(ImportFailure, NamesTheLockFileWithoutADaemon)
+{
+    fs::remove(peer.lockPath());
+    const ostrelApi::CallError error = support::callErrorOf([&] { store.add(web, pem("AA\n")); });
+    EXPECT_EQ(error.getReturnCode(), 1);
+    EXPECT_EQ(error.getDaemonReturnCode(), 0);
+    EXPECT_EQ(error.getReason(),
+              "cannot open the lock file " + peer.lockPath() + ": No such file or directory");
+}
+
+TEST_P(ImportFailure, NamesTheFileThatCannotBeWritten)
+{
+    OstrelService odd = serviceOf("root");
+    fs::remove_all(oddPipes);
+    const std::string reason =
+        support::callErrorOf([&] { store.add(odd, pem("AA\n")); }).getReason();
+    EXPECT_THAT(reason, testing::MatchesRegex("cannot write " + oddPipes +
+                                              "/[^/]+[.]crt: No such file or directory"));
+}
+
+TEST_P(ImportFailure, NamesAGroupThatDoesNotExist)
+{
+    OstrelService odd = serviceOf("no such group");
+    const std::string reason =
+        support::callErrorOf([&] { store.add(odd, pem("AA\n")); }).getReason();
+    EXPECT_THAT(reason, testing::MatchesRegex("cannot give to the group 'no such group' the file " +
+                                              oddPipes + "/[^/]+[.]crt: no such group"));
 }
 
 TEST_P(ImportFailure, TellsWhyInItsTrace)

@@ -4,13 +4,18 @@
 
 #include <ostrel/Debug.h>
 
+#include "support/DeniedSystemCalls.h"
 #include "support/Device.h"
+#include "support/Thrown.h"
 #include "tools/Descriptor.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <filesystem>
 #include <iostream>
 #include <sstream>
+#include <thread>
 
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -42,17 +47,21 @@ public:
     Watch& operator=(const Watch&) = delete;
 
     int flags() const { return m_flags; }
+    /// How often the descriptor had been closed when the line was traced.
+    int closingsBefore() const { return m_closingsBefore; }
 
 protected:
     std::streamsize xsputn(const char* text, std::streamsize length) override
     {
         m_flags = ::fcntl(watched, F_GETFD);
+        m_closingsBefore = closings;
         return std::stringbuf::xsputn(text, length);
     }
 
 private:
     std::streambuf* const m_former;
     int m_flags = -1;
+    int m_closingsBefore = -1;
 };
 
 class NotificationDescriptor : public testing::Test
@@ -86,6 +95,32 @@ TEST_F(NotificationDescriptor, IsClosedOnceMoreAfterItsStream)
 {
     const Watch watch(next());
     ostrelApi::OstrelService::notifyTime();
+    EXPECT_EQ(closings, 1);
+}
+
+TEST_F(NotificationDescriptor, IsNotClosedWhereNoneWasOpened)
+{
+    std::filesystem::remove(fifo);
+    const Watch watch(-1);
+    EXPECT_EQ(support::thrownBy(ostrelApi::OstrelService::notifyTime), support::apiError(11));
+    EXPECT_EQ(closings, 0);
+}
+
+TEST_F(NotificationDescriptor, IsClosedAfterTheTraceWhereThereIsNoStreamForIt)
+{
+    const Watch watch(next());
+    bool canDeny = false;
+    std::string thrown;
+    std::thread([&] {
+        // The C library asks for the flags of a descriptor before it makes a stream.
+        canDeny = support::denySystemCalls({SYS_fcntl}, EPERM);
+        thrown = canDeny ? support::thrownBy(ostrelApi::OstrelService::notifyTime) : "";
+    }).join();
+    if (!canDeny) {
+        GTEST_SKIP() << "no seccomp filters here, to have the kernel refuse a system call";
+    }
+    EXPECT_EQ(thrown, support::apiError(1));
+    EXPECT_EQ(watch.closingsBefore(), 0);
     EXPECT_EQ(closings, 1);
 }
 

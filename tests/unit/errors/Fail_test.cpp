@@ -4,32 +4,22 @@
 
 #include "errors/Explained.h"
 #include "support/Textless.h"
+#include "support/Thrown.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
 #include <functional>
-#include <optional>
 
 namespace
 {
 
 using ostrelApi::CallError;
-
-CallError thrownBy(const std::function<void()>& work)
-{
-    try {
-        work();
-    } catch (const CallError& caught) {
-        return caught;
-    }
-    ADD_FAILURE() << "threw no CallError";
-    return {-1, ""};
-}
+using support::callErrorOf;
 
 CallError insteadOf(const std::function<void()>& failure)
 {
-    return thrownBy([&] {
+    return callErrorOf([&] {
         try {
             failure();
         } catch (...) {
@@ -40,7 +30,7 @@ CallError insteadOf(const std::function<void()>& failure)
 
 TEST(Fail, ThrowsACallErrorWithItsArguments)
 {
-    const CallError error = thrownBy([] { ostrelApi::fail(30, "no such CA", 30); });
+    const CallError error = callErrorOf([] { ostrelApi::fail(30, "no such CA", 30); });
     EXPECT_EQ(error.getReturnCode(), 30);
     EXPECT_EQ(error.getReason(), "no such CA");
     EXPECT_EQ(error.getDaemonReturnCode(), 30);
@@ -48,7 +38,8 @@ TEST(Fail, ThrowsACallErrorWithItsArguments)
 
 TEST(Fail, NamesStepPathAndTheTextOfErrno)
 {
-    const CallError error = thrownBy([] { ostrelApi::fail(11, "cannot open", "/x.lock", ENOENT); });
+    const CallError error =
+        callErrorOf([] { ostrelApi::fail(11, "cannot open", "/x.lock", ENOENT); });
     EXPECT_EQ(error.getReason(), "cannot open /x.lock: No such file or directory");
 }
 
@@ -70,7 +61,7 @@ TEST(Fail, KeepsTheReasonOnOneLine)
         {"one more is cut", std::string(8193, 'x'), std::string(8192, 'x')},
     };
     for (const ReasonRow& row : rows) {
-        const CallError error = thrownBy([&] { ostrelApi::fail(1, row.words); });
+        const CallError error = callErrorOf([&] { ostrelApi::fail(1, row.words); });
         EXPECT_EQ(error.getReason(), row.expected) << row.sentence;
     }
 }

@@ -1,8 +1,9 @@
 #include "protocol/Reply.h"
 
-#include <ostrelApi/OstrelApiException.h>
+#include <ostrelApi/CallError.h>
 
 #include "support/CapturedErrors.h"
+#include "support/Thrown.h"
 
 #include <gtest/gtest.h>
 
@@ -47,6 +48,32 @@ TEST(PayloadOf, IsWhatFollowsTheFirstBlankOfASuccess)
         EXPECT_EQ(payloadOf(row.reply), row.expected) << row.sentence;
     }
     EXPECT_EQ(trace.text(), "");
+}
+
+struct ReasonRow {
+    const char* sentence;
+    std::string reply;
+    int daemonReturnCode;
+    std::string reason;
+};
+
+TEST(PayloadOf, FailsWithTheDaemonsReturnCodeAndItsWords)
+{
+    const std::string notUnderstood = "the daemon's reply does not start with a return code: ";
+    const ReasonRow rows[] = {
+        {"a refusal", "33 already there", 33, "already there"},
+        {"a refusal without words", "33 ", 33, ""},
+        {"a refusal without a blank", "33", 33, ""},
+        {"words of two lines", "1 a\nb", 1, "a b"},
+        {"no reply", "", 0, "the daemon closed the reply FIFO without a reply"},
+        {"a blank in front", " 33 a", 0, notUnderstood + " 33 a"},
+        {"no number", "no 33", 0, notUnderstood + "no 33"},
+    };
+    for (const ReasonRow& row : rows) {
+        const ostrelApi::CallError error = support::callErrorOf([&] { payloadOf(row.reply); });
+        EXPECT_EQ(error.getDaemonReturnCode(), row.daemonReturnCode) << row.sentence;
+        EXPECT_EQ(error.getReason(), row.reason) << row.sentence;
+    }
 }
 
 struct FailureRow {

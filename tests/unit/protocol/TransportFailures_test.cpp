@@ -1,6 +1,11 @@
 #include "unit/protocol/TransportCase.h"
 
+#include <ostrelApi/CallError.h>
+
 #include "support/TextFiles.h"
+#include "tools/ErrorText.h"
+
+#include <gmock/gmock.h>
 
 #include <algorithm>
 
@@ -134,6 +139,23 @@ protected:
         return GetParam().error != 0 ? line(trace, GetParam().error) : trace;
     }
 
+    /// The file that a row's trace speaks of.
+    std::string fileOf(const Row& row) const
+    {
+        if (row.trace == lockMissing || row.trace == lockNotOpened) {
+            return pipes.lock;
+        }
+        return row.trace == outNotCreated || row.trace == groupNotChanged ? pipes.out : pipes.in;
+    }
+
+    static std::string textOf(const Row& row)
+    {
+        if (row.trace == groupNotChanged) {
+            return "no such group";
+        }
+        return ostrel::errorText(row.error != 0 ? row.error : ENOENT);
+    }
+
     bool hasLock() const
     {
         std::error_code notFound;
@@ -152,6 +174,17 @@ TEST_P(TransportFailure, ThrowsItsReturnCodeAndLeavesEverythingAsItWas)
         EXPECT_EQ(support::openDescriptorCount(), descriptorsBefore);
         EXPECT_EQ(isLockFree(), hasLock());
     }
+}
+
+TEST_P(TransportFailure, NamesTheFileAndTheSystemsTextInItsReason)
+{
+    ostrel::Commands command;
+    const ostrelApi::CallError error =
+        support::callErrorOf([&] { ostrelApi::exchange(command, pipes); });
+    EXPECT_EQ(error.getReturnCode(), GetParam().returnCode);
+    EXPECT_EQ(error.getDaemonReturnCode(), 0);
+    EXPECT_THAT(error.getReason(),
+                testing::EndsWith(fileOf(GetParam()) + ": " + textOf(GetParam())));
 }
 
 TEST_P(TransportFailure, TracesOneLineWhileDebugIsOn)

@@ -120,13 +120,14 @@ TEST_F(OverwriteFile, ThatCannotBeOpenedIsReturnCode1)
     }
 }
 
-TEST_F(OverwriteFile, ThatCannotBeReadEndsAtOnce)
+TEST_F(OverwriteFile, ThatCannotBeReadIsAnErrorAndKeepsTheChangesPending)
 {
-    OverwrittenData data(m_directory.path());
-    EXPECT_EQ(data.getMap(), Map());
+    OpenData data(m_directory.path());
+    EXPECT_THROW(data.getMap(), OstrelApiException);
     data.setData("a", "1");
     EXPECT_THROW(data.write(), OstrelApiException);
-    EXPECT_EQ(data.getData("a"), "1") << "still pending";
+    EXPECT_EQ(data.pendingData(), (Map{{"a", "1"}}));
+    EXPECT_EQ(data.lastUpdate(), 0);
 }
 
 struct WriteRow {
