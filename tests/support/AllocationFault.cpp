@@ -11,7 +11,7 @@ namespace support
 namespace
 {
 
-/// A fault that is armed while the object lives, and no longer.
+/// Arms a fault while the object lives.
 class ArmedFault
 {
 public:

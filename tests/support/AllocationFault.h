@@ -14,10 +14,10 @@ namespace support
 [[noreturn]] void failWithRuntimeError();
 [[noreturn]] void failWithAStranger();
 
-/// Runs `work` over and over, with its first allocation failing, then its
-/// second alone, and so on until none fails, and gives back what each run threw
-/// (as thrownBy() says it). The one means to reach the error paths of code
-/// that cannot fail otherwise.
+/// Runs `work` repeatedly: first its first allocation fails, then only its
+/// second, and so on until a run reaches no failing allocation. Returns what
+/// each run threw, in the words of thrownBy(). It reaches the error paths of
+/// code that cannot fail in another way.
 std::set<std::string> thrownWithoutMemory(const std::function<void()>& work, Failure failure);
 
 } // namespace support

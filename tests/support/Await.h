@@ -6,13 +6,13 @@
 namespace support
 {
 
-/// Waits until `isReached`, which is asked anew at each change of the file or
-/// directory `watched`; throws std::runtime_error, naming `what`, when that
-/// takes so long that it never will.
+/// Waits until `isReached` returns true. Calls it again at each change of the
+/// file or directory `watched`. Throws std::runtime_error with `what` in its
+/// text after 30 s without a change.
 void awaitChange(const std::string& watched, const std::string& what,
                  const std::function<bool()>& isReached);
 
-/// Waits until there is no file `path`.
+/// Waits until the file `path` does not exist.
 void awaitGone(const std::string& path);
 
 } // namespace support

@@ -5,8 +5,8 @@
 namespace support
 {
 
-/// Shows the file `source` in the place of `target`, to this test alone, while
-/// the object lives: a device that is out of order, for example.
+/// Mounts the file `source` over `target` while the object lives, visible to
+/// this test only. A test replaces a device file with it, for example.
 class BindMount
 {
 public:

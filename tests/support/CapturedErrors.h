@@ -8,8 +8,8 @@
 namespace support
 {
 
-/// Takes what the process writes to its standard error descriptor while the
-/// object lives, by whatever means: std::cerr, perror(), stdio.
+/// Captures what the process writes to its standard error descriptor while the
+/// object lives: through std::cerr, perror() or stdio.
 class CapturedErrors
 {
 public:
@@ -25,7 +25,7 @@ private:
     const ostrel::Descriptor m_former;
 };
 
-/// The same with the library's debug trace on, unless it is told otherwise.
+/// Also switches the library's debug trace on, unless `isTraced` is false.
 class CapturedTrace : public CapturedErrors
 {
 public:

@@ -29,7 +29,7 @@ ChangeTime::~ChangeTime()
 
 } // namespace support
 
-// The header names the function that the widths of time and of file offsets call for.
+// <sys/stat.h> renames this function to match the widths of time_t and off_t.
 extern "C" int stat(const char* path, struct stat* status) noexcept
 {
     const int result = ::fstatat(AT_FDCWD, path, status, 0);

@@ -6,9 +6,10 @@
 namespace support
 {
 
-/// While it lives, stat() tells `seconds`, cut to what a time_t holds, as the
-/// last change of the status of the file `path`. The kernel alone sets that
-/// time, by its clock. For a program of its own: it replaces stat().
+/// While the object lives, stat() reports `seconds`, cut to the width of
+/// time_t, as the time of the last status change of the file `path`: a program
+/// cannot set that time itself. Link it only into a program of its own, because
+/// it replaces stat().
 class ChangeTime
 {
 public:

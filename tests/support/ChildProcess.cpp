@@ -23,7 +23,7 @@ using ostrel::Descriptor;
     if (thrown != "nothing") {
         text = "[" + thrown + "]";
     }
-    // Neither the destructors nor the buffers of the parent are the child's to run.
+    // _exit(), because the child must not run the parent's destructors or flush its buffers.
     ::_exit(ostrel::writeAll(pipe, text) ? 0 : 1);
 }
 

@@ -6,9 +6,9 @@
 namespace support
 {
 
-/// Runs `work` in a child of this process and gives back the text that it
-/// returns: what a process does only once is tested once for each row so. A
-/// child that ends in another way gives a text that says how, in brackets.
+/// Runs `work` in a child process and returns the text that `work` returns.
+/// Tests use it to try once for each row what a process does only once. If the
+/// child ends in another way, the text says how, in brackets.
 std::string inChild(const std::function<std::string()>& work);
 
 } // namespace support

@@ -5,9 +5,9 @@
 namespace support
 {
 
-/// Makes the kernel refuse these system calls, with `error`, to the calling
-/// thread for the rest of its life; the other threads keep them. False where
-/// the machine has no such filters.
+/// Makes these system calls fail with `error` in the calling thread, until the
+/// thread ends; the other threads are not affected. Returns false where the
+/// kernel has no seccomp filters.
 bool denySystemCalls(const std::vector<long>& numbers, int error);
 
 } // namespace support

@@ -9,9 +9,9 @@
 namespace support
 {
 
-/// Descriptors that programs inherit from now on, while the object lives: what
-/// they open themselves has higher numbers, and a limit to those leaves enough
-/// for poll(), which takes no more entries than a process may have descriptors.
+/// Descriptors that child programs inherit while the object lives. The
+/// programs' own descriptors then get higher numbers, so a limit on those still
+/// leaves room for poll(), whose entries are limited to the same number.
 class InheritedDescriptors
 {
 public:
@@ -21,7 +21,7 @@ private:
     std::vector<ostrel::Descriptor> m_descriptors;
 };
 
-/// Lets the process `pid` open no descriptor more, or again as many as it likes.
+/// Let the process `pid` open no further descriptor, or any number again.
 void denyDescriptors(pid_t pid);
 void allowDescriptors(pid_t pid);
 

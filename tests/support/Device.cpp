@@ -47,7 +47,8 @@ Device::Device()
 void Device::replaceSystemFile(const std::string& path, const std::string& text)
 {
     boxDirectory();
-    // An ordinary user may put another file in the place of one that is not his own.
+    // In a sandbox without root, rename() can replace a file of another owner where writing it
+    // fails.
     writeText(path + ".new", text);
     std::filesystem::rename(path + ".new", path);
 }

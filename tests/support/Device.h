@@ -5,35 +5,35 @@
 namespace support
 {
 
-/// The private directory of the box that the test runs in. Throws when there is
-/// none: then the /etc in sight is the machine's own, which no test may write.
+/// The private directory of the sandbox that the test runs in. Throws outside a
+/// sandbox, where /etc is the machine's own and no test may write it.
 std::string boxDirectory();
 
-/// The device that one test runs on: its configuration in the test's private
-/// /etc, and directories of its own for everything else.
+/// The device that one test runs on: a configuration in the test's private
+/// /etc, and separate directories for everything else.
 ///
-/// The daemon's configuration is read once in a process; a test that wants one
-/// of its own writes it before the first call into the library.
+/// A process reads the daemon configuration once. A test that needs a different
+/// one writes it before its first call to the library.
 class Device
 {
 public:
-    /// Writes a good daemon configuration and makes the directories.
+    /// Writes a valid daemon configuration and creates the directories.
     Device();
 
-    /// Replaces a file that the machine has in /etc, for this test alone.
+    /// Replaces a file of the machine's /etc, for this test only.
     static void replaceSystemFile(const std::string& path, const std::string& text);
 
-    /// Replaces the daemon's configuration.
+    /// Replaces the daemon configuration.
     static void writeDaemonConfiguration(const std::string& text);
 
-    /// Writes the configuration of a service and makes its pipe directory.
+    /// Writes the configuration of a service and creates its pipe directory.
     void addService(const std::string& name, const std::string& configuration) const;
 
-    /// Root of the stores.
+    /// The root of the stores.
     const std::string& storeDirectory() const { return m_storeDirectory; }
-    /// Root of the pipes and the volatile files.
+    /// The root of the pipes and the volatile files.
     const std::string& pipesDirectory() const { return m_pipesDirectory; }
-    /// Directory of the services' configurations.
+    /// The directory of the service configurations.
     const std::string& serviceDirectory() const { return m_serviceDirectory; }
 
 private:

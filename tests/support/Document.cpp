@@ -38,7 +38,7 @@ std::string lineOf(std::size_t offset, const std::string& bytes)
     return formatted("%08zx ", offset) + hex + " |" + characters + "|\n";
 }
 
-// Takes what stands between the offset and the characters for bytes, whatever it is.
+// Reads every word between the offset and the characters as one byte.
 void appendLine(const std::string& line, std::string& bytes)
 {
     std::istringstream words(line.substr(0, line.find('|')));
@@ -49,7 +49,7 @@ void appendLine(const std::string& line, std::string& bytes)
     }
 }
 
-// A cell that is code and nothing else keeps the blanks inside its marks.
+// Blanks inside backquotes belong to the cell.
 std::string plain(const std::string& cell)
 {
     const std::size_t first = std::min(cell.find_first_not_of(' '), cell.size());
@@ -104,7 +104,7 @@ Document readDocument(const std::string& name)
     return Document(readText(OSTREL_DOCUMENTS "/" + name));
 }
 
-// The lines after the one that is `mark` up to the first empty one.
+// Returns the lines from the one after `mark` to the next empty line.
 std::string Document::lineBlockAfter(const std::string& mark) const
 {
     const std::size_t found = m_text.find('\n' + mark + '\n');

@@ -6,19 +6,19 @@
 namespace support
 {
 
-/// One of the documents in docs/, as its tests read it: the examples and tables
-/// in it are the tests' own input, so a document that says something else than
-/// the library does fails a test.
+/// One of the documents in docs/, as its tests read it. The tests take their
+/// input from its examples and tables, so a document that contradicts the
+/// library fails a test.
 ///
-/// Each example and table is marked by a line of its own in front of it:
+/// A line of its own marks each example and table:
 ///
 ///     <!-- example: pid -->            <!-- table: signals -->
 ///     ```text                          | byte | means   |
 ///     00000000  34 ...                 |---|---|
 ///     ```                              | `n` | network |
 ///
-/// Everything here throws std::runtime_error when the document does not hold
-/// what is asked for in exactly this form.
+/// Every function throws std::runtime_error when the document does not hold the
+/// example or table in exactly this form.
 class Document
 {
 public:
@@ -29,8 +29,8 @@ public:
     /// The bytes of a hex dump.
     std::string bytes(const std::string& example) const;
 
-    /// The rows of a table below its head: cells without surrounding blanks
-    /// and without the marks of code.
+    /// The rows of a table without its head. Each cell has no surrounding
+    /// blanks and no backquotes.
     std::vector<Row> table(const std::string& name) const;
 
     const std::string& text() const { return m_text; }
@@ -41,13 +41,13 @@ private:
     const std::string m_text;
 };
 
-/// Reads one by its path below docs/.
+/// Reads a document by its path below docs/.
 Document readDocument(const std::string& name);
 
-/// `bytes` as "hexdump -C -v" prints them, to be put into a document.
+/// `bytes` as "hexdump -C -v" prints them, ready to paste into a document.
 std::string dumpOf(const std::string& bytes);
 
-/// The bytes of such a dump; offsets and characters have to fit them, too.
+/// The bytes of such a dump. Throws when offsets or characters do not match.
 std::string bytesOfDump(const std::string& dump);
 
 } // namespace support

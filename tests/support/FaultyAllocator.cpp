@@ -3,8 +3,9 @@
 #include <cstdlib>
 #include <new>
 
-// The whole family is replaced, so that what one of them allocates any of them frees. Nothing in
-// this file allocates: a compiler that sees both sides takes malloc() for a mismatch.
+// All forms of new and delete are replaced, so that any of them can free what another allocated.
+// They live in a source of their own: a compiler that sees new and free() together warns of a
+// mismatch.
 
 namespace support
 {
@@ -12,7 +13,7 @@ namespace support
 namespace
 {
 
-// Of this thread: the failure that is due, and the allocations that pass before it.
+// The armed failure of this thread, and the number of allocations that pass before it.
 thread_local Failure dueFailure = nullptr;
 thread_local std::size_t passingAllocations = 0;
 

@@ -5,14 +5,14 @@
 namespace support
 {
 
-/// What an allocation that fails throws.
+/// Throws what a failed allocation throws.
 using Failure = void (*)();
 
-/// Lets `passing` more allocations of this thread pass and makes the one after
-/// them fail.
+/// Makes one allocation of this thread fail, after `passing` allocations that
+/// succeed.
 void armAllocationFault(std::size_t passing, Failure failure);
 
-/// Takes a fault that was not reached back; returns whether it was reached.
+/// Removes the fault; returns whether an allocation reached it.
 bool disarmAllocationFault();
 
 } // namespace support

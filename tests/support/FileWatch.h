@@ -8,15 +8,15 @@
 namespace support
 {
 
-/// Sees what is done to the files of some directories from now on: that one is
-/// opened, read, written, made, changed or removed.
+/// Records which files in some directories are opened, read, written, created,
+/// changed or removed from now on.
 class FileWatch
 {
 public:
     explicit FileWatch(const std::set<std::string>& directories);
 
-    /// Names of the files to which anything was done since the last look; of a
-    /// watched directory itself, an empty one.
+    /// The names of the files that were touched since the last call. An empty
+    /// name stands for a watched directory itself.
     std::set<std::string> touched() const;
 
 private:

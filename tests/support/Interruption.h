@@ -6,7 +6,7 @@
 namespace support
 {
 
-/// Signals the thread that made it, whose system calls are interrupted by that.
+/// Sends signals to the thread that created it, to interrupt its system calls.
 class Interruption
 {
 public:
@@ -17,11 +17,11 @@ public:
 
     void once() const;
 
-    /// Again and again until over(), for one that comes before the target has
-    /// started to wait is of no effect.
+    /// Signals repeatedly until over(): a signal that arrives before the target
+    /// waits has no effect.
     void untilOver();
 
-    /// Afterwards no further signal comes.
+    /// Stops untilOver(). No signal follows once this returns.
     void over();
 
 private:

@@ -8,19 +8,20 @@
 namespace support
 {
 
-/// Becomes a program, by its path and arguments, that ends with the parent.
+/// Replaces this process by a program, given by its path and arguments. The
+/// program ends when its parent ends.
 [[noreturn]] void execute(std::vector<std::string> words);
 
-/// Starts a program, by its path and arguments, with the standard output and
-/// error streams added to the files of these names; it ends with this process.
+/// Starts a program, given by its path and arguments. Its standard output and
+/// error are appended to these files. It ends when this process ends.
 pid_t startProgram(const std::vector<std::string>& words, const std::string& outputPath,
                    const std::string& errorPath);
 
-/// Waits for the end of a child: its exit status, or minus the number of the
-/// signal that ended it.
+/// Waits until a child ends. Returns its exit status, or the negated number of
+/// the signal that ended it.
 int awaitEnd(pid_t child);
 
-/// What a program left when it had ended.
+/// The exit status and the output of a program that has ended.
 struct FinishedProgram {
     int status;
     std::string output;

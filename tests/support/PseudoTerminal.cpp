@@ -47,7 +47,7 @@ private:
     std::size_t m_seen = 0;
 };
 
-// Until the last one who has the terminal open is gone.
+// Reads until no process has the terminal open.
 void readAll(int terminal, Person& person)
 {
     char bytes[4096];

@@ -6,14 +6,15 @@
 namespace support
 {
 
-/// What a person types, once the terminal has shown `after` since they typed last.
+/// What a person types once the terminal has shown `after` since the last
+/// input.
 struct Keys {
     std::string after;
     std::string keys;
 };
 
-/// What a program shows on a terminal of `width` characters in a line, its
-/// standard output and error streams in one, and the exit status it ends with.
+/// What a program shows on a terminal with `width` columns, standard output and
+/// error mixed, and its exit status.
 struct ShownProgram {
     int status;
     std::string text;

@@ -43,7 +43,7 @@ RunningDaemon::RunningDaemon()
 RunningDaemon::~RunningDaemon()
 {
     kill();
-    // What a sanitizer found in the daemon is a failure of the test as well.
+    // A sanitizer's report about the daemon fails the test.
     for (const char* report : {"Sanitizer", "runtime error: "}) {
         if (log().find(report) != std::string::npos) {
             ADD_FAILURE() << log();
@@ -63,7 +63,7 @@ void RunningDaemon::start(const std::vector<std::string>& options)
 void RunningDaemon::launch(const std::vector<std::string>& options)
 {
     int ends[2];
-    // Not closed on exec: the daemon gets the writing end by its number.
+    // Not close-on-exec: the daemon inherits the writing end.
     if (::pipe(ends) != 0) {
         throw std::runtime_error("no pipe for the daemon");
     }
@@ -77,7 +77,8 @@ void RunningDaemon::launch(const std::vector<std::string>& options)
 
 void RunningDaemon::awaitReady()
 {
-    // To its end: the daemon that has closed it has no descriptor in passing.
+    // Reads to the end of the pipe: once the daemon has closed it, the number
+    // of its open descriptors is stable.
     if (readToEnd(m_ready) != "\n") {
         kill();
         throw std::runtime_error("ostreld does not start:\n" + log());

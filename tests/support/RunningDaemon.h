@@ -12,8 +12,8 @@
 namespace support
 {
 
-/// The built daemon, run for the Device that the test has set up. Killed with
-/// the object, which fails the test when a sanitizer complained of the daemon.
+/// The built daemon, run on the Device that the test has set up. The destructor
+/// kills it, and fails the test if a sanitizer reported an error in the daemon.
 ///
 ///     support::RunningDaemon daemon;
 ///     daemon.start();
@@ -27,28 +27,30 @@ public:
     RunningDaemon(const RunningDaemon&) = delete;
     RunningDaemon& operator=(const RunningDaemon&) = delete;
 
-    /// Starts it and waits until every service answers. Throws with its log
-    /// when it ends instead.
+    /// Starts it and waits until every service answers. Throws an exception
+    /// with its log if it ends instead.
     void start(const std::vector<std::string>& options = {});
 
-    /// The two parts of that.
+    /// The two steps of start().
     void launch(const std::vector<std::string>& options = {});
     void awaitReady();
 
-    /// Sends a signal that ends it, waits, and returns its exit status.
+    /// Sends a signal that ends it, waits until it has ended, and returns its
+    /// exit status.
     int stop(int signal = SIGTERM);
 
-    /// Ends it with no time to do anything.
+    /// Ends it by SIGKILL.
     void kill();
 
-    /// kill() and start().
+    /// Calls kill(), then start().
     void restart();
 
-    /// Has it read the configuration again, and waits for a line with `text`
-    /// that it logs on that.
+    /// Makes it read the configuration again, and waits until it logs a line
+    /// with `text`.
     void reload(const std::string& text);
 
-    /// Waits for a line with `text` that it logs from now on.
+    /// Waits until the daemon logs a line with `text`. Earlier lines do not
+    /// count.
     class LogMark
     {
     public:
@@ -60,7 +62,7 @@ public:
         const std::size_t m_start;
     };
 
-    /// Everything logged so far, by earlier runs too.
+    /// The whole log, earlier runs included.
     std::string log() const { return readText(m_logPath); }
 
     pid_t pid() const { return m_pid; }

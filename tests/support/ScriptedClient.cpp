@@ -27,7 +27,7 @@ namespace
 constexpr int patience = 20000;
 constexpr std::size_t startLength = 100;
 
-/// The call, as the child makes it.
+/// The call that the child makes.
 class Call
 {
 public:
@@ -102,7 +102,7 @@ private:
     {
         Descriptor in = open("in", O_WRONLY, "open the command FIFO");
         done(Step::OpensCommandFifo);
-        // As in the library, a write that fails is not the end of the call.
+        // Like the library, it continues when a write fails.
         const std::size_t half = message.size() / 2;
         ostrel::writeAll(in, message.substr(0, half));
         done(Step::WritesHalf);

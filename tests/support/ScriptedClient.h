@@ -12,7 +12,7 @@ namespace support
 
 class Device;
 
-/// The steps of one call, in their order.
+/// The steps of one call, in order.
 enum class Step {
     OpensLock,
     TakesLock,
@@ -28,38 +28,37 @@ enum class Step {
     RemovesReplyFifo,
 };
 
-/// Every step, to walk through.
+/// Every step, for tests that try each of them.
 constexpr Step allSteps[] = {
     Step::OpensLock,        Step::TakesLock,         Step::MakesReplyFifo, Step::SharesReplyFifo,
     Step::OpensCommandFifo, Step::WritesHalf,        Step::WritesAll,      Step::ClosesCommandFifo,
     Step::OpensReplyFifo,   Step::ReadsStartOfReply, Step::ReadsReply,     Step::RemovesReplyFifo,
 };
 
-/// "OpensLock", for the names of tests, and for messages.
+/// "OpensLock", for the names of tests and for messages.
 std::string toString(Step step);
 void PrintTo(Step step, std::ostream* out);
 
-/// A client in a process of its own that makes one call by bare system calls
-/// and stops itself (as by SIGSTOP) when it has done a step. Killed with the
-/// object.
+/// A client in a child process that makes one call with bare system calls and
+/// stops itself by SIGSTOP after a given step. The destructor kills it.
 class ScriptedClient
 {
 public:
-    /// Starts it, and waits until it has stopped after `step`.
+    /// Starts it and waits until it has stopped after `step`.
     ScriptedClient(const Device& device, const std::string& service, const std::string& message,
                    Step step);
     ~ScriptedClient();
     ScriptedClient(const ScriptedClient&) = delete;
     ScriptedClient& operator=(const ScriptedClient&) = delete;
 
-    /// Ends it where it stands, and waits until nothing of it is left.
+    /// Kills it and waits until it has ended.
     void kill();
 
-    /// Lets it go on to the end of its call.
+    /// Continues the call.
     void resume() const;
 
-    /// Waits for that end: "reply " and the reply, "failed to " and at what;
-    /// "still waiting" when it never comes.
+    /// Waits for the outcome of the call: "reply " and the reply, or "failed to
+    /// " and the step. Returns "still waiting" when the call does not end.
     std::string outcome();
 
 private:

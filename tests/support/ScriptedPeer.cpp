@@ -22,7 +22,7 @@ using ostrel::Descriptor;
 namespace
 {
 
-/// The peer's end, thrown through an act that waits.
+/// Thrown through an act that waits when the peer ends.
 struct Stopped {
 };
 
@@ -34,13 +34,13 @@ Descriptor checked(Descriptor file, const std::string& what)
     return file;
 }
 
-/// A name of an open file that holds when its path is gone.
+/// A path for an open file that stays valid when its name is removed.
 std::string lastingNameOf(int fd)
 {
     return "/proc/self/fd/" + std::to_string(fd);
 }
 
-/// Starts a thread that no signal of the process is delivered to.
+/// Starts a thread that receives none of the process's signals.
 template <class Work>
 std::thread startUndisturbed(Work work)
 {
@@ -53,7 +53,8 @@ std::thread startUndisturbed(Work work)
     return thread;
 }
 
-/// A FIFO that a writer can open but not write into, and the watch for one.
+/// A FIFO that a writer can open but not write to, and a watch that notices its
+/// open().
 struct FullFifo {
     explicit FullFifo(const std::string& path)
         : fifo(checked(Descriptor::open(path, O_RDWR | O_NONBLOCK), path)),
@@ -62,7 +63,7 @@ struct FullFifo {
         const std::string page(4096, ' ');
         while (::write(fifo.get(), page.data(), page.size()) > 0) {
         }
-        // Last, so that the opening above is not taken for a caller's.
+        // Last, so that the watch does not report the peer's own open().
         ::inotify_add_watch(watch.get(), path.c_str(), IN_OPEN);
     }
     void awaitWriter() const
@@ -92,7 +93,8 @@ ScriptedPeer::ScriptedPeer(const Device& device, const std::string& service)
 
 ScriptedPeer::~ScriptedPeer()
 {
-    // Held until the thread has ended: it may still be on its way to the wait.
+    // Open until the thread has ended, because the thread may not have reached
+    // its wait yet.
     Descriptor company;
     {
         const std::lock_guard<std::mutex> guard(m_mutex);
@@ -197,8 +199,8 @@ void ScriptedPeer::record(std::string message)
     m_messages.push_back(std::move(message));
 }
 
-// Waits at a FIFO for its other side, whose part the destructor takes when the
-// wait is to be given up.
+// Waits at a FIFO for its other side. To end the wait, the destructor opens
+// that side itself.
 template <class Wait>
 void ScriptedPeer::await(const Descriptor& fifo, Wait wait)
 {
@@ -268,7 +270,8 @@ void ScriptedPeer::Call::send(const std::string& text)
 
 void ScriptedPeer::Call::sendPieces(const std::vector<std::string>& pieces)
 {
-    // A pipe in packet mode hands out what each write() gave by itself.
+    // A pipe in packet mode returns the bytes of each write() in a separate
+    // read().
     if (::fcntl(m_out.get(), F_SETFL, O_DIRECT) != 0) {
         throw std::system_error(errno, std::generic_category(), "packet mode");
     }

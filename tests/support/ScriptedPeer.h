@@ -15,16 +15,15 @@ namespace support
 
 class Device;
 
-/// Stands where the daemon stands, at the far end of one service's pipes, and
-/// does to its callers what a test tells it to: also what no good daemon does.
-/// It makes the lock file and the command FIFO, and removes them in the end.
+/// Takes the daemon's place at one service's pipes and treats its callers as a
+/// test says, also as no correct daemon would. It creates the lock file and the
+/// command FIFO; the destructor removes them.
 ///
-/// Each call of the library is met by one act, in the order in which the acts
-/// were given; a call that no act is left for waits until there is one. Acts are
-/// performed by a thread of the peer's own, with every signal blocked; one that
-/// fails fails the test. The destructor ends the thread, also one that waits
-/// for a call that never comes; calls that are still under way are to be ended
-/// before.
+/// Each call of the library meets one act, in the order in which the test added
+/// the acts. A call without an act waits until the test adds one. A thread of
+/// the peer performs the acts, with every signal blocked; an act that fails
+/// fails the test. The destructor ends the thread, even while it waits for a
+/// call. End your calls before you destroy the peer.
 ///
 ///     support::ScriptedPeer peer(device, "web");
 ///     peer.answer("0 payload");
@@ -41,27 +40,27 @@ public:
     ScriptedPeer(const ScriptedPeer&) = delete;
     ScriptedPeer& operator=(const ScriptedPeer&) = delete;
 
-    /// Takes the message and writes `reply` at once.
+    /// Reads the message and writes `reply` in one piece.
     void answer(const std::string& reply);
 
-    /// The same, and each read() of the caller gets one piece. No piece is
-    /// longer than what the caller reads at most.
+    /// Like answer(), but each read() of the caller gets one piece. No piece
+    /// may be longer than the caller's buffer.
     void answerInPieces(const std::vector<std::string>& pieces);
 
-    /// Goes away while the caller, past its open(), cannot write yet, for the
-    /// FIFO is full: the write fails. Then writes `reply`. It takes effect at
-    /// once, so every act before must have been performed.
+    /// Closes the command FIFO after the caller has opened it and before it can
+    /// write, because the FIFO is full: the write fails. Then writes `reply`.
+    /// Takes effect immediately, so every earlier act must have been performed.
     void hangUpAndAnswer(const std::string& reply);
 
-    /// Does anything else.
+    /// Performs any other act.
     void play(Act act);
 
-    /// Waits until every act has been performed. A call that gets no reply may
-    /// end before its act, and one more call would then meet the same act.
+    /// Waits until every act has been performed. A call without a reply may end
+    /// before its act does, and the next call would then meet the same act.
     void finish();
 
-    /// What each call wrote, up to where the peer stopped reading. The message
-    /// of a call that was answered is there when the call returns.
+    /// What each call wrote, as far as the peer read it. The message of an
+    /// answered call is there when the call returns.
     std::vector<std::string> messages() const;
     std::string lastMessage() const;
 
@@ -88,13 +87,13 @@ private:
     std::vector<std::string> m_messages;
     bool m_isActing = false;
     bool m_isStopping = false;
-    // The FIFO that the thread waits for somebody at, or -1.
+    // The FIFO at which the thread waits for a caller, or -1.
     int m_awaited = -1;
 
     std::thread m_thread;
 };
 
-/// One call, as the peer sees it, for acts of a test's own.
+/// One call, as the peer sees it, for the tests' own acts.
 class ScriptedPeer::Call
 {
 public:
@@ -104,14 +103,14 @@ public:
     void meet();
     /// Reads the first `length` bytes of the message.
     std::string takeStart(std::size_t length);
-    /// Reads the message to its end: the caller has closed the command FIFO.
+    /// Reads the message until the caller closes the command FIFO.
     void takeMessage();
     /// Stops reading the message.
     void leave();
 
     /// Waits until the caller has opened the reply FIFO.
     void openReply();
-    /// Writes `text` at once. The reply ends with the act.
+    /// Writes `text` in one piece. The reply ends with the act.
     void send(const std::string& text);
     /// Writes each piece for one read() of the caller.
     void sendPieces(const std::vector<std::string>& pieces);

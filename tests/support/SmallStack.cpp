@@ -13,7 +13,7 @@ namespace
 {
 
 #ifdef __SANITIZE_THREAD__
-// The thread sanitizer keeps what it has of a thread there, too.
+// The thread sanitizer keeps its own data of a thread on this stack, too.
 constexpr std::size_t smallStack = (128 + 1024) * 1024;
 #else
 constexpr std::size_t smallStack = 128 * 1024;
@@ -21,7 +21,8 @@ constexpr std::size_t smallStack = 128 * 1024;
 constexpr std::size_t guard = 64 * 1024;
 constexpr unsigned char unused = 0xA5;
 
-/// Its memory, filled with what tells it from used one, and a guard below.
+/// The memory of a stack, filled with a pattern that shows the used part, above
+/// a guard page.
 class Stack
 {
 public:

@@ -6,9 +6,9 @@
 namespace support
 {
 
-/// Runs `work` on a thread with a stack of 128 KiB, as the device's programs
-/// have them, waits for it, and returns how many bytes of the stack it used, the
-/// thread's own data with them. What needs more ends the process here.
+/// Runs `work` on a thread with a stack of 128 KiB, which is the size on the
+/// device, and waits for it. Returns how many bytes of the stack were used, the
+/// thread's own data included. `work` that needs more ends the process.
 std::size_t onSmallStack(const std::function<void()>& work);
 
 } // namespace support

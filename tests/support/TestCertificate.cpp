@@ -31,7 +31,8 @@ EVP_PKEY* processKey()
     return key.get();
 }
 
-// Processes of one test make certificates that differ, too.
+// Includes the process id, so that the processes of one test make different
+// certificates.
 long nextSerial()
 {
     static std::atomic<long> count{0};
@@ -41,7 +42,7 @@ long nextSerial()
 void setName(X509_NAME* name, const std::string& commonName)
 {
     const auto* bytes = reinterpret_cast<const unsigned char*>(commonName.data());
-    // By the type of the string: this way nothing of a name is refused or converted.
+    // As UTF8String, which OpenSSL takes without a check or a conversion.
     require(X509_NAME_add_entry_by_NID(name, NID_commonName, V_ASN1_UTF8STRING, bytes,
                                        static_cast<int>(commonName.size()), -1, 0) == 1,
             "set a name");
@@ -98,22 +99,24 @@ void setSerial(X509* certificate, int bytes)
     }
 }
 
-void fill(X509* certificate, const TestCertificate& wish)
+void fill(X509* certificate, const TestCertificate& wanted)
 {
     X509_set_version(certificate, X509_VERSION_3);
-    setSerial(certificate, wish.serialBytes);
-    setName(X509_get_subject_name(certificate), wish.commonName);
-    setName(X509_get_issuer_name(certificate), wish.issuer.empty() ? wish.commonName : wish.issuer);
-    require(
-        ASN1_TIME_set_string_X509(X509_getm_notBefore(certificate), wish.notBefore.c_str()) == 1 &&
-            ASN1_TIME_set_string_X509(X509_getm_notAfter(certificate), wish.notAfter.c_str()) == 1,
-        "set a date");
-    addExtension(certificate, NID_basic_constraints, wish.isCA ? "CA:TRUE" : "CA:FALSE");
-    if (!wish.alternativeNames.empty()) {
-        addExtension(certificate, NID_subject_alt_name, wish.alternativeNames);
+    setSerial(certificate, wanted.serialBytes);
+    setName(X509_get_subject_name(certificate), wanted.commonName);
+    setName(X509_get_issuer_name(certificate),
+            wanted.issuer.empty() ? wanted.commonName : wanted.issuer);
+    require(ASN1_TIME_set_string_X509(X509_getm_notBefore(certificate), wanted.notBefore.c_str()) ==
+                    1 &&
+                ASN1_TIME_set_string_X509(X509_getm_notAfter(certificate),
+                                          wanted.notAfter.c_str()) == 1,
+            "set a date");
+    addExtension(certificate, NID_basic_constraints, wanted.isCA ? "CA:TRUE" : "CA:FALSE");
+    if (!wanted.alternativeNames.empty()) {
+        addExtension(certificate, NID_subject_alt_name, wanted.alternativeNames);
     }
-    if (wish.padding != 0) {
-        addExtension(certificate, NID_netscape_comment, std::string(wish.padding, 'x'));
+    if (wanted.padding != 0) {
+        addExtension(certificate, NID_netscape_comment, std::string(wanted.padding, 'x'));
     }
 }
 
@@ -151,12 +154,12 @@ std::string fingerprintId(const std::string& pem)
 
 std::string certificateFor(const std::string& request)
 {
-    TestCertificate wish;
-    wish.commonName = "web.example";
-    wish.issuer = "Test CA";
-    wish.isCA = false;
-    wish.request = request;
-    return wish.pem();
+    TestCertificate certificate;
+    certificate.commonName = "web.example";
+    certificate.issuer = "Test CA";
+    certificate.isCA = false;
+    certificate.request = request;
+    return certificate.pem();
 }
 
 bool isKeyOf(const std::string& certificatePem, const std::string& keyPem)

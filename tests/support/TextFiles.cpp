@@ -49,7 +49,7 @@ std::string readText(const std::string& path)
 void makeUnopenable(const std::string& path)
 {
     fs::create_directories(fs::path(path).parent_path());
-    // A socket without a listener: permissions would not stop root.
+    // A socket without a listener, because permissions do not stop root.
     if (::mknod(path.c_str(), S_IFSOCK | 0600, 0) != 0) {
         throw std::runtime_error("cannot make " + path);
     }

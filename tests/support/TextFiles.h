@@ -5,7 +5,7 @@
 namespace support
 {
 
-/// A directory of the test's own, removed with everything in it.
+/// A temporary directory. The destructor removes it with its contents.
 class TemporaryDirectory
 {
 public:
@@ -15,24 +15,24 @@ public:
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
     const std::string& path() const { return m_path; }
-    /// The path of `name` in it.
+    /// The path of the file `name` in it.
     std::string operator/(const std::string& name) const { return m_path + '/' + name; }
 
 private:
     std::string m_path;
 };
 
-/// Makes the file `path`, and the directories above it, with `text` in it.
+/// Writes `text` to the file `path`, and creates missing directories.
 void writeText(const std::string& path, const std::string& text);
 
-/// The text of the file `path`; fails the test when there is none.
+/// Returns the text of the file `path`. Fails the test if it cannot be opened.
 std::string readText(const std::string& path);
 
-/// Makes the file `path`, and the directories above it, which can be found but
-/// not opened.
+/// Creates a file `path` that exists but cannot be opened, and creates missing
+/// directories.
 void makeUnopenable(const std::string& path);
 
-/// How many descriptors the process has open.
+/// The number of descriptors that the process has open.
 std::size_t openDescriptorCount();
 
 } // namespace support

@@ -5,7 +5,7 @@
 namespace support
 {
 
-/// An exception of type `Base` that carries no text at all.
+/// An exception of type `Base` whose what() returns a null pointer.
 template <class Base = std::exception>
 class Textless : public Base
 {

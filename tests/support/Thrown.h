@@ -11,15 +11,15 @@ class CallError;
 namespace support
 {
 
-/// What `work` throws: the exception's own type, a colon and its text, as in
-/// "std::runtime_error: text"; "nothing" when it throws nothing and "no
-/// standard exception" when that is what it throws.
+/// What `work` throws: the type of the exception, a colon and its text, as in
+/// "std::runtime_error: text". Returns "nothing" when `work` throws nothing,
+/// and "no standard exception" when it throws another type.
 std::string thrownBy(const std::function<void()>& work);
 
 /// The CallError that `work` throws. Throws std::logic_error when it throws none.
 ostrelApi::CallError callErrorOf(const std::function<void()>& work);
 
-/// The same words for the CallError with this return code.
+/// What thrownBy() returns for a CallError with this return code.
 std::string apiError(int returnCode);
 
 } // namespace support

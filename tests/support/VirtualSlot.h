@@ -7,12 +7,13 @@
 namespace support
 {
 
-/// Of a member function that is not virtual.
+/// The slot of a member function that is not virtual.
 constexpr int noSlot = -1;
 
-/// The place in the table of virtual functions at which programs that are
-/// already built look for `member`, as the C++ ABI of g++ and clang++ writes it
-/// into a pointer to a member function. A virtual destructor takes two places.
+/// The index of `member` in its class's table of virtual functions: programs
+/// that are already built call it by this number. g++ and clang++ store it in a
+/// pointer to a member function, as their C++ ABI says. A virtual destructor
+/// takes two slots.
 template <class Member>
 int slotOf(Member member)
 {
@@ -23,7 +24,7 @@ int slotOf(Member member)
     static_assert(sizeof parts == sizeof member, "this is another ABI");
     std::memcpy(&parts, &member, sizeof parts);
 #if defined(__arm__) || defined(__aarch64__)
-    // Here the lowest bit of the function's address tells its instruction set.
+    // Here the function's address uses its lowest bit for the instruction set.
     const bool isVirtual = (parts.adjustment & 1) != 0;
     const std::uintptr_t offset = parts.pointer;
 #else

@@ -1,3 +1,4 @@
+#include "support/VirtualSlot.h"
 #include "unit/store/OverwrittenFileCase.h"
 
 #include <gtest/gtest.h>
@@ -12,6 +13,7 @@ namespace
 {
 
 using ostrelApi::OverwrittenData;
+using support::slotOf;
 using Map = std::map<std::string, std::string>;
 
 // Writes down which operations run.
@@ -142,27 +144,16 @@ TEST_F(OverwriteSteps, KeepWhatIsPendingWhenTheLastOneOfAWriteFails)
     EXPECT_EQ(data.pendingData(), (Map{{"a", "1"}}));
 }
 
-// The slot of a virtual operation in the table of its class. Both layouts of
-// the pointer, ARM's and everyone else's, have the slot's offset in their first
-// word; the lowest bit is the others' mark of a virtual operation.
-template <class Operation>
-std::size_t slotOf(Operation operation)
-{
-    std::size_t word = 0;
-    std::memcpy(&word, &operation, sizeof word);
-    return word / sizeof(void*);
-}
-
 TEST(OverwrittenData, HasItsOperationsInTheirFixedOrder)
 {
-    const std::size_t slots[] = {
+    const int slots[] = {
         slotOf(&OverwrittenData::setData),    slotOf(&OverwrittenData::getData),
         slotOf(&OverwrittenData::operator[]), slotOf(&OverwrittenData::getMap),
         slotOf(&OverwrittenData::isUpToDate), slotOf(&OverwrittenData::write),
         slotOf(&OverwrittenData::update),     slotOf(&OverwrittenData::discardAll),
         slotOf(&OverwrittenData::discard),
     };
-    for (std::size_t i = 0; i < std::size(slots); ++i) {
+    for (int i = 0; i < static_cast<int>(std::size(slots)); ++i) {
         EXPECT_EQ(slots[i], i) << "programs already built call it by this number";
     }
 }
