@@ -16,7 +16,7 @@ namespace
 using daemon_case::StoreFiles;
 using support::TestCertificate;
 
-/// Changes without a pause, by a process of their own.
+/// A client process that changes the store without a pause.
 class Client
 {
 public:
@@ -73,7 +73,7 @@ protected:
                 }
             }
         } catch (const std::exception&) {
-            // The daemon's end.
+            // The daemon has ended.
         }
     }
 
@@ -81,12 +81,12 @@ protected:
     const std::vector<std::string> texts = someCertificates(60);
 };
 
-TEST_F(Burst, EndedByKillAtAnyPointLeavesAStoreThatReadsWell)
+TEST_F(Burst, LeavesAConsistentStoreWhenTheDaemonIsKilled)
 {
     for (int round = 0; round < 20; ++round) {
         SCOPED_TRACE(round);
         Client client([this] { changeOnAndOn(); });
-        // Each round ends after another number of changes in the directory.
+        // Each round kills the daemon after a different number of changes.
         int changesLeft = 5 + 2 * round;
         support::awaitChange(round % 2 == 0 ? files.certificateDirectoryPath()
                                             : files.tmpDirectoryPath(),
@@ -100,7 +100,7 @@ TEST_F(Burst, EndedByKillAtAnyPointLeavesAStoreThatReadsWell)
     }
 }
 
-TEST_F(Burst, ShowsAReaderNothingHalfDone)
+TEST_F(Burst, ShowsReadersOnlyCompleteCertificates)
 {
     Client client([this] {
         ostrelApi::OstrelService service("web");
@@ -113,7 +113,7 @@ TEST_F(Burst, ShowsAReaderNothingHalfDone)
         const std::vector<std::string> ids = files.ids();
         ASSERT_GE(ids.size(), count);
         count = ids.size();
-        // Only the newest ones can be half done.
+        // Only the newest certificates could be incomplete.
         for (const std::string& id : ids) {
             ASSERT_EQ(files.faultOf(id), "");
         }

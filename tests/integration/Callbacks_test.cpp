@@ -18,7 +18,8 @@ using server_case::payload;
 using testing::HasSubstr;
 using testing::Not;
 
-// By one write, for the scripts of several services run at the same time.
+// Appends each call with a single write, because the scripts of several
+// services run at the same time.
 const char record[] = "for word; do line=\"$line<$word>\"; done\n"
                       "printf '%s\\n' \"$line\" >>\"$OSTREL_SANDBOX/calls\"\n";
 
@@ -41,7 +42,8 @@ protected:
         daemon.start();
     }
 
-    /// Waits until the script was called for one change more: the calls so far.
+    /// Waits until the script has recorded `call`, and returns all calls so
+    /// far.
     std::string callsAfter(const std::string& call) const
     {
         support::awaitChange(m_calls, call, [&] {
@@ -53,7 +55,7 @@ protected:
     const std::string m_calls = support::boxDirectory() + "/calls";
 };
 
-TEST_F(Callbacks, AreMadeForEachChangeInTheirOrder)
+TEST_F(Callbacks, RunOnceForEachChangeInOrder)
 {
     startWith(record);
     applyNew();
@@ -67,7 +69,7 @@ TEST_F(Callbacks, AreMadeForEachChangeInTheirOrder)
                                                   "<web><server-revoke>\n");
 }
 
-TEST_F(Callbacks, AreNotMadeForQuestionsAndRefusals)
+TEST_F(Callbacks, DoNotRunForReadsAndRefusedCommands)
 {
     startWith(record);
     ask(ostrel::CommandGetCsr);
@@ -78,13 +80,13 @@ TEST_F(Callbacks, AreNotMadeForQuestionsAndRefusals)
     EXPECT_EQ(callsAfter("<web><server-request>"), "<web><server-request>\n");
 }
 
-TEST_F(Callbacks, AreMadeForWhatTheDaemonDoesItself)
+TEST_F(Callbacks, RunForChangesThatTheDaemonMakesItself)
 {
     startWith(record, "selfSignedGeneration yes\n");
     EXPECT_EQ(callsAfter("<web><server-apply>"), "<web><server-apply>\n");
 }
 
-TEST_F(Callbacks, GetEveryNameAsOneArgument)
+TEST_F(Callbacks, ReceiveEachNameAsOneArgument)
 {
     const std::string name = "o'dd \"na me\" $(id) *;";
     writeScript("/etc/ostrel/scripts/a script", record);
@@ -95,7 +97,7 @@ TEST_F(Callbacks, GetEveryNameAsOneArgument)
     callsAfter("<web><server-apply>");
 }
 
-TEST_F(Callbacks, MayLieAnywhere)
+TEST_F(Callbacks, MayBeInAnyDirectory)
 {
     const std::string path = support::boxDirectory() + "/elsewhere";
     writeScript(path, record);
@@ -105,7 +107,7 @@ TEST_F(Callbacks, MayLieAnywhere)
     callsAfter("<web><server-request>");
 }
 
-TEST_F(Callbacks, ThatFailChangeNothingAndAreLogged)
+TEST_F(Callbacks, ThatFailAreLoggedAndDoNotAffectTheChange)
 {
     const struct {
         const char* sentence;
@@ -130,8 +132,8 @@ TEST_F(Callbacks, ThatFailChangeNothingAndAreLogged)
     }
 }
 
-/// What the daemon logs of a program that is not there. Under an emulator, where
-/// a vfork() is a fork(), who starts one is told by its exit status alone.
+/// What the daemon logs about a program that does not exist. Under an emulator
+/// vfork() acts as fork(), so only the exit status reports the failure.
 std::string missingProgram(const std::string& path)
 {
     char* const arguments[] = {nullptr};
@@ -143,7 +145,7 @@ std::string missingProgram(const std::string& path)
     return path + " failed";
 }
 
-TEST_F(Callbacks, ThatAreMissingChangeNothingAndAreLogged)
+TEST_F(Callbacks, ThatAreMissingAreLoggedAndDoNotAffectTheChange)
 {
     configure("callbackScript missing\n");
     daemon.start();
@@ -153,7 +155,7 @@ TEST_F(Callbacks, ThatAreMissingChangeNothingAndAreLogged)
                missingProgram("/etc/ostrel/scripts/missing"));
 }
 
-TEST_F(Callbacks, ThatHangDelayNobodyAndAreEnded)
+TEST_F(Callbacks, ThatHangDelayNoCallAndAreKilled)
 {
     startWith("[ \"$2\" != server-request ] || exec sleep 1000\n" + std::string(record));
     const support::RunningDaemon::LogMark mark(daemon);
@@ -164,7 +166,7 @@ TEST_F(Callbacks, ThatHangDelayNobodyAndAreEnded)
     EXPECT_EQ(callsAfter("<web><server-apply>"), "<web><server-apply>\n");
 }
 
-TEST_F(Callbacks, AreNotMadeWhenNothingWasRevoked)
+TEST_F(Callbacks, DoNotRunWhenNothingWasRevoked)
 {
     writeScript("/etc/ostrel/scripts/changed", record);
     configure("callbackScript changed\nca yes\n");
@@ -177,11 +179,11 @@ TEST_F(Callbacks, AreNotMadeWhenNothingWasRevoked)
     EXPECT_EQ(callsAfter("<web><ca-revoke>"), "<web><ca-add>\n<web><ca-revoke>\n");
 }
 
-TEST_F(Callbacks, ThatHangDelayNoOtherServices)
+TEST_F(Callbacks, ThatHangDoNotDelayOtherServices)
 {
     writeScript("/etc/ostrel/scripts/quick", record);
     device.addService("vpn", std::string(daemon_case::vpnConfiguration) + "callbackScript quick\n");
-    // Hangs as long as this test, for a killed daemon leaves its callbacks running.
+    // Hangs until this test ends, because a killed daemon leaves its callbacks running.
     const std::string held = support::boxDirectory() + "/held";
     ASSERT_EQ(::mkfifo(held.c_str(), 0600), 0);
     const auto writer = ostrel::Descriptor::open(held, O_RDWR);

@@ -19,7 +19,7 @@ using Clock = std::chrono::steady_clock;
 constexpr int manyCalls = 10000;
 constexpr std::chrono::seconds longEnough{10};
 
-// The first answer of many that is not the expected one; a busy machine gives fewer.
+// Makes many calls and returns the first unexpected answer. A slow machine makes fewer calls.
 std::string oddAnswerOf(const std::string& service)
 {
     const Clock::time_point end = Clock::now() + longEnough;
@@ -32,13 +32,13 @@ std::string oddAnswerOf(const std::string& service)
     return "";
 }
 
-TEST_F(Calls, FindTheLockFreeWhenTheOneBeforeHasReturned)
+TEST_F(Calls, FindTheLockFreeOnceThePreviousCallHasReturned)
 {
     EXPECT_EQ(oddAnswerOf("web"), "");
 }
 
-// Once, with both processors busy, the daemon itself held the lock for a moment.
-TEST_F(Calls, OfTwoServicesAtOnceFindTheirLocksFree)
+// On a busy machine, the daemon itself used to hold the lock for a moment.
+TEST_F(Calls, OfTwoServicesInParallelFindTheirLocksFree)
 {
     std::string odd;
     std::thread other([&] { odd = oddAnswerOf("vpn"); });

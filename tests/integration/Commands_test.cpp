@@ -51,7 +51,7 @@ std::string joined(const std::vector<std::string>& words)
     return text;
 }
 
-/// Three certificates, of two common names.
+/// Three certificates with two common names.
 class StoreCommands : public daemon_case::WithDaemon, public testing::WithParamInterface<Twin>
 {
 protected:
@@ -85,7 +85,7 @@ protected:
     std::string otherId;
 };
 
-TEST_P(StoreCommands, AddRepliesTheStartOfTheFingerprint)
+TEST_P(StoreCommands, AddRepliesTheFirst16DigitsOfTheFingerprint)
 {
     for (std::size_t i = 0; i < texts.size(); ++i) {
         EXPECT_EQ(ids[i], support::fingerprintId(texts[i]));
@@ -93,13 +93,13 @@ TEST_P(StoreCommands, AddRepliesTheStartOfTheFingerprint)
     EXPECT_EQ(files.fault(), "");
 }
 
-TEST_P(StoreCommands, ListRepliesAllIdsInOrder)
+TEST_P(StoreCommands, ListRepliesAllIdsInAscendingOrder)
 {
     EXPECT_EQ(ask(ostrel::CommandList), payload(joined(sorted())));
     EXPECT_EQ((service.*GetParam().list)(), sorted());
 }
 
-TEST_P(StoreCommands, ListByCNRepliesThoseOfTheName)
+TEST_P(StoreCommands, ListByCNRepliesTheIdsWithThatCommonName)
 {
     EXPECT_EQ(ask(ostrel::CommandListByCN, {"Another CA"}), payload(otherId));
     EXPECT_EQ(ask(ostrel::CommandListByCN, {"another ca"}), payload(""));
@@ -107,7 +107,7 @@ TEST_P(StoreCommands, ListByCNRepliesThoseOfTheName)
     EXPECT_EQ((service.*GetParam().listByCN)("Test CA").size(), 2U);
 }
 
-TEST_P(StoreCommands, GetcertRepliesTheCertificateAsItWasGiven)
+TEST_P(StoreCommands, GetcertRepliesTheCertificateExactlyAsAdded)
 {
     for (std::size_t i = 0; i < texts.size(); ++i) {
         EXPECT_EQ(ask(ostrel::CommandGetCert, {ids[i]}), payload(texts[i]));
@@ -117,7 +117,7 @@ TEST_P(StoreCommands, GetcertRepliesTheCertificateAsItWasGiven)
     EXPECT_EQ((service.*GetParam().idOf)(TestCertificate().pem()), "");
 }
 
-TEST_P(StoreCommands, InfoAndDetailsReplyWhatTheFilesHold)
+TEST_P(StoreCommands, InfoAndDetailsReplyTheContentsOfTheirFiles)
 {
     EXPECT_THAT(ask(ostrel::CommandInfo, {otherId}),
                 HasSubstr("subjectName: CN = Another CA\nCA: yes\n"));
@@ -125,12 +125,12 @@ TEST_P(StoreCommands, InfoAndDetailsReplyWhatTheFilesHold)
               payload(support::readText(files.certDetailsPath(otherId))));
 }
 
-TEST_P(StoreCommands, PathRepliesTheFileOfTheCertificate)
+TEST_P(StoreCommands, PathRepliesThePathOfTheCertificateFile)
 {
     EXPECT_EQ(ask(ostrel::CommandPath, {otherId}), payload(files.certPath(otherId)));
 }
 
-TEST_P(StoreCommands, GetcertinfoTakesThePathOfAListedCertificateAlone)
+TEST_P(StoreCommands, GetcertinfoAcceptsOnlyThePathOfAListedCertificate)
 {
     EXPECT_THAT(ask(ostrel::CommandGetCertInfo, {files.certPath(otherId)}),
                 HasSubstr("CN=Another CA"));
@@ -157,7 +157,7 @@ TEST_P(StoreCommands, RevokeRepliesTheRevokedIdsSeparatedBySingleBlanks)
     EXPECT_EQ(files.fault(), "");
 }
 
-TEST_P(StoreCommands, OverridesAreKeptAndLeaveWithTheirCertificate)
+TEST_P(StoreCommands, OverridesAreStoredUntilTheirCertificateIsRevoked)
 {
     const auto set = [&](const std::string& key, const std::string& value) {
         return ask(ostrel::CommandSetOverwrittenData, {otherId, key, value});
@@ -179,7 +179,7 @@ TEST_P(StoreCommands, OverridesAreKeptAndLeaveWithTheirCertificate)
     EXPECT_EQ(files.fault(), "");
 }
 
-TEST_P(StoreCommands, HelpNamesEveryCommandOfTheStore)
+TEST_P(StoreCommands, HelpListsEveryCommandOfTheStore)
 {
     const std::string help = ask(ostrel::CommandHelp);
     for (const char* word :
@@ -197,7 +197,7 @@ class ConfigCommands : public daemon_case::WithDaemon
 {
 };
 
-TEST_F(ConfigCommands, TellTheStatusReloadAndHelp)
+TEST_F(ConfigCommands, ReplyTheStatusReloadAndListTheCommands)
 {
     Service service("web");
     EXPECT_EQ(daemon_case::askStatus("web"), payload("running"));

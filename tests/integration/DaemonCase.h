@@ -1,7 +1,7 @@
 #pragma once
 
-// What the tests of the library against the daemon share: a device with two
-// services, the daemon, and a call told in words.
+// Shared by the tests of the library against the daemon: a device with two
+// services, the daemon, and calls whose outcome is a text.
 
 #include "support/Accounts.h"
 #include "support/Device.h"
@@ -19,7 +19,7 @@
 namespace daemon_case
 {
 
-/// The group that manages the services, and its id: root's own where a user's
+/// The group that manages the services, and its id. The id is root's where the
 /// namespace has no other.
 constexpr char managers[] = "ostrel";
 inline gid_t managersId()
@@ -45,7 +45,8 @@ inline std::string refusal(int returnCode)
     return ostrelApi::OstrelApiException(returnCode).getErrorMessage();
 }
 
-/// Sends one command: what came back, in the words above.
+/// Sends one command and returns the outcome, in the form of payload() or
+/// refusal().
 inline std::string ask(const std::string& serviceName, ostrel::TypeTarget target,
                        ostrel::CommandType type, const std::vector<std::string>& arguments = {})
 {
@@ -66,8 +67,8 @@ inline std::string askStatus(const std::string& serviceName)
     return ask(serviceName, ostrel::TargetConfig, ostrel::CommandStatus);
 }
 
-/// A device with the services "web" (CAs and trusted clients) and "vpn" (CAs),
-/// and no daemon yet.
+/// A device with the services "web" (CAs and trusted clients) and "vpn" (CAs);
+/// no daemon runs yet.
 class WithDevice : public testing::Test
 {
 protected:
@@ -79,7 +80,7 @@ protected:
         device.addService("vpn", vpnConfiguration);
     }
 
-    /// The path of a file of a service's exchange: "lock", "in" or "out".
+    /// The path of a service's pipe file. `suffix` is "lock", "in" or "out".
     std::string pipe(const std::string& service, const std::string& suffix) const
     {
         return pipeDirectory(service) + '/' + service + '.' + suffix;
@@ -94,7 +95,7 @@ protected:
     support::RunningDaemon daemon;
 };
 
-/// The same with the daemon.
+/// A WithDevice on which the daemon runs.
 class WithDaemon : public WithDevice
 {
 protected:

@@ -14,8 +14,7 @@ using daemon_case::refusal;
 using support::ScriptedClient;
 using support::Step;
 
-/// A daemon that ends while a client is in the middle of its call, and another
-/// one after it.
+/// The daemon ends in the middle of a client's call, and another daemon starts.
 class DaemonEnd : public daemon_case::WithDaemon, public testing::WithParamInterface<Step>
 {
 protected:
@@ -36,7 +35,7 @@ protected:
     std::string m_question;
 };
 
-TEST_P(DaemonEnd, ByKillLeavesNoClientWaitingOnceItRunsAgain)
+TEST_P(DaemonEnd, ByKillLeavesNoClientWaitingAfterARestart)
 {
     for (int round = 0; round < 5; ++round) {
         SCOPED_TRACE(round);
@@ -48,7 +47,7 @@ TEST_P(DaemonEnd, ByKillLeavesNoClientWaitingOnceItRunsAgain)
     }
 }
 
-TEST_P(DaemonEnd, ByKillLeavesAClientThatGoesOnMeanwhileNotWaiting)
+TEST_P(DaemonEnd, ByKillLeavesNoClientWaitingThatContinuesBeforeTheRestart)
 {
     for (int round = 0; round < 5; ++round) {
         SCOPED_TRACE(round);
@@ -61,7 +60,7 @@ TEST_P(DaemonEnd, ByKillLeavesAClientThatGoesOnMeanwhileNotWaiting)
     }
 }
 
-TEST_P(DaemonEnd, ByKillTogetherWithTheClientLeavesAServiceThatAnswers)
+TEST_P(DaemonEnd, ByKillTogetherWithItsClientLeavesAServiceThatAnswers)
 {
     for (int round = 0; round < 5; ++round) {
         SCOPED_TRACE(round);
@@ -73,7 +72,7 @@ TEST_P(DaemonEnd, ByKillTogetherWithTheClientLeavesAServiceThatAnswers)
     }
 }
 
-TEST_P(DaemonEnd, ByKillIsFollowedByOneThatKeepsTheFormerClientsLock)
+TEST_P(DaemonEnd, ByKillDoesNotReleaseTheLockOfAClient)
 {
     ScriptedClient client(device, "web", m_question, GetParam());
     const std::string before = askStatus("web");
@@ -81,7 +80,7 @@ TEST_P(DaemonEnd, ByKillIsFollowedByOneThatKeepsTheFormerClientsLock)
     EXPECT_EQ(askStatus("web"), before);
 }
 
-TEST_P(DaemonEnd, BySignalLeavesAClientThatStandsStillNothingToWaitFor)
+TEST_P(DaemonEnd, BySignalLeavesNoStoppedClientWaiting)
 {
     ScriptedClient client(device, "web", m_question, GetParam());
     EXPECT_EQ(daemon.stop(), 0);
@@ -92,7 +91,7 @@ TEST_P(DaemonEnd, BySignalLeavesAClientThatStandsStillNothingToWaitFor)
     expectService();
 }
 
-TEST_P(DaemonEnd, BySignalIsFollowedByOneThatKeepsTheFormerClientsLock)
+TEST_P(DaemonEnd, BySignalDoesNotReleaseTheLockOfAClient)
 {
     ScriptedClient client(device, "web", m_question, GetParam());
     EXPECT_EQ(daemon.stop(), 0);

@@ -32,7 +32,7 @@ protected:
         return daemon_case::ask("web", ostrel::TargetCA, ostrel::CommandAdd, {path});
     }
 
-    /// What comes back for a message of any bytes.
+    /// Returns the reply to a message of any bytes.
     std::string reply(const std::string& message) const
     {
         ScriptedClient client(device, "web", message, Step::TakesLock);
@@ -46,7 +46,7 @@ protected:
     const std::string certificate = TestCertificate().pem();
 };
 
-TEST_F(Distrust, TakesACertificateFileOnlyFromTheServicesOwnDirectory)
+TEST_F(Distrust, AcceptsACertificateFileOnlyFromTheServicesOwnDirectory)
 {
     support::writeText(inPipes("good.crt"), certificate);
     support::writeText(inPipes("sub/good.crt"), certificate);
@@ -58,16 +58,16 @@ TEST_F(Distrust, TakesACertificateFileOnlyFromTheServicesOwnDirectory)
     } rows[] = {
         {"elsewhere", elsewhere / "good.crt"},
         {"in another service's directory", device.pipesDirectory() + "/vpn/good.crt"},
-        {"by way of the parent", inPipes("../vpn/good.crt")},
-        {"by way of the parent and back", inPipes("../web/good.crt")},
-        {"by way of itself", inPipes("./good.crt")},
+        {"through the parent directory", inPipes("../vpn/good.crt")},
+        {"through the parent directory and back", inPipes("../web/good.crt")},
+        {"through the directory itself", inPipes("./good.crt")},
         {"with two slashes", inPipes("/good.crt")},
         {"in a directory below", inPipes("sub/good.crt")},
         {"relative", "good.crt"},
         {"the directory itself", pipeDirectory("web")},
         {"the directory itself, with a slash", inPipes("")},
-        {"this directory's name", inPipes(".")},
-        {"the parent's name", inPipes("..")},
+        {"the name .", inPipes(".")},
+        {"the name ..", inPipes("..")},
         {"no path", ""},
     };
     for (const auto& row : rows) {
@@ -76,7 +76,7 @@ TEST_F(Distrust, TakesACertificateFileOnlyFromTheServicesOwnDirectory)
     EXPECT_EQ(add(inPipes("good.crt")), payload(support::fingerprintId(certificate)));
 }
 
-TEST_F(Distrust, TakesNothingButARegularFileForACertificate)
+TEST_F(Distrust, AcceptsOnlyARegularFileAsCertificate)
 {
     support::writeText(inPipes("good.crt"), certificate);
     fs::create_symlink("good.crt", inPipes("link"));
@@ -91,7 +91,7 @@ TEST_F(Distrust, TakesNothingButARegularFileForACertificate)
     EXPECT_EQ(add(inPipes("good.crt")), payload(support::fingerprintId(certificate)));
 }
 
-TEST_F(Distrust, TakesNoCertificateFileOfMoreThanAMebibyte)
+TEST_F(Distrust, RefusesACertificateFileLargerThanAMebibyte)
 {
     constexpr std::size_t limit = 1 << 20;
     support::writeText(inPipes("full"),
@@ -102,7 +102,7 @@ TEST_F(Distrust, TakesNoCertificateFileOfMoreThanAMebibyte)
     EXPECT_EQ(add(inPipes("full")), payload(support::fingerprintId(certificate)));
 }
 
-/// What a program that asks for a password would be given.
+/// The standard input that a program would read a password from.
 class StandardInput
 {
 public:
@@ -113,7 +113,8 @@ public:
         ostrel::writeAll(ostrel::Descriptor(ends[1]), text);
         EXPECT_EQ(::dup2(ends[0], STDIN_FILENO), STDIN_FILENO);
         ::close(ends[0]);
-        // No terminal is there to be asked at instead.
+        // Without a controlling terminal, from which the password could be read
+        // instead.
         ::setsid();
     }
 
@@ -125,7 +126,7 @@ public:
     }
 };
 
-TEST_F(Distrust, AsksNobodyForThePasswordOfAnEncryptedCertificate)
+TEST_F(Distrust, DoesNotPromptForThePasswordOfAnEncryptedCertificate)
 {
     daemon.stop();
     const StandardInput input("password\n");
@@ -139,7 +140,7 @@ TEST_F(Distrust, AsksNobodyForThePasswordOfAnEncryptedCertificate)
     EXPECT_EQ(input.rest(), "password\n");
 }
 
-TEST_F(Distrust, LeavesTheFileThatAClientNamedInItsPlace)
+TEST_F(Distrust, DoesNotRemoveTheFileThatAClientNames)
 {
     support::writeText(inPipes("good.crt"), certificate);
     add(inPipes("good.crt"));
@@ -147,7 +148,7 @@ TEST_F(Distrust, LeavesTheFileThatAClientNamedInItsPlace)
     EXPECT_EQ(support::readText(inPipes("good.crt")), certificate);
 }
 
-TEST_F(Distrust, RefusesAMessageThatItCannotRead)
+TEST_F(Distrust, RefusesAMalformedMessage)
 {
     const std::string command = "root\t1\tca\tlist";
     const struct {
@@ -156,16 +157,16 @@ TEST_F(Distrust, RefusesAMessageThatItCannotRead)
     } rows[] = {
         {"no fields", "hello"},
         {"three fields", "root\t1\tca"},
-        {"no such target", "root\t1\tCA\tlist"},
-        {"no such command", "root\t1\tca\tlists"},
+        {"an unknown target", "root\t1\tCA\tlist"},
+        {"an unknown command", "root\t1\tca\tlists"},
         {"a command of another target", "root\t1\tconfig\tlist"},
-        {"an argument too many", command + "\t1"},
-        {"an argument too few", "root\t1\tca\tadd"},
+        {"one argument too many", command + "\t1"},
+        {"one argument too few", "root\t1\tca\tadd"},
         {"a line feed", command + "\n"},
         {"a NUL", command + std::string(1, '\0')},
-        {"an escape", "\x1b[2J" + command},
-        {"a delete", "\x7f" + command},
-        {"nothing but tabs", "\t\t\t\t"},
+        {"an escape character", "\x1b[2J" + command},
+        {"a delete character", "\x7f" + command},
+        {"only tabs", "\t\t\t\t"},
     };
     for (const auto& row : rows) {
         const support::RunningDaemon::LogMark mark(daemon);
@@ -176,7 +177,7 @@ TEST_F(Distrust, RefusesAMessageThatItCannotRead)
     EXPECT_EQ(reply(command), "reply 0 ");
 }
 
-TEST_F(Distrust, TakesAMessageOf64KibibytesAndNoMore)
+TEST_F(Distrust, AcceptsMessagesOfUpTo64Kibibytes)
 {
     const std::string start = "root\t1\tca\trevoke\t";
     const auto message = [&](std::size_t length) {
@@ -191,7 +192,7 @@ TEST_F(Distrust, TakesAMessageOf64KibibytesAndNoMore)
     EXPECT_EQ(reply("root\t1\tconfig\tstatus"), "reply 0 running");
 }
 
-TEST_F(Distrust, LetsNoClientWriteALineOfTheLog)
+TEST_F(Distrust, LetsNoClientInsertALineIntoTheLog)
 {
     daemon.stop();
     daemon.start({"--debug"});
@@ -205,7 +206,7 @@ TEST_F(Distrust, LetsNoClientWriteALineOfTheLog)
     EXPECT_THAT(log, Not(HasSubstr("\r")));
 }
 
-TEST_F(Distrust, IsNotKeptFromItsEndByAClientThatNeverCeasesToWrite)
+TEST_F(Distrust, StopsWhileAClientWritesWithoutEnd)
 {
     ScriptedClient client(device, "web", std::string(1 << 28, 'x'), Step::OpensCommandFifo);
     client.resume();
@@ -221,19 +222,20 @@ void putAnothersFifo(const std::string& path)
 }
 
 /// What a client may have left in the directory while no daemon ran.
-TEST_F(Distrust, TakesTheFilesOfTheExchangeOnlyWhenTheyAreItsOwn)
+TEST_F(Distrust, ReplacesForeignFilesWithTheNamesOfItsLockFileAndFifos)
 {
     const struct {
         const char* sentence;
         void (*put)(const std::string& path);
     } rows[] = {
-        {"a link", [](const std::string& path) { fs::create_symlink("/etc/passwd", path); }},
+        {"a symbolic link",
+         [](const std::string& path) { fs::create_symlink("/etc/passwd", path); }},
         {"a FIFO", [](const std::string& path) { ::mkfifo(path.c_str(), 0600); }},
         {"a file", [](const std::string& path) { support::writeText(path, "text"); }},
         {"a socket", [](const std::string& path) { ::mknod(path.c_str(), S_IFSOCK | 0600, 0); }},
-        {"another user's", putAnothersFifo},
+        {"another user's FIFO", putAnothersFifo},
         {"a directory", [](const std::string& path) { fs::create_directory(path); }},
-        {"a full directory",
+        {"a directory that is not empty",
          [](const std::string& path) { support::writeText(path + "/sub/file", "text"); }},
         {"nothing", [](const std::string&) {}},
     };
@@ -250,7 +252,7 @@ TEST_F(Distrust, TakesTheFilesOfTheExchangeOnlyWhenTheyAreItsOwn)
     EXPECT_FALSE(fs::is_symlink("/etc/passwd"));
 }
 
-TEST_F(Distrust, RemovesADirectoryFromTheReplyFifosPlace)
+TEST_F(Distrust, RemovesADirectoryWithTheNameOfTheReplyFifo)
 {
     support::writeText(pipe("web", "out") + "/sub/file", "text");
     const support::RunningDaemon::LogMark mark(daemon);

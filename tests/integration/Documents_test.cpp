@@ -1,4 +1,4 @@
-// docs/FILES.md and docs/PROTOCOL.md against what the daemon writes.
+// Compares docs/FILES.md and docs/PROTOCOL.md with what the daemon writes.
 
 #include "integration/ServerCase.h"
 #include "support/Document.h"
@@ -28,7 +28,7 @@ std::string replaced(std::string text, const std::string& from, const std::strin
     return text.replace(text.find(from), from.size(), to);
 }
 
-/// The certificate that the documents' examples are of.
+/// The certificate of the documents' examples.
 std::string examplePem()
 {
     support::TestCertificate certificate;
@@ -51,7 +51,7 @@ protected:
     const ostrel::ExternalCertificatesAccessor clients{"web", "client"};
 };
 
-TEST_F(Documents, ShowTheDaemonsOwnFiles)
+TEST_F(Documents, ShowTheLockFileAndTheProcessIdFile)
 {
     EXPECT_EQ(readText(DaemonConfiguration::getPidFile()),
               replaced(exampleFile("pidFile"), "812", std::to_string(daemon.pid())));
@@ -59,7 +59,7 @@ TEST_F(Documents, ShowTheDaemonsOwnFiles)
     EXPECT_EQ(readText(pipe("web", "lock")), exampleFile("lockFile"));
 }
 
-TEST_F(Documents, ShowTheSummaryThatTheDaemonWrites)
+TEST_F(Documents, ShowTheInfoFileThatTheDaemonWrites)
 {
     const std::string id = web().addTrustedClient(examplePem());
     const std::string info = readText(clients.certInfoPath(id));
@@ -78,7 +78,7 @@ TEST_F(Documents, ShowTheIdTheListAndTheMapThatTheDaemonWrites)
     EXPECT_EQ(readText(clients.certOverwrittenDataPath(id)), "");
 }
 
-TEST_F(Documents, ShowTheFilesOfTheServersCertificate)
+TEST_F(Documents, ShowTheFilesOfTheServerCertificate)
 {
     web().createServerCsr();
     EXPECT_EQ(readText(paths.csrNetworkPath()), exampleFile("network"));
@@ -88,7 +88,7 @@ TEST_F(Documents, ShowTheFilesOfTheServersCertificate)
     EXPECT_EQ(readText(paths.certNetworkPath(id)), exampleFile("network"));
 }
 
-/// What the daemon replies to the message of the example, byte by byte.
+/// Compares the daemon's reply to the example message byte by byte.
 class DocumentedCall : public Documents
 {
 protected:
@@ -110,7 +110,7 @@ protected:
     const std::string m_pem = support::TestCertificate().pem();
 };
 
-TEST_F(DocumentedCall, GetsTheRepliesOfTheDocument)
+TEST_F(DocumentedCall, GetsTheRepliesThatTheDocumentShows)
 {
     EXPECT_EQ(call(),
               replaced(example("reply"), "5a1f09c2d7e4b683", support::fingerprintId(m_pem)));

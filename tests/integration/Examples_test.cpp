@@ -19,7 +19,7 @@ protected:
     const support::TemporaryDirectory certificates;
 };
 
-TEST_F(Examples, CaImportTakesTwentyCertificatesThroughTheirLife)
+TEST_F(Examples, CaImportImportsListsReadsAndRevokesTwentyCertificates)
 {
     for (int i = 0; i < 20; ++i) {
         TestCertificate certificate;
@@ -38,7 +38,7 @@ TEST_F(Examples, CaImportTakesTwentyCertificatesThroughTheirLife)
                                          "left       0\n"));
 }
 
-TEST_F(Examples, CaImportSaysWhatWentWrong)
+TEST_F(Examples, CaImportReportsWhatWentWrong)
 {
     const auto usage = runProgram({OSTREL_EXAMPLE_CA_IMPORT});
     EXPECT_EQ(usage.status, 2);
@@ -49,7 +49,7 @@ TEST_F(Examples, CaImportSaysWhatWentWrong)
     EXPECT_THAT(failed.errors, HasSubstr("ca_import: Error -1: "));
 }
 
-TEST_F(Examples, FirstCallGreetsTheService)
+TEST_F(Examples, FirstCallPrintsTheStatusOfTheService)
 {
     const auto run = runProgram({OSTREL_EXAMPLE_FIRST_CALL});
     EXPECT_EQ(run.status, 0);

@@ -1,4 +1,5 @@
-// What a client leaves in the directory of the pipes for the daemon to find.
+// Files that a client leaves in the pipe directory, where the daemon finds
+// them.
 
 #include "integration/DaemonCase.h"
 #include "support/ScriptedClient.h"
@@ -27,17 +28,19 @@ void putAnothersDirectory(const std::string& path)
     }
 }
 
-/// What a client may have put where a store comes to be only now.
-TEST_F(ForeignFiles, AreNotTakenForTheDirectoryOfAStore)
+/// A client creates a file with the name of a store's directory before the
+/// service has that store.
+TEST_F(ForeignFiles, AreReplacedByTheDirectoryOfANewStore)
 {
     const struct {
         const char* sentence;
         void (*put)(const std::string& path);
     } rows[] = {
-        {"a link", [](const std::string& path) { fs::create_directory_symlink("/etc", path); }},
+        {"a symbolic link",
+         [](const std::string& path) { fs::create_directory_symlink("/etc", path); }},
         {"a FIFO", [](const std::string& path) { ::mkfifo(path.c_str(), 0600); }},
         {"a file", [](const std::string& path) { support::writeText(path, "text"); }},
-        {"another user's", putAnothersDirectory},
+        {"another user's directory", putAnothersDirectory},
         {"nothing", [](const std::string&) {}},
     };
     const std::string directory = device.pipesDirectory() + "/vpn/client";
@@ -59,7 +62,7 @@ TEST_F(ForeignFiles, AreNotTakenForTheDirectoryOfAStore)
     }
 }
 
-TEST_F(ForeignFiles, OfWhichTheLockFileIsAnotherNameAreNotChanged)
+TEST_F(ForeignFiles, KeepTheirModeWhenTheLockFileIsAHardLinkToThem)
 {
     daemon.stop();
     const std::string file = device.pipesDirectory() + "/file";
@@ -73,7 +76,7 @@ TEST_F(ForeignFiles, OfWhichTheLockFileIsAnotherNameAreNotChanged)
     EXPECT_EQ(fs::hard_link_count(file), 1U);
 }
 
-TEST_F(ForeignFiles, CannotBeMadeBeforeEverythingOfTheDaemonsIsThere)
+TEST_F(ForeignFiles, CannotBeCreatedBeforeTheDaemonsFilesExist)
 {
     daemon.stop();
     fs::remove_all(pipeDirectory("web"));
@@ -87,14 +90,14 @@ TEST_F(ForeignFiles, CannotBeMadeBeforeEverythingOfTheDaemonsIsThere)
     EXPECT_EQ(fs::status(pipeDirectory("web")).permissions(), fs::perms(01730));
 }
 
-TEST_F(ForeignFiles, ThatAKilledClientWantedToAddAreRemovedAtTheStart)
+TEST_F(ForeignFiles, LeftByAKilledAdditionAreRemovedAtTheStart)
 {
     const std::string left = pipeDirectory("web") + "/left.crt";
     const std::string other = pipeDirectory("web") + "/other";
     support::writeText(left, "text");
     support::writeText(other, "text");
     {
-        // This one is in its call still.
+        // This client is still in its call, so the file may be in use.
         const support::ScriptedClient client(device, "web", "", support::Step::TakesLock);
         daemon.restart();
         EXPECT_TRUE(fs::exists(left));

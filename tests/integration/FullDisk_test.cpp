@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 using daemon_case::StoreFiles;
 using support::TestCertificate;
 
-/// A small disk in the place of a directory.
+/// A small disk mounted over a directory.
 class SmallDisk
 {
 public:
@@ -73,7 +73,7 @@ protected:
     std::vector<std::string> ids;
 };
 
-TEST_F(FullDisk, TakesNothingFromTheStore)
+TEST_F(FullDisk, DoesNotDamageTheStore)
 {
     const SmallDisk disk(device.storeDirectory());
     fillStore(disk);
@@ -91,13 +91,13 @@ TEST_F(FullDisk, TakesNothingFromTheStore)
     EXPECT_EQ(cas.fault(), "");
 }
 
-TEST_F(FullDisk, OfVolatileFilesTakesNothingFromThemThatIsRight)
+TEST_F(FullDisk, DoesNotDamageCorrectVolatileFiles)
 {
     const SmallDisk disk(device.pipesDirectory());
     fillStore(disk);
     daemon.reload("web: configuration read again");
     expectAllThere("after a reload");
-    // The list decides, and it has room.
+    // The list decides, and its disk has room.
     EXPECT_EQ(revokeFirst(), daemon_case::payload(ids[0]));
     EXPECT_EQ(service.getCAList().size(), 2U);
     disk.makeRoom();
@@ -105,7 +105,7 @@ TEST_F(FullDisk, OfVolatileFilesTakesNothingFromThemThatIsRight)
     EXPECT_EQ(cas.fault(), "");
 }
 
-TEST_F(FullDisk, RefusesAnAdditionAndLeavesEverythingAsItWas)
+TEST_F(FullDisk, MakesAnAdditionFailWithoutAnyChange)
 {
     const SmallDisk disk(device.storeDirectory());
     fillStore(disk);

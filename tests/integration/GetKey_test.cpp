@@ -1,4 +1,4 @@
-// To whom a private key is told by the command "getkey".
+// Which callers the command "getkey" gives a private key.
 
 #include "integration/ServerCase.h"
 #include "support/ChildProcess.h"
@@ -41,7 +41,7 @@ protected:
         applyNew();
     }
 
-    /// What a member of the management group is answered.
+    /// The reply to this user, who is in the management group.
     static std::string askAs(uid_t user)
     {
         return support::inChild([user]() -> std::string {
@@ -54,7 +54,7 @@ protected:
     }
 };
 
-TEST_F(GetKey, TellsTheKeyToWhomItsFileIsReadable)
+TEST_F(GetKey, RepliesTheKeyToUsersWhoMayReadItsFile)
 {
     if (!Accounts::hasOtherIds()) {
         GTEST_SKIP() << "an ordinary user's namespace has no second id";
@@ -64,27 +64,27 @@ TEST_F(GetKey, TellsTheKeyToWhomItsFileIsReadable)
         const char* sentence;
         const char* settings;
         uid_t user;
-        bool isTold;
+        bool isGiven;
     } rows[] = {
         {"a member of the key group", "keyGroup keys\n", memberId, true},
-        {"one whose own group it is", "keyGroup keys\n", primaryId, true},
+        {"a user whose primary group is the key group", "keyGroup keys\n", primaryId, true},
         {"the daemon's user", "keyGroup keys\n", 0, true},
-        {"one who is in the management group alone", "keyGroup keys\n", strangerId, false},
+        {"a member of only the management group", "keyGroup keys\n", strangerId, false},
         {"a user without a name", "keyGroup keys\n", namelessId, false},
-        {"a member of a group that is no key group", "", memberId, false},
-        {"the daemon's user without a key group", "", 0, true},
+        {"a member of that group when no key group is configured", "", memberId, false},
+        {"the daemon's user when no key group is configured", "", 0, true},
     };
     startWith("");
     for (const auto& row : rows) {
         configure(row.settings);
         daemon.reload("web: configuration read again");
         const std::string answer = askAs(row.user);
-        EXPECT_EQ(answer.find("PRIVATE KEY") != std::string::npos, row.isTold) << row.sentence;
-        EXPECT_EQ(answer == refused, !row.isTold) << row.sentence << ": " << answer;
+        EXPECT_EQ(answer.find("PRIVATE KEY") != std::string::npos, row.isGiven) << row.sentence;
+        EXPECT_EQ(answer == refused, !row.isGiven) << row.sentence << ": " << answer;
     }
 }
 
-TEST_F(GetKey, TellsItThroughAFifoThatNobodyElseCanOpen)
+TEST_F(GetKey, RepliesThroughAFifoThatNoOtherUserCanOpen)
 {
     startWith("keyGroup keys\n");
     const struct {

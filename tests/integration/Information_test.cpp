@@ -13,7 +13,7 @@ using support::TestCertificate;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-/// What the daemon tells of one certificate, which the service trusts.
+/// What the daemon writes about one trusted certificate.
 class Information : public daemon_case::WithDaemon
 {
 protected:
@@ -54,13 +54,13 @@ TestCertificate leaf()
     return certificate;
 }
 
-TEST_F(Information, FileIsOfVersionOne)
+TEST_F(Information, FileHasVersionOne)
 {
     EXPECT_THAT(support::readText(files.certInfoPath(add(leaf()))),
                 HasSubstr("\"data_structure_version\": 1,"));
 }
 
-TEST_F(Information, NamesSubjectAndIssuer)
+TEST_F(Information, HasTheSubjectAndIssuer)
 {
     const ostrel::CertificateInfo info = infoOf(leaf());
     EXPECT_EQ(info.subjectName, "CN = door.example.com");
@@ -70,7 +70,7 @@ TEST_F(Information, NamesSubjectAndIssuer)
     EXPECT_EQ(record.issuerName.commonName, "Test CA");
 }
 
-TEST_F(Information, TellsAuthoritiesAndTheSelfSigned)
+TEST_F(Information, MarksAuthoritiesAndSelfSignedCertificates)
 {
     const ostrel::CertificateInfo authority = infoOf(TestCertificate());
     EXPECT_TRUE(authority.isCA);
@@ -80,7 +80,7 @@ TEST_F(Information, TellsAuthoritiesAndTheSelfSigned)
     EXPECT_FALSE(other.isSelfSigned);
 }
 
-TEST_F(Information, HasTheAddressesAndHostNames)
+TEST_F(Information, HasTheIpAddressesAndHostNames)
 {
     const ostrel::CertificateInfo info = infoOf(leaf());
     EXPECT_THAT(info.validIPs, ElementsAre("192.0.2.7", "2001:db8::7"));
@@ -136,7 +136,7 @@ TEST_F(Information, RecordHasKeySignatureVersionAndExtensions)
     EXPECT_THAT(record.v3Extensions[1].comment, HasSubstr("DNS:*.example.com"));
 }
 
-TEST_F(Information, DetailsAreTheUsualFullText)
+TEST_F(Information, DetailsAreTheFullTextOfTheCertificate)
 {
     const std::string text = support::readText(files.certDetailsPath(add(leaf())));
     for (const char* part :
@@ -147,7 +147,7 @@ TEST_F(Information, DetailsAreTheUsualFullText)
     }
 }
 
-/// A common name, and what each reader makes of it.
+/// A common name, and how each reader shows it.
 struct NameRow {
     const char* sentence;
     std::string name;
@@ -156,7 +156,7 @@ struct NameRow {
     std::string inRecord;
 };
 
-TEST_F(Information, SurvivesNamesOfAllKinds)
+TEST_F(Information, HandlesNamesWithSpecialCharacters)
 {
     const NameRow rows[] = {
         {"UTF-8", "Übung 証明書 🔑", "Übung 証明書 🔑", "CN = Übung 証明書 🔑", "Übung 証明書 🔑"},
@@ -181,8 +181,8 @@ TEST_F(Information, SurvivesNamesOfAllKinds)
     }
 }
 
-// Decimal digits take a time that grows by the square of their number.
-TEST_F(Information, HasALongSerialNumberInHexadecimal)
+// Decimal conversion takes time proportional to the square of the length.
+TEST_F(Information, ShowsALongSerialNumberInHexadecimal)
 {
     const auto serialOf = [this](int bytes) {
         TestCertificate certificate = leaf();

@@ -11,8 +11,8 @@ namespace fs = std::filesystem;
 using daemon_case::StoreFiles;
 using support::TestCertificate;
 
-/// What an interruption left of a store with two certificates, and how many of
-/// them are there after the next start.
+/// What an interrupted change left of a store with two certificates, and how
+/// many certificates the next start keeps.
 struct Row {
     const char* sentence;
     std::function<void(const StoreFiles& files, const std::string& id)> leave;
@@ -50,8 +50,8 @@ const Row rows[] = {
                             support::readText(files.cnMapPath()) + other + " Test CA\n");
      },
      2},
-    {"a certificate that is listed no more", unlist, 1},
-    {"a certificate that is listed no more, and half of its files",
+    {"a certificate that is no longer listed", unlist, 1},
+    {"a certificate that is no longer listed, with half of its files",
      [](const StoreFiles& files, const std::string& id) {
          unlist(files, id);
          fs::remove(files.certPath(id));
@@ -60,22 +60,22 @@ const Row rows[] = {
      1},
     {"a listed certificate whose file is missing",
      [](const StoreFiles& files, const std::string& id) { fs::remove(files.certPath(id)); }, 1},
-    {"overrides of a certificate that is missing",
+    {"overrides of a missing certificate",
      [](const StoreFiles& files, const std::string& id) {
          fs::rename(files.certOverwrittenDataPath(id), files.certOverwrittenDataPath("0123"));
      },
      2},
-    {"the list itself, which is lost",
+    {"a missing list",
      [](const StoreFiles& files, const std::string&) { fs::remove(files.listPath()); }, 2},
-    {"a list without any text",
+    {"an empty list",
      [](const StoreFiles& files, const std::string&) { support::writeText(files.listPath(), ""); },
      2},
-    {"a list that names nothing",
+    {"a list of empty lines",
      [](const StoreFiles& files, const std::string&) {
          support::writeText(files.listPath(), "\n");
      },
      0},
-    {"half of a lasting file",
+    {"half of a persistent file",
      [](const StoreFiles& files, const std::string&) {
          support::writeText(files.cachedDirectoryPath() + "/.new", "-----BEGIN CERTIFI");
      },
@@ -88,7 +88,7 @@ const Row rows[] = {
     {"no volatile files",
      [](const StoreFiles& files, const std::string&) { fs::remove_all(files.tmpDirectoryPath()); },
      2},
-    {"no directory of the service's pipes",
+    {"no pipe directory",
      [](const StoreFiles& files, const std::string&) {
          fs::remove_all(fs::path(files.tmpDirectoryPath()).parent_path());
      },
@@ -100,7 +100,7 @@ const Row rows[] = {
      2},
     {"no map", [](const StoreFiles& files, const std::string&) { fs::remove(files.cnMapPath()); },
      2},
-    {"a map without one of the names",
+    {"a map that lacks one of the names",
      [](const StoreFiles& files, const std::string& id) {
          support::writeText(files.cnMapPath(), id + " Another name\n");
      },
@@ -113,7 +113,7 @@ const Row rows[] = {
          }
      },
      2},
-    {"volatile files of a certificate that is not there",
+    {"volatile files of a certificate that does not exist",
      [](const StoreFiles& files, const std::string&) {
          support::writeText(files.certInfoPath("0123"), "{}");
          support::writeText(files.certDetailsPath("0123"), "");
@@ -143,7 +143,7 @@ protected:
     const StoreFiles clients{"web", "client"};
 };
 
-TEST_P(Interrupted, ChangeIsFinishedOrUndoneAtTheNextStart)
+TEST_P(Interrupted, ChangeIsCompletedOrUndoneAtTheNextStart)
 {
     daemon.kill();
     for (const StoreFiles* files : {&cas, &clients}) {
@@ -156,7 +156,7 @@ TEST_P(Interrupted, ChangeIsFinishedOrUndoneAtTheNextStart)
     }
 }
 
-TEST_P(Interrupted, ChangeIsFollowedByOthersThatSucceed)
+TEST_P(Interrupted, ChangeDoesNotAffectLaterChanges)
 {
     daemon.kill();
     GetParam().leave(cas, cas.ids()[0]);
@@ -172,14 +172,14 @@ TEST_P(Interrupted, ChangeIsFollowedByOthersThatSucceed)
 INSTANTIATE_TEST_SUITE_P(By, Interrupted, testing::ValuesIn(rows),
                          [](const auto& row) { return "Leaving" + std::to_string(row.index); });
 
-TEST_F(Interrupted, ChangeOfNothingKeepsTheOverrides)
+TEST_F(Interrupted, ChangeThatLeftNothingKeepsTheOverrides)
 {
     daemon.restart();
     EXPECT_EQ(support::readText(cas.certOverwrittenDataPath(cas.ids()[0])), "alias Lobby\n");
 }
 
-// What cannot be read now may be readable on another day.
-TEST_F(Interrupted, ChangeIsNotWhatADamagedCertificateIsTakenFor)
+// A file that cannot be read now may be readable later.
+TEST_F(Interrupted, ChangeIsNotAssumedForADamagedCertificate)
 {
     const std::string id = cas.ids()[0];
     daemon.kill();
@@ -191,7 +191,7 @@ TEST_F(Interrupted, ChangeIsNotWhatADamagedCertificateIsTakenFor)
     EXPECT_EQ(cas.fault(), "");
 }
 
-TEST_F(Interrupted, ChangeIsNotWhatAListThatCannotBeReadIsTakenFor)
+TEST_F(Interrupted, ChangeIsNotAssumedForAnUnreadableList)
 {
     const std::string certificate = cas.certPath(cas.ids()[0]);
     daemon.stop();

@@ -12,7 +12,7 @@ using daemon_case::payload;
 using support::ScriptedClient;
 using support::Step;
 
-/// A service with one certificate that fills a pipe several times.
+/// A service with one certificate that is several times as large as a pipe.
 class KilledClient : public daemon_case::WithDaemon, public testing::WithParamInterface<Step>
 {
 protected:
@@ -23,7 +23,7 @@ protected:
         m_id = ostrelApi::OstrelService("web").addCA(large.pem());
     }
 
-    /// What asks for that certificate.
+    /// The message that requests this certificate.
     std::string largeQuestion() const { return "root\t1\tca\tgetcert\t" + m_id; }
 
     void awaitSwept() const { support::awaitGone(pipe("web", "out")); }
@@ -31,7 +31,7 @@ protected:
     std::string m_id;
 };
 
-TEST_P(KilledClient, IsFollowedByACallThatSucceeds)
+TEST_P(KilledClient, LeavesAServiceThatAnswersTheNextCall)
 {
     for (int round = 0; round < 20; ++round) {
         SCOPED_TRACE(round);
@@ -42,7 +42,7 @@ TEST_P(KilledClient, IsFollowedByACallThatSucceeds)
     }
 }
 
-TEST_P(KilledClient, DelaysNoOtherServiceWhileItStandsStill)
+TEST_P(KilledClient, DelaysNoOtherServiceWhileItIsStopped)
 {
     ScriptedClient client(device, "web", largeQuestion(), GetParam());
     EXPECT_EQ(askStatus("vpn"), payload("running"));
@@ -50,7 +50,7 @@ TEST_P(KilledClient, DelaysNoOtherServiceWhileItStandsStill)
     EXPECT_EQ(askStatus("vpn"), payload("running"));
 }
 
-TEST_P(KilledClient, GetsItsReplyWhenItOnlyStoodStill)
+TEST_P(KilledClient, GetsItsReplyWhenItWasOnlyStopped)
 {
     ScriptedClient client(device, "web", largeQuestion(), GetParam());
     client.resume();
@@ -62,7 +62,7 @@ TEST_P(KilledClient, GetsItsReplyWhenItOnlyStoodStill)
 INSTANTIATE_TEST_SUITE_P(AfterIt, KilledClient, testing::ValuesIn(support::allSteps),
                          [](const auto& row) { return toString(row.param); });
 
-TEST_F(KilledClient, StopsNoOtherFromBeingToldThatTheServiceIsBusy)
+TEST_F(KilledClient, ReleasesTheLockThatRefusedOtherClients)
 {
     ScriptedClient client(device, "web", largeQuestion(), Step::TakesLock);
     EXPECT_EQ(askStatus("web"), daemon_case::refusal(2));

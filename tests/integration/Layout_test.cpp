@@ -59,7 +59,7 @@ protected:
     std::string pipes(const std::string& path) const { return device.pipesDirectory() + path; }
 };
 
-TEST_F(Layout, GivesTheManagementGroupWhatACallNeedsAndNobodyMore)
+TEST_F(Layout, GrantsTheManagementGroupOnlyTheRightsThatACallNeeds)
 {
     ostrelApi::OstrelService service("web");
     const std::string ca = service.addCA(TestCertificate().pem());
@@ -70,7 +70,8 @@ TEST_F(Layout, GivesTheManagementGroupWhatACallNeedsAndNobodyMore)
         std::string path;
         const char* typeAndMode;
     } rows[] = {
-        // The sticky bit keeps members of the group from each other's files, and from these.
+        // The sticky bit stops a member of the group from removing files of other members or of the
+        // daemon.
         {pipes("/web"), "d 1730"},
         {pipes("/web/web.lock"), "- 620"},
         {pipes("/web/web.in"), "p 620"},
@@ -82,13 +83,13 @@ TEST_F(Layout, GivesTheManagementGroupWhatACallNeedsAndNobodyMore)
         {pipes("/web/client/id_cn.map"), "- 640"},
         {pipes("/web/client/" + client + ".info"), "- 640"},
         {pipes("/web/client/" + client + ".detail"), "- 640"},
-        // The group that reads the keys passes through, too.
+        // Searchable for everyone: the key group passes through.
         {store("/web"), "d 751"},
         {store("/web/ca"), "d 750"},
         {store("/web/ca/" + ca), "- 640"},
         {store("/web/ca/.cacheddata"), "d 710"},
         {store("/web/ca/.cacheddata/list.txt"), "- 640"},
-        // Applications write these themselves.
+        // Applications write this file themselves.
         {store("/web/ca/.cacheddata/" + ca + ".overwrite"), "- 660"},
         {store("/web/client"), "d 750"},
         {store("/web/client/" + client), "- 640"},
@@ -101,14 +102,14 @@ TEST_F(Layout, GivesTheManagementGroupWhatACallNeedsAndNobodyMore)
     EXPECT_EQ(rights(pipes("/web/web.out")), "missing");
 }
 
-TEST_F(Layout, HasNoDirectoryForAStoreThatTheServiceDoesNotHave)
+TEST_F(Layout, HasNoDirectoryForAStoreThatTheServiceLacks)
 {
     EXPECT_EQ(rights(store("/vpn/ca")), managers("d 750"));
     EXPECT_EQ(rights(store("/vpn/client")), "missing");
     EXPECT_EQ(rights(pipes("/vpn/client")), "missing");
 }
 
-TEST_F(Layout, HoldsAnEmptyListAndMapFromTheStart)
+TEST_F(Layout, StartsWithAnEmptyListAndMap)
 {
     ostrelApi::OstrelService service("web");
     EXPECT_TRUE(service.getCAList().empty());
@@ -117,7 +118,7 @@ TEST_F(Layout, HoldsAnEmptyListAndMapFromTheStart)
     EXPECT_TRUE(service.getTrustedClientListByCN("").empty());
 }
 
-TEST_F(Layout, TakesAwayRightsThatSomebodyGave)
+TEST_F(Layout, RevertsRightsThatSomebodyAdded)
 {
     daemon.stop();
     const std::string paths[] = {pipes("/web"), pipes("/web/ca"), store("/web"), store("/web/ca"),
@@ -133,7 +134,7 @@ TEST_F(Layout, TakesAwayRightsThatSomebodyGave)
     EXPECT_EQ(rights(paths[4]), managers("d 710"));
 }
 
-TEST_F(Layout, IsTheSameAfterEachWayOfEndingAndWithoutTheRunDirectory)
+TEST_F(Layout, IsRestoredAfterARestartWithoutThePipesDirectory)
 {
     const StoreFiles files("web", "ca");
     ostrelApi::OstrelService service("web");
@@ -154,7 +155,7 @@ TEST_F(Layout, IsTheSameAfterEachWayOfEndingAndWithoutTheRunDirectory)
     }
 }
 
-/// Does the whole of a client's work as another user.
+/// Makes every kind of call as another user.
 std::string workAsUser(gid_t extraGroup, const std::string& certificate)
 {
     return support::inChild([&]() -> std::string {
@@ -174,7 +175,7 @@ std::string workAsUser(gid_t extraGroup, const std::string& certificate)
     });
 }
 
-TEST_F(Layout, LetsAMemberOfTheManagementGroupDoEverythingAndNobodyElse)
+TEST_F(Layout, AllowsCallsOnlyToMembersOfTheManagementGroup)
 {
     if (!support::Accounts::hasOtherIds()) {
         GTEST_SKIP() << "an ordinary user's namespace has no second id";

@@ -25,7 +25,7 @@ protected:
     std::string pidFile() const { return device.pipesDirectory() + "/ostreld.pid"; }
 };
 
-TEST_F(Lifecycle, KnowsItsOptions)
+TEST_F(Lifecycle, AcceptsItsOptions)
 {
     const auto help = support::runProgram({RunningDaemon::path, "--help"});
     EXPECT_EQ(help.status, 0);
@@ -42,7 +42,7 @@ TEST_F(Lifecycle, KnowsItsOptions)
     }
 }
 
-TEST_F(Lifecycle, EndsCleanlyOnEitherSignal)
+TEST_F(Lifecycle, EndsCleanlyOnSigtermAndSigint)
 {
     for (const int signal : {SIGTERM, SIGINT}) {
         daemon.start();
@@ -56,7 +56,7 @@ TEST_F(Lifecycle, EndsCleanlyOnEitherSignal)
     }
 }
 
-TEST_F(Lifecycle, IsOffForClientsBeforeTheFirstStart)
+TEST_F(Lifecycle, ServiceIsOffBeforeTheFirstStart)
 {
     EXPECT_EQ(askStatus("web"), refusal(11));
 }
@@ -72,7 +72,7 @@ TEST_F(Lifecycle, RefusesASecondInstance)
     EXPECT_EQ(askStatus("web"), payload("running"));
 }
 
-TEST_F(Lifecycle, StartsAfterOneThatWasKilled)
+TEST_F(Lifecycle, StartsAfterAnotherInstanceWasKilled)
 {
     daemon.start();
     daemon.kill();
@@ -102,7 +102,7 @@ TEST_F(Lifecycle, LogsOneLineForEachEvent)
     EXPECT_THAT(events, StartsWith("ostreld: web: root "));
 }
 
-TEST_F(Lifecycle, LogsTheLibrarysTraceWhenAsked)
+TEST_F(Lifecycle, LogsTheLibrarysTraceWithTheDebugOption)
 {
     daemon.start();
     askStatus("web");
@@ -112,7 +112,7 @@ TEST_F(Lifecycle, LogsTheLibrarysTraceWhenAsked)
     EXPECT_THAT(daemon.log(), HasSubstr("Group Id: ostrel"));
 }
 
-TEST_F(Lifecycle, ServesTheOthersWhenOneConfigurationIsBroken)
+TEST_F(Lifecycle, ServesTheOtherServicesWhenOneConfigurationIsBroken)
 {
     device.addService("broken", "managmentGroup no-such-group\nca yes\n");
     daemon.start();
@@ -121,7 +121,7 @@ TEST_F(Lifecycle, ServesTheOthersWhenOneConfigurationIsBroken)
     EXPECT_EQ(askStatus("web"), payload("running"));
 }
 
-TEST_F(Lifecycle, ServesNoServiceWithoutAName)
+TEST_F(Lifecycle, DoesNotServeAServiceWithoutAName)
 {
     device.addService("", "managmentGroup ostrel\nca yes\n");
     daemon.start();

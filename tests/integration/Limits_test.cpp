@@ -11,7 +11,7 @@ namespace
 using support::ScriptedClient;
 using support::Step;
 
-/// A daemon that the kernel gives nothing more.
+/// A daemon that has reached a limit of the kernel.
 class Limits : public daemon_case::WithDevice
 {
 protected:
@@ -20,7 +20,7 @@ protected:
     const support::InheritedDescriptors m_inherited;
 };
 
-TEST_F(Limits, OfDescriptorsStopNoService)
+TEST_F(Limits, DescriptorLimitStopsNoService)
 {
     ostrelApi::OstrelService client("web");
     support::denyDescriptors(daemon.pid());
@@ -30,7 +30,7 @@ TEST_F(Limits, OfDescriptorsStopNoService)
     EXPECT_THAT(daemon.log(), testing::Not(testing::HasSubstr("its configuration is gone")));
 }
 
-TEST_F(Limits, OfDescriptorsDelayAReply)
+TEST_F(Limits, DescriptorLimitDelaysAReply)
 {
     ScriptedClient client(device, "web", "root\t1\tconfig\tstatus", Step::MakesReplyFifo);
     support::denyDescriptors(daemon.pid());
@@ -42,12 +42,13 @@ TEST_F(Limits, OfDescriptorsDelayAReply)
     EXPECT_EQ(daemon_case::askStatus("web"), daemon_case::payload("running"));
 }
 
-/// The user's namespace of a test has limits of its own; root's does not.
-TEST_F(Limits, OfWatchesDelayAReply)
+/// Only a user namespace has its own limit on watches; root's limit is the
+/// machine's.
+TEST_F(Limits, WatchLimitDoesNotPreventAReply)
 {
     const std::string limit = "/proc/sys/user/max_inotify_watches";
     if (support::Accounts::hasOtherIds()) {
-        GTEST_SKIP() << "the limit would be the whole machine's";
+        GTEST_SKIP() << "the limit would apply to the whole machine";
     }
     ScriptedClient client(device, "web", "root\t1\tconfig\tstatus", Step::MakesReplyFifo);
     support::writeText(limit, "2");

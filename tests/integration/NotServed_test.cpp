@@ -12,7 +12,7 @@ using daemon_case::refusal;
 using support::ScriptedClient;
 using support::Step;
 
-/// Services that a killed daemon served, and the next one does not.
+/// Services that a killed daemon served and the next daemon does not serve.
 class NotServed : public daemon_case::WithDaemon
 {
 protected:
@@ -26,7 +26,7 @@ protected:
          [this] { device.addService("web", "managmentGroup no-such-group\n"); }},
         {"its configuration is gone",
          [this] { std::filesystem::remove(device.serviceDirectory() + "/web.conf"); }},
-        {"its directory cannot be made",
+        {"its directory cannot be created",
          [this] {
              std::filesystem::remove_all(device.storeDirectory() + "/web");
              support::writeText(device.storeDirectory() + "/web", "a file");
@@ -42,12 +42,12 @@ protected:
     }
 };
 
-TEST_F(NotServed, AreOffForTheirCallers)
+TEST_F(NotServed, ServicesAreOffForTheirCallers)
 {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.sentence);
         serveWeb();
-        // It has read the configuration while it was there.
+        // It reads the configuration before that is spoiled.
         ostrelApi::OstrelService client("web");
         daemon.kill();
         row.spoil();
@@ -63,7 +63,7 @@ TEST_F(NotServed, AreOffForTheirCallers)
     }
 }
 
-TEST_F(NotServed, LeaveNoFormerCallerWaiting)
+TEST_F(NotServed, ServicesLeaveNoEarlierCallerWaiting)
 {
     for (const Row& row : rows) {
         for (const Step step : {Step::SharesReplyFifo, Step::ClosesCommandFifo}) {
@@ -79,7 +79,7 @@ TEST_F(NotServed, LeaveNoFormerCallerWaiting)
     }
 }
 
-TEST_F(NotServed, AnyMoreAreOffForTheCallerInTheirMidst)
+TEST_F(NotServed, ServicesEndACallInProgress)
 {
     ScriptedClient client(device, "web", "", Step::OpensCommandFifo);
     std::filesystem::remove(pipe("web", "in"));

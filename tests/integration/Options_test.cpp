@@ -1,4 +1,4 @@
-// The options that ostreld(8) tells against those that the daemon takes.
+// Compares the options in ostreld(8) with those that the daemon accepts.
 
 #include <ostrl/splitstr.h>
 
@@ -18,7 +18,7 @@ using support::RunningDaemon;
 using support::runProgram;
 using testing::Contains;
 
-/// What stands in front of each option's text in "ostreld --help".
+/// The options that "ostreld --help" lists.
 std::set<std::string> helpedOptions()
 {
     std::istringstream lines(runProgram({RunningDaemon::path, "--help"}).output);
@@ -33,7 +33,8 @@ std::set<std::string> helpedOptions()
     return options;
 }
 
-/// In the manual an option has one dash less than on the command line.
+/// The manual's source writes an option with one dash less than the command
+/// line.
 std::set<std::string> manualOptions()
 {
     std::istringstream lines(support::readDocument("man/ostreld.8").text());
@@ -49,13 +50,13 @@ std::set<std::string> manualOptions()
     return options;
 }
 
-TEST(Options, AreThoseOfTheManual)
+TEST(Options, MatchTheManual)
 {
     EXPECT_THAT(helpedOptions(), Contains("--ready-fd"));
     EXPECT_EQ(manualOptions(), helpedOptions());
 }
 
-TEST(Options, OfAnotherNameGiveTheStatusOfTheManual)
+TEST(Options, ThatAreUnknownEndWithTheStatusInTheManual)
 {
     EXPECT_GT(runProgram({RunningDaemon::path, "--no-such-option"}).status, 100);
     EXPECT_GT(runProgram({RunningDaemon::path, "--ready-fd", "-1"}).status, 100);

@@ -1,4 +1,4 @@
-// Overrides are a file that clients write themselves: what the daemon makes of it.
+// How the daemon handles the overrides file, which clients write themselves.
 
 #include "integration/DaemonCase.h"
 #include "integration/StoreFiles.h"
@@ -33,7 +33,7 @@ protected:
     std::string id;
 };
 
-TEST_F(ClientsOverrides, AreReadUpToAMebibyte)
+TEST_F(ClientsOverrides, AreReadUpToOneMebibyte)
 {
     const std::string full = "key " + std::string(limit - 5, 'x') + '\n';
     write(full);
@@ -45,7 +45,7 @@ TEST_F(ClientsOverrides, AreReadUpToAMebibyte)
     EXPECT_EQ(support::readText(path()), full + '\n');
 }
 
-TEST_F(ClientsOverrides, AreNotMadeLargerThanThat)
+TEST_F(ClientsOverrides, AreNotWrittenBeyondOneMebibyte)
 {
     const std::string full = "key " + std::string(limit - 5, 'x') + '\n';
     write(full);
@@ -55,7 +55,7 @@ TEST_F(ClientsOverrides, AreNotMadeLargerThanThat)
     EXPECT_EQ(get(), payload("key x\n"));
 }
 
-TEST_F(ClientsOverrides, StayBesideANewOneWhateverTheirKeys)
+TEST_F(ClientsOverrides, WithInvalidKeysStayWhenAnotherOneIsSet)
 {
     write("a.b x\nok y\n\nno-value\nok z\n");
     EXPECT_EQ(set("alias", "Lobby"), payload(""));

@@ -36,27 +36,27 @@ std::string failureOf(const std::string& script, milliseconds patience = plenty)
     }
 }
 
-TEST(Program, GivesWhatItPrinted)
+TEST(Program, ReturnsItsOutput)
 {
     EXPECT_EQ(run("printf 'one\\ntwo'"), "one\ntwo");
     EXPECT_EQ(run("exit 0"), "");
     EXPECT_EQ(run("cat"), "") << "its input is empty";
 }
 
-TEST(Program, GetsItsArgumentsWithoutAShell)
+TEST(Program, ReceivesItsArgumentsWithoutAShell)
 {
     EXPECT_EQ(ostreld::runProgram({"/bin/echo", "$HOME `id`", "a  b", "\"'", "*"}, plenty),
               "$HOME `id` a  b \"' *\n");
 }
 
-TEST(Program, MayPrintAsMuchAsTheLimitAndNoMore)
+TEST(Program, FailsWhenItsOutputExceedsTheLimit)
 {
     const std::string limit = std::to_string(ostreld::largestOutput);
     EXPECT_EQ(run("head -c " + limit + " /dev/zero").size(), ostreld::largestOutput);
     EXPECT_EQ(failureOf("head -c " + limit + " /dev/zero; echo"), "/bin/sh prints too much");
 }
 
-TEST(Program, FailsByItsEnd)
+TEST(Program, FailsUnlessItsExitStatusIsZero)
 {
     for (const char* script : {"exit 1", "exit 255", "kill -TERM $$", "echo half; exit 2"}) {
         EXPECT_EQ(failureOf(script), "/bin/sh failed") << script;
@@ -65,23 +65,24 @@ TEST(Program, FailsByItsEnd)
     EXPECT_THROW(ostreld::runProgram({"/etc"}, plenty), std::runtime_error);
 }
 
-TEST(Program, HasToEndInTime)
+TEST(Program, FailsWhenItTakesTooLong)
 {
     const struct {
         const char* sentence;
         const char* script;
     } rows[] = {
         {"it does nothing", "exec sleep 1000"},
-        {"it prints without an end, and little", "while :; do echo; sleep 0.05; done"},
-        {"it closes its output and stays", "exec >&-; exec sleep 1000"},
-        {"it ignores what ends others", "trap '' TERM HUP INT; while :; do sleep 0.05; done"},
+        {"it prints a little, without end", "while :; do echo; sleep 0.05; done"},
+        {"it closes its output and continues", "exec >&-; exec sleep 1000"},
+        {"it ignores the signals that end others",
+         "trap '' TERM HUP INT; while :; do sleep 0.05; done"},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(failureOf(row.script, moment), "/bin/sh takes too long") << row.sentence;
     }
 }
 
-TEST(Program, IsEndedWithItsChildren)
+TEST(Program, IsKilledWithItsChildren)
 {
     const support::TemporaryDirectory directory;
     const std::string fifo = directory / "fifo";
@@ -89,7 +90,7 @@ TEST(Program, IsEndedWithItsChildren)
     const auto reader = ostrel::Descriptor::open(fifo, O_RDONLY | O_NONBLOCK);
     EXPECT_EQ(failureOf("exec 3>" + fifo + "; sleep 1000 & wait", 10 * moment),
               "/bin/sh takes too long");
-    // At its end once nobody can write any more.
+    // The pipe ends once no process can write to it.
     pollfd entry{reader.get(), POLLIN, 0};
     EXPECT_EQ(::poll(&entry, 1, static_cast<int>(plenty.count())), 1);
     EXPECT_EQ(entry.revents, POLLHUP);
@@ -108,8 +109,8 @@ TEST(Program, StartsWithNoSignalBlockedOrIgnored)
     EXPECT_EQ(failureOf("kill -TERM $$"), "/bin/sh failed");
 }
 
-/// Linux before 5.3.
-TEST(Program, IsWaitedForWithoutADescriptorOfIt)
+/// Linux before 5.3 has no pidfd_open().
+TEST(Program, IsWaitedForWithoutAProcessDescriptor)
 {
     if (!support::denySystemCalls({SYS_pidfd_open}, ENOSYS)) {
         GTEST_SKIP() << "this machine denies no system calls";

@@ -57,9 +57,9 @@ TEST_F(Reload, ServesANewService)
     EXPECT_EQ(askStatus("web"), payload("running"));
 }
 
-TEST_F(Reload, ServesARemovedServiceNoMore)
+TEST_F(Reload, StopsServingARemovedService)
 {
-    // The object has read the configuration while it was there.
+    // The object reads the configuration before the removal.
     ostrelApi::OstrelService vpn("vpn");
     EXPECT_TRUE(vpn.isServiceRunning());
     std::filesystem::remove(device.serviceDirectory() + "/vpn.conf");
@@ -77,7 +77,7 @@ TEST_F(Reload, ServesARemovedServiceNoMore)
     EXPECT_TRUE(vpn.isServiceRunning());
 }
 
-TEST_F(Reload, MakesAChangedLimitTakeEffect)
+TEST_F(Reload, AppliesAChangedLimit)
 {
     EXPECT_EQ(add(), payload(""));
     configureWeb("maximumCA 1\n");
@@ -90,7 +90,7 @@ TEST_F(Reload, MakesAChangedLimitTakeEffect)
     EXPECT_EQ(add(), full);
 }
 
-TEST_F(Reload, MakesAChangedGroupTakeEffect)
+TEST_F(Reload, AppliesAChangedGroup)
 {
     const gid_t others = support::Accounts::hasOtherIds() ? 4720 : 0;
     support::Accounts::addGroup("others:x:" + std::to_string(others) + ":");
@@ -118,7 +118,7 @@ TEST_F(Reload, MakesAChangedGroupTakeEffect)
     EXPECT_EQ(askStatus("web"), payload("running"));
 }
 
-TEST_F(Reload, TakesAndGivesStores)
+TEST_F(Reload, AddsAndRemovesStores)
 {
     const std::string list = daemon_case::ask("vpn", ostrel::TargetClient, ostrel::CommandList);
     EXPECT_EQ(list, refusal(7));
@@ -130,12 +130,12 @@ TEST_F(Reload, TakesAndGivesStores)
     EXPECT_EQ(daemon_case::ask("vpn", ostrel::TargetClient, ostrel::CommandList), refusal(7));
 }
 
-TEST_F(Reload, OfABrokenConfigurationKeepsTheFormerOne)
+TEST_F(Reload, KeepsTheFormerConfigurationWhenTheNewOneIsBroken)
 {
     configureWeb("maximumCA 1\n");
     daemon.reload(readAgain);
     EXPECT_EQ(add(), payload(""));
-    // The client keeps the configuration that it was built with, too.
+    // The client keeps the configuration that it was constructed with.
     ostrelApi::OstrelService client("web");
     for (const char* broken : {"managmentGroup no-such-group\nca yes\nmaximumCA 9\n",
                                "managmentGroup ostrel\nca yes\nmaximumCA 9\nserver yes\n"}) {
@@ -151,7 +151,7 @@ TEST_F(Reload, OfABrokenConfigurationKeepsTheFormerOne)
     EXPECT_EQ(add(), payload(""));
 }
 
-TEST_F(Reload, ByACallOfABrokenConfigurationIsRefused)
+TEST_F(Reload, IsRefusedToACallerWhenTheConfigurationIsBroken)
 {
     ostrelApi::OstrelService service("web");
     device.addService("web", "managmentGroup no-such-group\nca yes\n");
@@ -173,7 +173,7 @@ TEST_F(Reload, ServesAServiceWhoseConfigurationWasBrokenAtTheStart)
     EXPECT_EQ(askStatus("mail"), payload("running"));
 }
 
-TEST_F(Reload, ServesAServiceThatHadToEndAgain)
+TEST_F(Reload, ServesAgainAServiceThatEnded)
 {
     ScriptedClient client(device, "web", "", Step::OpensCommandFifo);
     std::filesystem::remove(pipe("web", "in"));
@@ -184,7 +184,7 @@ TEST_F(Reload, ServesAServiceThatHadToEndAgain)
     EXPECT_EQ(askStatus("web"), payload("running"));
 }
 
-TEST_F(Reload, ServesOnWhatItServedWhileTheServiceDirectoryCannotBeRead)
+TEST_F(Reload, KeepsTheServicesWhileTheServiceDirectoryIsUnreadable)
 {
     ostrelApi::OstrelService client("web");
     const char away[] = "/etc/ostrel/away";

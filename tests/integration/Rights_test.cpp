@@ -1,4 +1,5 @@
-// The table of rights in docs/FILES.md against the files that the daemon makes.
+// Compares the table of rights in docs/FILES.md with the files that the daemon
+// creates.
 
 #include "integration/ServerCase.h"
 #include "support/Document.h"
@@ -51,7 +52,8 @@ protected:
         web().createServerCsr();
     }
 
-    /// The file that a path of the table stands for, where T is `store`.
+    /// The file that a path of the table stands for, with `store` in place of
+    /// T.
     std::string fileOf(std::string path, const std::string& store) const
     {
         const std::string& root =
@@ -63,7 +65,7 @@ protected:
         return root + path.substr(1);
     }
 
-    /// Every file that it stands for.
+    /// Every file that a path of the table stands for.
     std::set<std::string> filesOf(const std::string& path) const
     {
         std::set<std::string> files;
@@ -78,7 +80,7 @@ protected:
     std::map<std::string, std::string> ids;
 };
 
-TEST_F(Rights, AreThoseOfTheTableAndNoFileIsMissingInIt)
+TEST_F(Rights, MatchTheTableAndTheTableListsEveryFile)
 {
     std::set<std::string> listed;
     for (const Document::Row& row : support::readDocument("FILES.md").table("rights")) {
@@ -94,7 +96,7 @@ TEST_F(Rights, AreThoseOfTheTableAndNoFileIsMissingInIt)
     }
 }
 
-TEST_F(Rights, AreForTheManagmentGroup)
+TEST_F(Rights, BelongToTheManagementGroup)
 {
     for (const std::string& root : {device.storeDirectory(), device.pipesDirectory()}) {
         for (const auto& entry : fs::recursive_directory_iterator(root + "/web")) {
@@ -106,7 +108,7 @@ TEST_F(Rights, AreForTheManagmentGroup)
     }
 }
 
-TEST_F(Rights, LetEverybodyReadTheProcessIdAlone)
+TEST_F(Rights, LetEveryoneReadOnlyTheProcessIdFile)
 {
     EXPECT_EQ(octal(server_case::modeOf(DaemonConfiguration::getLockFile())), "600");
     EXPECT_EQ(octal(server_case::modeOf(DaemonConfiguration::getPidFile())), "644");

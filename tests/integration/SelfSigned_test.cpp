@@ -19,7 +19,7 @@ using testing::HasSubstr;
 
 constexpr std::time_t secondsPerDay = 86400;
 
-// Without the C library, which knows no year after 2038 on some devices.
+// Without the C library, whose time_t ends in 2038 on some devices.
 std::string yearOf(std::int64_t seconds)
 {
     int year = 1970;
@@ -38,32 +38,32 @@ protected:
         daemon.start({"--debug"});
     }
 
-    /// Tells the daemon that the time, or the network, changed, and waits until
-    /// the service has drawn its conclusions.
+    /// Notifies the daemon of a change and waits until the service has checked
+    /// its certificate.
     void changeTime() const
     {
-        tell(ostrelApi::OstrelService::notifyTime, "end of the certificate");
+        notifyAndAwait(ostrelApi::OstrelService::notifyTime, "end of the certificate");
     }
     void changeNetwork() const
     {
-        tell(ostrelApi::OstrelService::notifyNetwork, "addresses of the device");
+        notifyAndAwait(ostrelApi::OstrelService::notifyNetwork, "addresses of the device");
     }
-    void tell(void (*notify)(), const std::string& subject) const
+    void notifyAndAwait(void (*notify)(), const std::string& subject) const
     {
         const support::RunningDaemon::LogMark mark(daemon);
         notify();
         mark.await("web: looked at the " + subject);
     }
 
-    /// Starts the daemon anew, with other settings.
+    /// Restarts the daemon with other settings.
     void restartWith(const std::string& settings)
     {
         daemon.stop();
         startWith(settings);
     }
 
-    static std::string idInUse() { return web().getServerActiveCertificateId(); }
-    bool isOneInUse() const { return fs::exists(paths.activePath()); }
+    static std::string activeId() { return web().getServerActiveCertificateId(); }
+    bool isOneActive() const { return fs::exists(paths.activePath()); }
 
     static std::int64_t numberOf(const std::string& key)
     {
@@ -72,8 +72,8 @@ protected:
 
     void awaitAnother(const std::string& id) const
     {
-        support::awaitChange(paths.cachedDirectoryPath(), "another certificate in use",
-                             [&] { return isOneInUse() && idInUse() != id; });
+        support::awaitChange(paths.cachedDirectoryPath(), "another active certificate",
+                             [&] { return isOneActive() && activeId() != id; });
     }
 };
 
@@ -85,38 +85,38 @@ TEST_F(SelfSigned, IsMadeAtTheStartForAServiceWithoutACertificate)
     EXPECT_EQ(info.at("issuedTo"), info.at("issuedBy"));
     EXPECT_EQ(numberOf("validUntil") - numberOf("validFrom"), 10 * secondsPerDay);
     EXPECT_TRUE(support::isKeyOf(web().getServerCertificate(""), web().getServerKey("")));
-    const std::string id = idInUse();
+    const std::string id = activeId();
     daemon.restart();
-    EXPECT_EQ(idInUse(), id);
+    EXPECT_EQ(activeId(), id);
 }
 
-TEST_F(SelfSigned, IsNotMadeForAServiceThatDoesNotAskForOne)
+TEST_F(SelfSigned, IsNotMadeForAServiceThatDoesNotEnableIt)
 {
     startWith("selfSignedOnExpiration yes\n");
-    EXPECT_FALSE(isOneInUse());
+    EXPECT_FALSE(isOneActive());
 }
 
-TEST_F(SelfSigned, IsMadeWhenAReloadAsksForOne)
+TEST_F(SelfSigned, IsMadeWhenAReloadEnablesIt)
 {
     startWith("");
     configure("selfSignedGeneration yes\n");
     daemon.reload("web: self-signed certificate");
-    EXPECT_EQ(ask(ostrel::CommandPath), payload(paths.certPath(idInUse())));
+    EXPECT_EQ(ask(ostrel::CommandPath), payload(paths.certPath(activeId())));
 }
 
-TEST_F(SelfSigned, IsMadeWhenAReloadByACallAsksForOne)
+TEST_F(SelfSigned, IsMadeWhenACallReloadsAConfigurationThatEnablesIt)
 {
     startWith("");
     configure("selfSignedGeneration yes\n");
     web().reloadService();
-    EXPECT_TRUE(isOneInUse());
-    EXPECT_EQ(ask(ostrel::CommandPath), payload(paths.certPath(idInUse())));
+    EXPECT_TRUE(isOneActive());
+    EXPECT_EQ(ask(ostrel::CommandPath), payload(paths.certPath(activeId())));
 }
 
-TEST_F(SelfSigned, IsReplacedAtTheStartWhenItIsAboutToEnd)
+TEST_F(SelfSigned, IsReplacedAtTheStartWhenItIsAboutToExpire)
 {
     startWith("selfSignedGeneration yes\nselfSignedValidity 10\n");
-    const std::string id = idInUse();
+    const std::string id = activeId();
     const struct {
         const char* sentence;
         const char* settings;
@@ -124,39 +124,40 @@ TEST_F(SelfSigned, IsReplacedAtTheStartWhenItIsAboutToEnd)
     } rows[] = {
         {"more days are left than the offset",
          "selfSignedOnExpiration yes\nselfSignedValidity 20\nselfSignedValidityOffset 9\n", false},
-        {"nobody asked for it", "selfSignedValidity 20\nselfSignedValidityOffset 10\n", false},
+        {"replacement is not enabled", "selfSignedValidity 20\nselfSignedValidityOffset 10\n",
+         false},
         {"as many days are left as the offset",
          "selfSignedOnExpiration yes\nselfSignedValidity 20\nselfSignedValidityOffset 10\n", true},
-        {"the new one is not about to end",
+        {"the new one is not about to expire",
          "selfSignedOnExpiration yes\nselfSignedValidity 20\nselfSignedValidityOffset 10\n", true},
     };
     for (const auto& row : rows) {
         restartWith(row.settings);
-        EXPECT_EQ(idInUse() != id, row.isReplaced) << row.sentence;
+        EXPECT_EQ(activeId() != id, row.isReplaced) << row.sentence;
     }
-    const std::string replaced = idInUse();
+    const std::string replaced = activeId();
     EXPECT_EQ(numberOf("validUntil") - numberOf("validFrom"), 20 * secondsPerDay);
     daemon.restart();
-    EXPECT_EQ(idInUse(), replaced);
+    EXPECT_EQ(activeId(), replaced);
 }
 
-TEST_F(SelfSigned, IsReplacedWhenTheTimeChangedAndItIsAboutToEnd)
+TEST_F(SelfSigned, IsReplacedWhenTheTimeChangedAndItIsAboutToExpire)
 {
     startWith("selfSignedOnExpiration yes\nselfSignedValidity 20\nselfSignedValidityOffset 10\n");
     ask(ostrel::CommandCreateCrt, {"self", "10", "yes"});
-    const std::string id = idInUse();
+    const std::string id = activeId();
     changeTime();
-    EXPECT_NE(idInUse(), id);
+    EXPECT_NE(activeId(), id);
     EXPECT_EQ(numberOf("validUntil") - numberOf("validFrom"), 20 * secondsPerDay);
 }
 
-TEST_F(SelfSigned, StaysWhenTheTimeChangedAndItIsNotAboutToEnd)
+TEST_F(SelfSigned, StaysWhenTheTimeChangedAndItIsNotAboutToExpire)
 {
     startWith("selfSignedOnExpiration yes\nselfSignedValidity 20\nselfSignedValidityOffset 9\n");
     ask(ostrel::CommandCreateCrt, {"self", "10", "yes"});
-    const std::string id = idInUse();
+    const std::string id = activeId();
     changeTime();
-    EXPECT_EQ(idInUse(), id);
+    EXPECT_EQ(activeId(), id);
 }
 
 TEST_F(SelfSigned, IsReplacedByTheDailyCheck)
@@ -169,13 +170,13 @@ TEST_F(SelfSigned, IsReplacedByTheDailyCheck)
               std::to_string(soon % secondsPerDay) + '\n');
     web().reloadService();
     ask(ostrel::CommandCreateCrt, {"self", "10", "yes"});
-    const std::string id = idInUse();
+    const std::string id = activeId();
     awaitAnother(id);
     EXPECT_GE(numberOf("validFrom"), soon);
     EXPECT_EQ(numberOf("validUntil") - numberOf("validFrom"), 20 * secondsPerDay);
 }
 
-TEST_F(SelfSigned, LeavesACertificateOfAnAuthorityAlone)
+TEST_F(SelfSigned, DoesNotReplaceACertificateOfAnAuthority)
 {
     startWith("selfSignedGeneration yes\nselfSignedOnExpiration yes\n"
               "selfSignedValidity 30000\nselfSignedValidityOffset 29999\n"
@@ -183,9 +184,9 @@ TEST_F(SelfSigned, LeavesACertificateOfAnAuthorityAlone)
     const std::string id = applyNew();
     changeTime();
     changeNetwork();
-    EXPECT_EQ(idInUse(), id);
+    EXPECT_EQ(activeId(), id);
     daemon.restart();
-    EXPECT_EQ(idInUse(), id);
+    EXPECT_EQ(activeId(), id);
 }
 
 TEST_F(SelfSigned, IsNotMadeBeforeTheEarliestDate)
@@ -195,12 +196,13 @@ TEST_F(SelfSigned, IsNotMadeBeforeTheEarliestDate)
     support::writeText(path,
                        support::readText(path) + "minDateForGeneratingCert " + tomorrow + '\n');
     startWith("selfSignedGeneration yes\n");
-    EXPECT_FALSE(isOneInUse());
+    EXPECT_FALSE(isOneActive());
     EXPECT_THAT(daemon.log(), HasSubstr("the clock is before minDateForGeneratingCert"));
     EXPECT_EQ(ask(ostrel::CommandCreateCrt, {"self", "30", "yes"}), refusal(1));
-    // What an authority made is none of the daemon's making.
+    // The earliest date does not apply to a certificate that an authority
+    // issued.
     applyNew();
-    EXPECT_TRUE(isOneInUse());
+    EXPECT_TRUE(isOneActive());
 }
 
 TEST_F(SelfSigned, IsMadeByTheDailyCheckOnceTheEarliestDateIsReached)
@@ -215,34 +217,34 @@ TEST_F(SelfSigned, IsMadeByTheDailyCheckOnceTheEarliestDateIsReached)
     EXPECT_GE(numberOf("validFrom"), soon);
 }
 
-TEST_F(SelfSigned, FollowsTheAddressesOfTheDevice)
+TEST_F(SelfSigned, IsReplacedWhenTheAddressesOfTheDeviceChanged)
 {
     startWith("selfSignedGeneration yes\n");
-    const std::string id = idInUse();
+    const std::string id = activeId();
     changeNetwork();
     configure("selfSignedGeneration yes\nnetworkInterface.0 lo\nincludeIPv4.0 yes\n");
     web().reloadService();
-    EXPECT_EQ(idInUse(), id);
+    EXPECT_EQ(activeId(), id);
     changeNetwork();
-    EXPECT_NE(idInUse(), id);
+    EXPECT_NE(activeId(), id);
     EXPECT_EQ(web().getServerCertificateInfo("").at("IP.1"), "127.0.0.1");
-    const std::string withAddress = idInUse();
+    const std::string withAddress = activeId();
     changeNetwork();
-    EXPECT_EQ(idInUse(), withAddress);
+    EXPECT_EQ(activeId(), withAddress);
 }
 
-TEST_F(SelfSigned, IsNotMadeForADayThatNoCertificateCanName)
+TEST_F(SelfSigned, IsNotMadeWhenItsEndDateCannotBeEncoded)
 {
     for (const char* days : {"36501", "2932897", "4294967295"}) {
         startWith("selfSignedGeneration yes\nselfSignedValidity " + std::string(days) + '\n');
-        EXPECT_FALSE(isOneInUse()) << days;
+        EXPECT_FALSE(isOneActive()) << days;
         EXPECT_THAT(daemon.log(), HasSubstr("selfSignedValidity")) << days;
         EXPECT_EQ(daemon_case::askStatus("web"), payload("running")) << days;
         daemon.stop();
     }
 }
 
-TEST_F(SelfSigned, TellsOfAnEndThatIsFarAway)
+TEST_F(SelfSigned, ReportsAnEndDateFarInTheFuture)
 {
     daemon.start();
     for (const std::int64_t days : {1, 8400, 36500}) {

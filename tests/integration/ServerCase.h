@@ -1,6 +1,6 @@
 #pragma once
 
-// What the tests of a service's own certificate share.
+// Shared by the tests of a service's server certificate.
 
 #include "integration/DaemonCase.h"
 #include "support/TestCertificate.h"
@@ -20,7 +20,7 @@ namespace server_case
 using daemon_case::payload;
 using daemon_case::refusal;
 
-/// The key of an elliptic curve is made in no time.
+/// An elliptic-curve key, because it is fast to generate.
 inline const char curveRequest[] = "[ req ]\n"
                                    "ec_paramgen_curve = P-256\n"
                                    "distinguished_name = name\n"
@@ -28,13 +28,14 @@ inline const char curveRequest[] = "[ req ]\n"
                                    "[ name ]\n"
                                    "CN = web.example\n";
 
-/// One command for the server certificate of "web", in the words of ask().
+/// Sends one command for the server certificate of "web", like
+/// daemon_case::ask().
 inline std::string ask(ostrel::CommandType type, const std::vector<std::string>& arguments = {})
 {
     return daemon_case::ask("web", ostrel::TargetServer, type, arguments);
 }
 
-/// The permission bits of a file, or of a directory.
+/// The permission bits of a file or directory.
 inline mode_t modeOf(const std::string& path)
 {
     struct stat status {
@@ -42,7 +43,7 @@ inline mode_t modeOf(const std::string& path)
     return ::lstat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : 0;
 }
 
-/// Every file below a directory: its path and mode, and its text.
+/// Every file below a directory: path and mode, and text.
 inline std::map<std::string, std::string> treeOf(const std::string& directory)
 {
     std::map<std::string, std::string> tree;
@@ -54,13 +55,13 @@ inline std::map<std::string, std::string> treeOf(const std::string& directory)
     return tree;
 }
 
-/// A device whose service "web" has a certificate of its own, and no daemon yet.
+/// A device whose service "web" has a server certificate; no daemon runs yet.
 class WithServer : public daemon_case::WithDevice
 {
 protected:
     WithServer() { configure("", curveRequest); }
 
-    /// Gives "web" these lines more in its configuration, and this request
+    /// Adds these lines to the configuration of "web" and writes this request
     /// configuration.
     void configure(const std::string& settings, const std::string& request = curveRequest) const
     {
@@ -74,7 +75,7 @@ protected:
 
     static ostrelApi::OstrelService web() { return ostrelApi::OstrelService("web"); }
 
-    /// The file that the daemon is told to take a certificate from.
+    /// Writes the certificate file that a command names.
     std::string given(const std::string& text) const
     {
         const std::string path = pipeDirectory("web") + "/given.crt";
@@ -82,7 +83,8 @@ protected:
         return path;
     }
 
-    /// Has a request made and answered; the id of the certificate in use then.
+    /// Creates a request and applies a certificate for it; returns the new
+    /// active id.
     static std::string applyNew()
     {
         web().createServerCsr();

@@ -32,7 +32,7 @@ gid_t groupOf(const std::string& path)
     return ::stat(path.c_str(), &status) == 0 ? status.st_gid : static_cast<gid_t>(-1);
 }
 
-// Another group where there is one.
+// A second group, where the namespace has one.
 gid_t keyGroupId()
 {
     return support::Accounts::hasOtherIds() ? 4712 : 0;
@@ -65,7 +65,7 @@ protected:
     }
 };
 
-TEST_F(ServerKeys, AreTheDaemonsAloneWithoutAKeyGroup)
+TEST_F(ServerKeys, AreReadableOnlyToTheDaemonWithoutAKeyGroup)
 {
     startWith("");
     applyNew();
@@ -79,7 +79,7 @@ TEST_F(ServerKeys, AreTheDaemonsAloneWithoutAKeyGroup)
     EXPECT_EQ(modeOf(paths.certKeyPath(web().getServerActiveCertificateId())), 0600U);
 }
 
-TEST_F(ServerKeys, AreReadByTheKeyGroupToo)
+TEST_F(ServerKeys, AreReadableToTheKeyGroup)
 {
     startWith("keyGroup keys\n");
     const std::string path = paths.certKeyPath(applyNew());
@@ -91,7 +91,7 @@ TEST_F(ServerKeys, AreReadByTheKeyGroupToo)
               daemon_case::managersId());
 }
 
-TEST_F(ServerKeys, FollowAKeyGroupThatChanges)
+TEST_F(ServerKeys, FollowAChangeOfTheKeyGroup)
 {
     startWith("keyGroup keys\n");
     const std::string path = paths.certKeyPath(applyNew());
@@ -104,25 +104,26 @@ TEST_F(ServerKeys, FollowAKeyGroupThatChanges)
     EXPECT_EQ(groupOf(path), keyGroupId());
 }
 
-TEST_F(ServerKeys, LieInDirectoriesThatNobodyElseWrites)
+TEST_F(ServerKeys, AreInDirectoriesThatOnlyTheDaemonCanWrite)
 {
     startWith("keyGroup keys\n");
     applyNew();
-    // Others pass through where the key group is not the managers' group, too.
+    // Where the key group differs from the management group, other users may
+    // pass through.
     EXPECT_EQ(modeOf(device.storeDirectory() + "/web/server"),
               keyGroupId() == daemon_case::managersId() ? 0750U : 0751U);
     EXPECT_EQ(modeOf(paths.cachedDirectoryPath()), 0710U);
     EXPECT_EQ(modeOf(paths.tmpDirectoryPath()), 0710U);
 }
 
-TEST_F(ServerKeys, OfAKeyGroupThatDoesNotExistAreNotMade)
+TEST_F(ServerKeys, AreNotMadeWhenTheKeyGroupDoesNotExist)
 {
     startWith("keyGroup nobody-knows\n");
     EXPECT_THAT(daemon.log(), HasSubstr("the key group 'nobody-knows' does not exist"));
     EXPECT_EQ(ask(ostrel::CommandCreateCsr), server_case::refusal(11));
 }
 
-TEST_F(ServerKeys, OfAKeyGroupThatDoesNotExistChangeNothingOnAReload)
+TEST_F(ServerKeys, StayUnchangedOnAReloadWithAnUnknownKeyGroup)
 {
     startWith("");
     applyNew();
@@ -160,7 +161,7 @@ TEST_F(ServerKeys, AreNeverLogged)
     }
 }
 
-/// A kind of key, and the request configuration that asks for it.
+/// A kind of key, and the request configuration that selects it.
 struct Kind {
     const char* name;
     const char* request;
@@ -173,7 +174,7 @@ void PrintTo(const Kind& kind, std::ostream* out)
 
 const Kind kinds[] = {{"Rsa", rsaRequest}, {"Curve", server_case::curveRequest}};
 
-/// What OpenSSL's own tool says of what the daemon makes.
+/// Checks with OpenSSL's own tool what the daemon makes.
 class ServerKeysToOpenSsl : public ServerKeys, public testing::WithParamInterface<Kind>
 {
 protected:
@@ -187,7 +188,7 @@ protected:
     }
 };
 
-TEST_P(ServerKeysToOpenSsl, FitTheRequest)
+TEST_P(ServerKeysToOpenSsl, MatchTheRequest)
 {
     for (const bool isCompliant : {false, true}) {
         web().createServerCsr({isCompliant});
@@ -200,7 +201,7 @@ TEST_P(ServerKeysToOpenSsl, FitTheRequest)
     }
 }
 
-TEST_P(ServerKeysToOpenSsl, FitTheCertificateThatTheDaemonMakes)
+TEST_P(ServerKeysToOpenSsl, MatchTheCertificateThatTheDaemonMakes)
 {
     ask(ostrel::CommandCreateCrt, {"self", "30", "no"});
     const std::string id = web().getServerActiveCertificateId();
@@ -216,7 +217,7 @@ TEST_P(ServerKeysToOpenSsl, FitTheCertificateThatTheDaemonMakes)
                 HasSubstr("will expire"));
 }
 
-TEST_P(ServerKeysToOpenSsl, AreOneForEachRequest)
+TEST_P(ServerKeysToOpenSsl, DifferForEachRequest)
 {
     web().createServerCsr();
     const std::string first = readText(paths.csrKeyPath());

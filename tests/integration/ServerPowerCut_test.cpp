@@ -18,7 +18,8 @@ using support::readText;
 using support::writeText;
 using Paths = ostrel::InternalCertificatesAccessor;
 
-// Of the certificate in use, and of the pending request, all files or none.
+// What is wrong with the active certificate or the pending request; empty when
+// each is complete or missing.
 std::string inconsistencyOf(const Paths& paths)
 {
     ostrelApi::OstrelService web("web");
@@ -43,7 +44,7 @@ std::string inconsistencyOf(const Paths& paths)
                : "another key than the request's";
 }
 
-// The files of the store, by name.
+// The names of the files of the store.
 std::set<std::string> filesOf(const Paths& paths)
 {
     std::set<std::string> names;
@@ -65,12 +66,12 @@ std::set<std::string> filesOfSet(const std::string& id)
             "active.txt"};
 }
 
-/// What a power cut may have left, and whether the certificate in use before is
-/// in use after it.
+/// What a power cut may have left, and whether the active certificate stays
+/// active.
 struct Leftover {
     const char* sentence;
     void (*make)(const Paths& paths, const std::string& id);
-    bool isInUse;
+    bool isActive;
 };
 
 void PrintTo(const Leftover& row, std::ostream* out)
@@ -83,7 +84,7 @@ const Leftover leftovers[] = {
     {"a key without a certificate",
      [](const Paths& paths, const std::string&) { writeText(paths.certKeyPath("new"), "key"); },
      true},
-    {"a whole set that is not named",
+    {"a complete set that is not active",
      [](const Paths& paths, const std::string& id) {
          const std::string other = support::TestCertificate().pem();
          writeText(paths.certPath(support::fingerprintId(other)), other);
@@ -91,7 +92,7 @@ const Leftover leftovers[] = {
                    readText(paths.certKeyPath(id)));
      },
      true},
-    {"scratch files",
+    {"temporary files",
      [](const Paths& paths, const std::string&) {
          writeText(paths.cachedDirectoryPath() + "/.new", "half");
          writeText(paths.tmpDirectoryPath() + "/.new", "half");
@@ -118,7 +119,7 @@ const Leftover leftovers[] = {
          fs::remove(paths.csrPath());
      },
      true},
-    {"a request that is none",
+    {"a request that is not valid",
      [](const Paths& paths, const std::string&) {
          ostrelApi::OstrelService("web").createServerCsr();
          writeText(paths.csrPath(), "-----BEGIN CERTIFICATE REQUEST-----\n");
@@ -126,7 +127,7 @@ const Leftover leftovers[] = {
      true},
     {"an empty request",
      [](const Paths& paths, const std::string&) { writeText(paths.csrPath(), ""); }, true},
-    {"no name of the certificate in use",
+    {"no name of the active certificate",
      [](const Paths& paths, const std::string&) { fs::remove(paths.activePath()); }, false},
     {"an empty name",
      [](const Paths& paths, const std::string&) { writeText(paths.activePath(), ""); }, false},
@@ -135,7 +136,7 @@ const Leftover leftovers[] = {
          writeText(paths.activePath(), "0123456789abcdef\n");
      },
      false},
-    {"a path outside of the store",
+    {"a path outside the store",
      [](const Paths& paths, const std::string& id) {
          writeText(paths.certificateDirectoryPath() + "../x", readText(paths.certPath(id)));
          writeText(paths.activePath(), "../x\n");
@@ -148,7 +149,7 @@ const Leftover leftovers[] = {
          writeText(paths.activePath(), "foreign\n");
      },
      false},
-    {"a certificate that was cut",
+    {"a truncated certificate",
      [](const Paths& paths, const std::string& id) { fs::resize_file(paths.certPath(id), 100); },
      false},
     {"a certificate without its key",
@@ -169,20 +170,20 @@ class PowerCut : public server_case::WithServer, public testing::WithParamInterf
 {
 };
 
-TEST_P(PowerCut, LeavesAWholeSetInUseOrNone)
+TEST_P(PowerCut, LeavesACompleteSetActiveOrNoSet)
 {
     daemon.start();
     const std::string id = applyNew();
     GetParam().make(paths, id);
     daemon.restart();
-    EXPECT_EQ(filesOf(paths), GetParam().isInUse ? filesOfSet(id) : std::set<std::string>());
+    EXPECT_EQ(filesOf(paths), GetParam().isActive ? filesOfSet(id) : std::set<std::string>());
     EXPECT_EQ(inconsistencyOf(paths), "");
-    EXPECT_EQ(server_case::ask(ostrel::CommandPath), GetParam().isInUse
+    EXPECT_EQ(server_case::ask(ostrel::CommandPath), GetParam().isActive
                                                          ? server_case::payload(paths.certPath(id))
                                                          : server_case::refusal(20));
 }
 
-TEST_P(PowerCut, LeavesAServiceThatTakesANewCertificate)
+TEST_P(PowerCut, LeavesAServiceThatAcceptsANewCertificate)
 {
     daemon.start();
     GetParam().make(paths, applyNew());
@@ -202,8 +203,8 @@ INSTANTIATE_TEST_SUITE_P(That, PowerCut, testing::ValuesIn(leftovers), [](const 
     return name;
 });
 
-/// A client in a process of its own that has one request made and answered
-/// after the other; killed with the object.
+/// A client process that repeats a change without a pause. The destructor kills
+/// it.
 class EagerClient
 {
 public:
@@ -241,14 +242,14 @@ std::string requestNew()
 class Kill : public server_case::WithServer
 {
 protected:
-    /// Waits for so many changes of a directory, big and small.
+    /// Waits until a directory has changed `count` times.
     static void awaitChanges(const std::string& directory, int count)
     {
         support::awaitChange(directory, "changes", [&count] { return count-- == 0; });
     }
 };
 
-TEST_F(Kill, InAnyMomentOfAChangeLeavesAWholeSet)
+TEST_F(Kill, DuringAChangeOfTheCertificateLeavesACompleteSet)
 {
     daemon.start();
     const std::string first = applyNew();
@@ -265,7 +266,7 @@ TEST_F(Kill, InAnyMomentOfAChangeLeavesAWholeSet)
     EXPECT_NE(web().getServerActiveCertificateId(), first);
 }
 
-TEST_F(Kill, InAnyMomentOfANewRequestLeavesThatOneOrTheFormerOne)
+TEST_F(Kill, DuringANewRequestLeavesTheNewOneOrTheFormerOne)
 {
     daemon.start();
     requestNew();

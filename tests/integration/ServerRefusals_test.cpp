@@ -17,7 +17,7 @@ class ServerRefusals : public server_case::WithServer
 protected:
     ServerRefusals() { daemon.start(); }
 
-    /// Everything that the daemon keeps for all services.
+    /// Every file that the daemon stores for all services.
     std::map<std::string, std::string> everything() const
     {
         auto tree = server_case::treeOf(device.storeDirectory());
@@ -26,7 +26,7 @@ protected:
     }
 };
 
-TEST_F(ServerRefusals, MeetQuestionsWithoutACertificateInUse)
+TEST_F(ServerRefusals, CommandsNeedAnActiveCertificate)
 {
     const struct {
         ostrel::CommandType question;
@@ -51,7 +51,7 @@ TEST_F(ServerRefusals, MeetQuestionsWithoutACertificateInUse)
     EXPECT_EQ(everything(), before);
 }
 
-TEST_F(ServerRefusals, MeetQuestionsWithoutAPendingRequest)
+TEST_F(ServerRefusals, CommandsNeedAPendingRequest)
 {
     applyNew();
     const std::string file = given(TestCertificate().pem());
@@ -60,13 +60,13 @@ TEST_F(ServerRefusals, MeetQuestionsWithoutAPendingRequest)
     EXPECT_EQ(ask(ostrel::CommandGetCsrInfo), refusal(21));
     EXPECT_EQ(ask(ostrel::CommandApplyCrt, {file}), refusal(21));
     EXPECT_EQ(ask(ostrel::CommandApplyCrt, {file + "x"}), refusal(21));
-    // No time stands for no request, as in the library.
+    // As in the library, the time 0 stands for no request.
     EXPECT_EQ(ask(ostrel::CommandGetCsrTimestamp), payload("0"));
     EXPECT_EQ(web().getServerCsrTimestamp(), 0);
     EXPECT_EQ(everything(), before);
 }
 
-TEST_F(ServerRefusals, MeetWhatNeedsAKeyThatIsGone)
+TEST_F(ServerRefusals, CommandsNeedTheirPrivateKey)
 {
     const std::string id = applyNew();
     web().createServerCsr();
@@ -79,7 +79,7 @@ TEST_F(ServerRefusals, MeetWhatNeedsAKeyThatIsGone)
     EXPECT_EQ(everything(), before);
 }
 
-TEST_F(ServerRefusals, OfACertificateChangeNothing)
+TEST_F(ServerRefusals, RefusedCertificateChangesNothing)
 {
     web().createServerCsr();
     const std::string former = certificateFor(web().getServerCsr());
@@ -96,10 +96,10 @@ TEST_F(ServerRefusals, OfACertificateChangeNothing)
         {"half a certificate", good.substr(0, good.size() / 2), 9},
         {"the request itself", web().getServerCsr(), 9},
         {"a private key", support::readText(paths.csrKeyPath()), 9},
-        {"one for another key", TestCertificate().pem(), 26},
-        {"one for a request that was replaced", former, 26},
-        {"the one in use", web().getServerCertificate(""), 26},
-        {"a good one behind another one", TestCertificate().pem() + good, 26},
+        {"a certificate for another key", TestCertificate().pem(), 26},
+        {"a certificate for a replaced request", former, 26},
+        {"the active certificate", web().getServerCertificate(""), 26},
+        {"a good certificate after another one", TestCertificate().pem() + good, 26},
     };
     for (const auto& row : rows) {
         const std::string file = given(row.text);
@@ -110,7 +110,7 @@ TEST_F(ServerRefusals, OfACertificateChangeNothing)
     EXPECT_EQ(ask(ostrel::CommandApplyCrt, {given(good)}), payload(support::fingerprintId(good)));
 }
 
-TEST_F(ServerRefusals, OfAFileThatIsNotTheServicesChangeNothing)
+TEST_F(ServerRefusals, RefusedForeignFileChangesNothing)
 {
     web().createServerCsr();
     const std::string good = certificateFor(web().getServerCsr());
@@ -126,7 +126,7 @@ TEST_F(ServerRefusals, OfAFileThatIsNotTheServicesChangeNothing)
     EXPECT_EQ(everything(), before);
 }
 
-TEST_F(ServerRefusals, ReachAnApplicationAsTheLibrarySays)
+TEST_F(ServerRefusals, ApplicationGetsTheReturnCodesOfTheLibrary)
 {
     EXPECT_EQ(ask(ostrel::CommandApplyCrt, {given("")}), refusal(21));
     const auto failure = [](const auto& work) {
@@ -148,7 +148,7 @@ TEST_F(ServerRefusals, ReachAnApplicationAsTheLibrarySays)
     EXPECT_EQ(failure([] { web().revokeServerCertificate(""); }), refusal(20));
 }
 
-TEST_F(ServerRefusals, OfACertificateOfTheDaemonsMakingChangeNothing)
+TEST_F(ServerRefusals, RefusedSelfSignedCertificateChangesNothing)
 {
     applyNew();
     const struct {
@@ -157,16 +157,16 @@ TEST_F(ServerRefusals, OfACertificateOfTheDaemonsMakingChangeNothing)
         int returnCode;
     } rows[] = {
         {"another signer", {"ca", "30", "yes"}, 4},
-        {"no days", {"self", "0", "yes"}, 4},
-        {"fewer days than none", {"self", "-1", "yes"}, 4},
-        {"days that are no number", {"self", "ten", "yes"}, 4},
-        {"days and more", {"self", "10 ", "yes"}, 4},
+        {"zero days", {"self", "0", "yes"}, 4},
+        {"a negative number of days", {"self", "-1", "yes"}, 4},
+        {"days that are not a number", {"self", "ten", "yes"}, 4},
+        {"days with trailing text", {"self", "10 ", "yes"}, 4},
         {"days beyond a hundred years", {"self", "36501", "yes"}, 4},
-        {"more days than a number holds", {"self", "99999999999999999999", "yes"}, 4},
+        {"more days than an integer holds", {"self", "99999999999999999999", "yes"}, 4},
         {"neither yes nor no", {"self", "30", "YES"}, 4},
         {"too few arguments", {"self", "30"}, 4},
         {"too many arguments", {"self", "30", "yes", "no"}, 4},
-        {"one is in use", {"self", "30", "no"}, 1},
+        {"a certificate is active", {"self", "30", "no"}, 1},
     };
     const auto before = everything();
     for (const auto& row : rows) {
@@ -176,7 +176,7 @@ TEST_F(ServerRefusals, OfACertificateOfTheDaemonsMakingChangeNothing)
     EXPECT_EQ(everything(), before);
 }
 
-TEST_F(ServerRefusals, MeetAStoreThatTheServiceDoesNotHave)
+TEST_F(ServerRefusals, CommandsRefuseAStoreThatTheServiceLacks)
 {
     const ostrel::CommandType commands[] = {
         ostrel::CommandCreateCsr, ostrel::CommandGetCsr,      ostrel::CommandGetCsrInfo,

@@ -22,8 +22,8 @@ const char plainRequest[] = "[ req ]\n"
 class ServerRequest : public server_case::WithServer
 {
 protected:
-    /// The request that the service makes with these settings and this
-    /// request configuration.
+    /// The request that the service makes with these settings and this request
+    /// configuration.
     ostrl::CCSRData madeWith(const std::string& settings, const std::string& request)
     {
         startWith(settings, request);
@@ -37,7 +37,7 @@ protected:
         daemon.start();
     }
 
-    /// Gives the service a hook that is this script.
+    /// Starts the service with this script as its hook.
     void startWithHook(const std::string& script)
     {
         support::writeText("/etc/ostrel/scripts/hook", "#!/bin/sh\n" + script);
@@ -84,7 +84,7 @@ TEST_F(ServerRequest, HasAKeyOnTheConfiguredCurve)
     EXPECT_EQ(data.signatureAlgorithmType, "ecdsa-with-SHA256");
 }
 
-TEST_F(ServerRequest, TakesFromTheDefaultNameWhatTheConfigurationLeavesOut)
+TEST_F(ServerRequest, TakesMissingNameFieldsFromTheDefaultName)
 {
     const auto subject = madeWith("", "[ req ]\n"
                                       "ec_paramgen_curve = P-256\n"
@@ -106,7 +106,7 @@ TEST_F(ServerRequest, TakesFromTheDefaultNameWhatTheConfigurationLeavesOut)
     EXPECT_EQ(subject.emailAddr, Default::DEFAULT_EMAIL_ADDR);
 }
 
-TEST_F(ServerRequest, TakesTheDefaultsOfPromptsForAnswers)
+TEST_F(ServerRequest, AnswersPromptsWithTheirDefaults)
 {
     const auto subject = madeWith("", "[ req ]\n"
                                       "ec_paramgen_curve = P-256\n"
@@ -161,11 +161,10 @@ TEST_F(ServerRequest, CarriesTheAddressesOfTheConfiguredInterfaces)
     } rows[] = {
         {"IPv4", lo + "includeIPv4.0 yes\n", server_case::curveRequest, "IP Address:127.0.0.1"},
         {"no address", lo, server_case::curveRequest, ""},
-        {"no address that it gave to itself", lo + "includeIPv4Auto.0 yes\n",
+        {"no self-assigned address", lo + "includeIPv4Auto.0 yes\n", server_case::curveRequest, ""},
+        {"an unknown interface", "networkInterface.0 none\nincludeIPv4.0 yes\n",
          server_case::curveRequest, ""},
-        {"no such interface", "networkInterface.0 none\nincludeIPv4.0 yes\n",
-         server_case::curveRequest, ""},
-        {"beside the configured names", lo + "includeIPv4.0 yes\n", withName,
+        {"in addition to the configured names", lo + "includeIPv4.0 yes\n", withName,
          "critical, DNS:a.example, IP Address:127.0.0.1"},
     };
     for (const auto& row : rows) {
@@ -187,7 +186,7 @@ TEST_F(ServerRequest, CarriesTheDevicesFullName)
               std::string("DNS:") + name + ".example.com");
 }
 
-TEST_F(ServerRequest, FollowsWhatTheHookPrints)
+TEST_F(ServerRequest, UsesTheConfigurationThatTheHookPrints)
 {
     startWithHook("echo '[ req ]'\n"
                   "echo 'ec_paramgen_curve = P-256'\n"
@@ -209,7 +208,7 @@ TEST_F(ServerRequest, IsNotMadeWhenTheHookFails)
         {"it fails", "echo '[ req ]'; exit 1\n", 14},
         {"it is killed", "kill -9 $$\n", 14},
         {"it prints too much", "yes '# too chatty'\n", 14},
-        {"it prints what is no configuration", "echo '[ req'\n", 25},
+        {"it prints an invalid configuration", "echo '[ req'\n", 25},
         {"it prints a key that is too short", "echo '[ req ]'; echo 'default_bits = 512'\n", 25},
     };
     for (const auto& row : rows) {
@@ -220,7 +219,7 @@ TEST_F(ServerRequest, IsNotMadeWhenTheHookFails)
     }
 }
 
-TEST_F(ServerRequest, IsNotMadeWhenThereIsNoHook)
+TEST_F(ServerRequest, IsNotMadeWhenTheHookIsMissing)
 {
     startWith("cnfHookFile missing\n", plainRequest);
     EXPECT_EQ(ask(ostrel::CommandCreateCsr), refusal(14));
@@ -233,10 +232,10 @@ TEST_F(ServerRequest, IsNotMadeWhenTheHookTakesTooLong)
     EXPECT_THAT(daemon.log(), HasSubstr("/etc/ostrel/scripts/hook takes too long"));
 }
 
-TEST_F(ServerRequest, IsNotMadeOfABadConfiguration)
+TEST_F(ServerRequest, IsNotMadeFromABadConfiguration)
 {
     const std::string req = "[ req ]\n";
-    // Where the key is good: one of a kind that is made in no time.
+    // Rows whose key is good use a curve, because its key is fast to generate.
     const std::string curve = req + "ec_paramgen_curve = P-256\n";
     const std::string named = curve + "distinguished_name = name\nprompt = no\n[ name ]\n";
     const struct {
@@ -244,22 +243,22 @@ TEST_F(ServerRequest, IsNotMadeOfABadConfiguration)
         std::string text;
     } rows[] = {
         {"a key too short", req + "default_bits = 512\n"},
-        {"one bit less than is enough", req + "default_bits = 2047\n"},
+        {"a key one bit too short", req + "default_bits = 2047\n"},
         {"a key too long", req + "default_bits = 8193\n"},
-        {"bits that are no number", req + "default_bits = many\n"},
-        {"bits and more", req + "default_bits = 2048 bits\n"},
-        {"fewer bits than none", req + "default_bits = -2048\n"},
+        {"bits that are not a number", req + "default_bits = many\n"},
+        {"bits with trailing text", req + "default_bits = 2048 bits\n"},
+        {"a negative number of bits", req + "default_bits = -2048\n"},
         {"another curve", req + "ec_paramgen_curve = P-384\n"},
         {"a section without its end", "[ req\n"},
-        {"a line that is no setting", req + "distinguished_name\n"},
-        {"bytes that are no text", std::string("\x7f"
-                                               "ELF\0\0",
-                                               6)},
-        {"a name's section that is missing", curve + "distinguished_name = missing\n"},
+        {"a line that is not a setting", req + "distinguished_name\n"},
+        {"bytes that are not text", std::string("\x7f"
+                                                "ELF\0\0",
+                                                6)},
+        {"a missing section for the name", curve + "distinguished_name = missing\n"},
         {"an unknown attribute", named + "colour = blue\n"},
         {"a country of three letters", named + "C = FRA\n"},
         {"a common name that is too long", named + "CN = " + std::string(65, 'x') + '\n'},
-        {"an extensions' section that is missing", curve + "req_extensions = missing\n"},
+        {"a missing section for the extensions", curve + "req_extensions = missing\n"},
         {"an unknown extension", curve + "req_extensions = wanted\n[ wanted ]\ncolour = blue\n"},
         {"a bad extension", curve + "req_extensions = wanted\n[ wanted ]\nkeyUsage = reading\n"},
     };

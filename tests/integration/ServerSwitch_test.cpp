@@ -13,7 +13,7 @@ struct Look {
     std::string key;
 };
 
-// Certificate and key of the id that is in use, as an application reads them.
+// Certificate and key of the active id, as an application reads them.
 Look look()
 {
     ostrelApi::OstrelService web("web");
@@ -35,7 +35,7 @@ std::string faultOf(const Look& seen)
 class ServerSwitch : public server_case::WithServer
 {
 protected:
-    /// Looks again and again until `isEnough`: the first fault that it saw.
+    /// Looks repeatedly until `isEnough`; returns the first fault that it saw.
     static std::string watch(const std::atomic<bool>& isEnough, int& looks)
     {
         for (; !isEnough; ++looks) {
@@ -47,8 +47,8 @@ protected:
         return "";
     }
 
-    // A set stays until the change after the next: only a reader that two
-    // changes overtook may find it gone.
+    // A change removes the set before the last one, so only a reader that two
+    // changes overtook may find its set gone.
     static std::string faultOfOneLook()
     {
         const std::string before = web().getServerActiveCertificateId();
@@ -61,7 +61,7 @@ protected:
     }
 };
 
-TEST_F(ServerSwitch, ShowsEveryReaderTheOldSetOrTheNewOne)
+TEST_F(ServerSwitch, ShowsEachReaderTheOldSetOrTheNewOne)
 {
     daemon.start();
     applyNew();
@@ -78,7 +78,7 @@ TEST_F(ServerSwitch, ShowsEveryReaderTheOldSetOrTheNewOne)
     EXPECT_GT(looks, 50);
 }
 
-TEST_F(ServerSwitch, LeavesAReaderTheSetWhoseNameItHasTaken)
+TEST_F(ServerSwitch, KeepsTheFormerSetForOneMoreChange)
 {
     daemon.start();
     const std::string id = applyNew();
@@ -90,7 +90,7 @@ TEST_F(ServerSwitch, LeavesAReaderTheSetWhoseNameItHasTaken)
     EXPECT_FALSE(std::filesystem::exists(paths.certKeyPath(id)));
 }
 
-TEST_F(ServerSwitch, StandsWhereTheOldestSetCannotBeRemoved)
+TEST_F(ServerSwitch, SucceedsWhenTheOldestSetCannotBeRemoved)
 {
     daemon.start();
     const std::string oldest = paths.certNetworkPath(applyNew());

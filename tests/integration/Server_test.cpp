@@ -42,7 +42,7 @@ protected:
     }
 };
 
-TEST_F(Server, TellsOfTheRequestThatIsPending)
+TEST_F(Server, ReturnsThePendingRequestAndItsDetails)
 {
     const std::time_t before = std::time(nullptr);
     EXPECT_EQ(ask(ostrel::CommandCreateCsr), payload(""));
@@ -56,7 +56,7 @@ TEST_F(Server, TellsOfTheRequestThatIsPending)
     EXPECT_THAT(ask(ostrel::CommandGetCsrInfo), HasSubstr("CN=web.example"));
 }
 
-TEST_F(Server, PutsTheAnswerToTheRequestInUse)
+TEST_F(Server, ActivatesTheCertificateForTheRequest)
 {
     web().createServerCsr();
     const std::string pem = support::certificateFor(web().getServerCsr());
@@ -69,7 +69,7 @@ TEST_F(Server, PutsTheAnswerToTheRequestInUse)
     EXPECT_FALSE(std::filesystem::exists(paths.csrKeyPath()));
 }
 
-TEST_F(Server, AnswersWhatIsAskedOfTheCertificateInUse)
+TEST_F(Server, ReturnsEveryDetailOfTheActiveCertificate)
 {
     const std::string id = applyNew();
     const struct {
@@ -78,7 +78,7 @@ TEST_F(Server, AnswersWhatIsAskedOfTheCertificateInUse)
         std::string answer;
     } rows[] = {
         {"its path", ostrel::CommandPath, web().getServerCertificatePath("")},
-        {"itself", ostrel::CommandGetCert, readText(paths.certPath(id))},
+        {"its text", ostrel::CommandGetCert, readText(paths.certPath(id))},
         {"its key", ostrel::CommandGetKey, readText(paths.certKeyPath(id))},
         {"its full text", ostrel::CommandDetails, readText(paths.certDetailsPath(id))},
         {"its summary", ostrel::CommandInfo, infoText(id)},
@@ -97,7 +97,7 @@ TEST_F(Server, AnswersWhatIsAskedOfTheCertificateInUse)
     EXPECT_EQ(web().getServerCertificateList(), std::vector<std::string>{id});
 }
 
-TEST_F(Server, AskedForACompliantRequestMakesOne)
+TEST_F(Server, MakesACompliantRequest)
 {
     web().createServerCsr({false});
     EXPECT_TRUE(web().getCsrInfo().v3Extensions.empty());
@@ -115,7 +115,7 @@ TEST_F(Server, AskedForACompliantRequestMakesOne)
     EXPECT_EQ(ask(ostrel::CommandCreateCsr, {"CB-CA_compliant"}), refusal(4));
 }
 
-TEST_F(Server, RevokesTheCertificateInUseWhateverTheIdSays)
+TEST_F(Server, RevokesTheActiveCertificateForAnyId)
 {
     applyNew();
     const std::string id = applyNew();
@@ -128,7 +128,7 @@ TEST_F(Server, RevokesTheCertificateInUseWhateverTheIdSays)
     EXPECT_NE(applyNew(), id);
 }
 
-TEST_F(Server, KeepsItsCertificateThroughAReload)
+TEST_F(Server, KeepsItsCertificateAndRequestOnAReload)
 {
     const std::string id = applyNew();
     web().createServerCsr();
@@ -142,7 +142,7 @@ TEST_F(Server, KeepsItsCertificateThroughAReload)
     EXPECT_NE(web().getServerActiveCertificateId(), id);
 }
 
-TEST_F(Server, MakesACertificateOfItsOwnWhenAsked)
+TEST_F(Server, MakesASelfSignedCertificate)
 {
     const std::string id = ask(ostrel::CommandCreateCrt, {"self", "30", "no"});
     EXPECT_EQ(id, payload(web().getServerActiveCertificateId()));
@@ -153,7 +153,7 @@ TEST_F(Server, MakesACertificateOfItsOwnWhenAsked)
     EXPECT_NE(payload(web().getServerActiveCertificateId()), id);
 }
 
-TEST_F(Server, KeepsOverridesOfTheCertificateInUse)
+TEST_F(Server, StoresOverridesOfTheActiveCertificate)
 {
     const std::string id = applyNew();
     EXPECT_EQ(ask(ostrel::CommandSetOverwrittenData, {"alias", "In the lobby"}), payload(""));
@@ -167,7 +167,7 @@ TEST_F(Server, KeepsOverridesOfTheCertificateInUse)
     EXPECT_EQ(server_case::modeOf(paths.certOverwrittenDataPath(id)), 0660U);
 }
 
-/// What an application of the managment group does, in a process of its own.
+/// Does an application's work in a child process with the management group.
 int asManager(void (*work)())
 {
     const pid_t child = ::fork();
@@ -188,7 +188,7 @@ int asManager(void (*work)())
     return support::awaitEnd(child);
 }
 
-TEST_F(Server, LetsItsManagersWriteOverridesThemselves)
+TEST_F(Server, LetsTheManagementGroupWriteTheOverridesFile)
 {
     const std::string path = paths.certOverwrittenDataPath(applyNew());
     EXPECT_EQ(server_case::modeOf(path), 0660U);
@@ -203,7 +203,7 @@ TEST_F(Server, LetsItsManagersWriteOverridesThemselves)
     EXPECT_EQ(ask(ostrel::CommandGetOverwrittenData), payload("alias Lobby\n"));
 }
 
-TEST_F(Server, IsToldOfNotifications)
+TEST_F(Server, LogsEachNotification)
 {
     const struct {
         const char* line;
@@ -221,7 +221,7 @@ TEST_F(Server, IsToldOfNotifications)
     }
 }
 
-TEST_F(Server, TellsTheSameTimeOfARequestAfterAReloadAndAStart)
+TEST_F(Server, KeepsTheTimeOfARequestOnAReloadAndARestart)
 {
     web().createServerCsr();
     const auto changed = [&] {
@@ -237,7 +237,7 @@ TEST_F(Server, TellsTheSameTimeOfARequestAfterAReloadAndAStart)
     EXPECT_EQ(changed(), made);
 }
 
-TEST_F(Server, LogsManyNotificationsOfAKindAsOneLine)
+TEST_F(Server, LogsEqualNotificationsInOneLine)
 {
     const std::string path = device.pipesDirectory() + "/notification.signal";
     const support::RunningDaemon::LogMark mark(daemon);

@@ -19,7 +19,7 @@ const char hook[] = "#!/bin/sh\n"
                     "read line <\"$OSTREL_SANDBOX/go.$1\"\n"
                     "cat /etc/ostrel/web.cnf\n";
 
-/// Services whose hook does not end before it is let go.
+/// Services whose hook waits until the test releases it.
 class ServiceThreads : public server_case::WithServer
 {
 protected:
@@ -50,7 +50,7 @@ protected:
     const std::string m_go = support::boxDirectory() + "/go.";
 };
 
-TEST_F(ServiceThreads, ComeUpIndependently)
+TEST_F(ServiceThreads, StartIndependently)
 {
     const char settings[] = "cnfHookFile hook\nselfSignedGeneration yes\n";
     configure(settings);
@@ -69,7 +69,7 @@ TEST_F(ServiceThreads, ComeUpIndependently)
     EXPECT_NE(web().getServerActiveCertificateId(), "");
 }
 
-TEST_F(ServiceThreads, ThatAreBusyDelayNoReload)
+TEST_F(ServiceThreads, ThatAreBusyDoNotDelayAReload)
 {
     configure("cnfHookFile hook\n");
     const std::string configuration = support::readText("/etc/ostrel/services/web.conf");
@@ -91,7 +91,7 @@ TEST_F(ServiceThreads, ThatAreBusyDelayNoReload)
     EXPECT_EQ(askStatus("web"), payload("running"));
 }
 
-TEST_F(ServiceThreads, GiveTheirHooksNoDescriptorOfTheDaemon)
+TEST_F(ServiceThreads, PassNoDescriptorOfTheDaemonToTheirHooks)
 {
     support::writeText("/etc/ostrel/scripts/hook", "#!/bin/sh\n"
                                                    "ls -l /proc/$$/fd >\"$OSTREL_SANDBOX/hooked\"\n"

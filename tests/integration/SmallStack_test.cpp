@@ -33,7 +33,7 @@ Outcome outcomeOf(const std::function<void()>& work)
     return {thrown, used};
 }
 
-/// In a process of its own, so that an overflow is told with its row.
+/// Runs in a child process, so that an overflow fails one row only.
 Outcome outcomeInChild(const std::function<void()>& work)
 {
     const std::string text = inChild([&] {
@@ -56,8 +56,8 @@ protected:
         daemon.start();
     }
 
-    /// Gives each operation something to work on: a certificate in every store,
-    /// and a request that is pending.
+    /// Prepares what the operations need: a certificate in every store, and a
+    /// pending request.
     void stock() const
     {
         ostrelApi::OstrelService service = web();
@@ -135,13 +135,14 @@ TEST_F(SmallStack, IsEnoughForEveryOperation)
     std::cout << "most stack: " << deepest.used << " bytes, by " << deepest.thrown << '\n';
 }
 
-// The daemon's configuration is read by the first call of a process.
+// The first call of a process also reads the daemon configuration.
 TEST_F(SmallStack, IsEnoughForTheFirstCallOfAProcess)
 {
     EXPECT_EQ(outcomeOf([] { web().isServiceRunning(); }).thrown, "nothing");
 }
 
-// Each call needs the one before, so that no compiler makes a loop of them.
+// Each call needs the result of the previous one, so the compiler cannot turn
+// the recursion into a loop.
 int fillStack(int count, const volatile char* above)
 {
     volatile char filling[1024] = {};
@@ -155,7 +156,7 @@ int fillStack(int count)
     return fillStack(count, &top);
 }
 
-TEST(SmallStackItself, EndsTheProcessThatNeedsMore)
+TEST(SmallStackItself, EndsAProcessThatNeedsMore)
 {
 #ifdef __SANITIZE_THREAD__
     GTEST_SKIP() << "the thread sanitizer needs a larger stack for itself";

@@ -24,7 +24,7 @@ public:
 
     std::vector<std::string> ids() const { return ostrel::CertificateIdList(listPath()).toArray(); }
 
-    /// What of a listed certificate does not hold; nothing when all is well.
+    /// What is wrong with a listed certificate; empty when nothing is.
     std::string faultOf(const std::string& id) const
     {
         try {
@@ -44,7 +44,8 @@ public:
         }
     }
 
-    /// The same for all of them; and any file that belongs to none.
+    /// What is wrong with the whole store, including files that belong to no
+    /// listed certificate; empty when nothing is.
     std::string fault() const
     {
         std::set<std::string> certificates = {".cacheddata"};
