@@ -25,8 +25,8 @@ std::string octal(mode_t mode)
 
 } // namespace
 
-// In the place of the C library's, for the order of things and for groups that
-// the machine does not have.
+// Replace the C library's functions, to record the order of the calls and to
+// accept groups that the machine does not have.
 extern "C" int fchown(int /*descriptor*/, uid_t /*owner*/, gid_t group)
 {
     calls.push_back("group " + std::to_string(group));
@@ -46,7 +46,7 @@ const gid_t own = ::getegid();
 const gid_t other = own + 1;
 const std::string toOther = "group " + std::to_string(other);
 
-TEST(Access, IsNeverWiderThanBeforeAndAfterWhileTheGroupChanges)
+TEST(Access, IsNeverWiderThanBeforeOrAfterAChangeOfTheGroup)
 {
     using Calls = std::vector<std::string>;
     const struct {
@@ -58,10 +58,10 @@ TEST(Access, IsNeverWiderThanBeforeAndAfterWhileTheGroupChanges)
         {"nothing", 0640, {own, 0640}, {}},
         {"a mode", 0640, {own, 0600}, {"mode 600"}},
         {"a group", 0640, {other, 0640}, {toOther}},
-        {"a group that loses", 0640, {other, 0600}, {"mode 600", toOther}},
-        {"a group that gains", 0600, {other, 0640}, {toOther, "mode 640"}},
-        {"a group of other rights", 0640, {other, 0620}, {"mode 600", toOther, "mode 620"}},
-        {"a group that was without the sticky bit", 0730, {other, 01730}, {"mode 1730", toOther}},
+        {"a group with fewer rights", 0640, {other, 0600}, {"mode 600", toOther}},
+        {"a group with more rights", 0600, {other, 0640}, {toOther, "mode 640"}},
+        {"a group with different rights", 0640, {other, 0620}, {"mode 600", toOther, "mode 620"}},
+        {"a group whose sticky bit was missing", 0730, {other, 01730}, {"mode 1730", toOther}},
         {"rights that somebody gave", 0777, {other, 0710}, {"mode 710", toOther}},
     };
     const support::TemporaryDirectory directory;

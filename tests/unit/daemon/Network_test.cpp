@@ -23,7 +23,7 @@ std::string plainName()
     return name;
 }
 
-/// A device whose resolver does not answer, and whose addresses nobody tells.
+/// A device whose resolver does not answer and whose addresses cannot be read.
 class Network : public testing::Test
 {
 protected:
@@ -43,7 +43,7 @@ protected:
     const support::Device device;
 };
 
-TEST_F(Network, ThatCannotTellTheNameOfTheDeviceLeavesItAsItWas)
+TEST_F(Network, FailureLeavesTheNameOfTheDeviceUnchanged)
 {
     const ostrel::ServiceConfiguration service("web");
     EXPECT_EQ(alternativeNames(service), Names{"DNS:" + plainName()});
@@ -51,7 +51,7 @@ TEST_F(Network, ThatCannotTellTheNameOfTheDeviceLeavesItAsItWas)
     EXPECT_EQ(alternativeNames(service, "IP:192.0.2.1\n"), Names{"DNS:" + plainName()});
 }
 
-TEST_F(Network, ThatCannotTellTheAddressesIsNotTakenForOneWithoutAny)
+TEST_F(Network, FailureIsNotTreatedAsADeviceWithoutAddresses)
 {
     const ostrel::ServiceConfiguration service("lo");
     EXPECT_THROW(alternativeNames(service), std::runtime_error);

@@ -29,7 +29,7 @@ protected:
     const std::string path = directory / "web.out";
 };
 
-TEST_F(PipeFiles, AreRemovedWhateverTheyAre)
+TEST_F(PipeFiles, AreRemovedWhenTheyHaveAnyFileType)
 {
     const std::string other = elsewhere / "file";
     support::writeText(other, "text");
@@ -42,11 +42,11 @@ TEST_F(PipeFiles, AreRemovedWhateverTheyAre)
          [](const std::string& name, const std::string&) { support::writeText(name, ""); }},
         {"a FIFO",
          [](const std::string& name, const std::string&) { ::mkfifo(name.c_str(), 0600); }},
-        {"a link", [](const std::string& name,
-                      const std::string& target) { fs::create_symlink(target, name); }},
+        {"a symbolic link", [](const std::string& name,
+                               const std::string& target) { fs::create_symlink(target, name); }},
         {"a directory",
          [](const std::string& name, const std::string&) { fs::create_directory(name); }},
-        {"a full directory with a link to another one",
+        {"a directory with files and a link to another directory",
          [](const std::string& name, const std::string& target) {
              support::writeText(name + "/sub/file", "text");
              fs::create_symlink(fs::path(target).parent_path(), name + "/sub/link");
@@ -60,7 +60,7 @@ TEST_F(PipeFiles, AreRemovedWhateverTheyAre)
     }
 }
 
-TEST_F(PipeFiles, ThatCannotBeRemovedAreToldOf)
+TEST_F(PipeFiles, ThatCannotBeRemovedAreLogged)
 {
     const support::CapturedErrors errors;
     EXPECT_FALSE(ostreld::freeName("/proc/self"));

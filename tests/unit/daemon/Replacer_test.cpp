@@ -27,7 +27,7 @@ using testing::IsEmpty;
 
 constexpr mode_t mode = 0640;
 
-// What was synced, and what the file under test held at that moment.
+// A synced path, and what the file under test held at that moment.
 struct Sync {
     std::string path;
     std::string text;
@@ -49,7 +49,8 @@ std::string failingPath;
 
 } // namespace
 
-// In the place of the C library's, for a disk that fails and for the order of things.
+// Replaces the C library's function, to record the order of the calls and to simulate a disk that
+// fails.
 extern "C" int fsync(int descriptor)
 {
     const std::string path = fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor));
@@ -83,13 +84,13 @@ protected:
 
 using LastingReplacement = Replacement;
 
-TEST_F(LastingReplacement, IsOnTheDiskBeforeItHasTheNameAndItsNameBeforeItIsDone)
+TEST_F(LastingReplacement, SyncsTheTextBeforeTheRenameAndTheNameAfterIt)
 {
     replacer(Durability::Lasting).replace(m_file, "new", mode);
     EXPECT_THAT(syncs, ElementsAre(Sync{m_scratch, "old"}, Sync{m_directory.path(), "new"}));
 }
 
-TEST_F(LastingReplacement, LeavesTheOldTextWhereTheDiskFailsBeforeTheNewOneIsSeen)
+TEST_F(LastingReplacement, KeepsTheOldTextWhenTheDiskFailsBeforeTheRename)
 {
     failingPath = m_scratch;
     EXPECT_THAT(
@@ -98,7 +99,7 @@ TEST_F(LastingReplacement, LeavesTheOldTextWhereTheDiskFailsBeforeTheNewOneIsSee
     EXPECT_EQ(readText(m_file), "old");
 }
 
-TEST_F(LastingReplacement, StandsAndIsLoggedWhereTheDiskFailsAfterTheNewTextIsSeen)
+TEST_F(LastingReplacement, KeepsTheNewTextAndLogsWhenTheDiskFailsAfterTheRename)
 {
     failingPath = m_directory.path();
     const support::CapturedErrors log;
@@ -107,7 +108,7 @@ TEST_F(LastingReplacement, StandsAndIsLoggedWhereTheDiskFailsAfterTheNewTextIsSe
     EXPECT_THAT(log.text(), HasSubstr(m_file.string() + ": changed, but a power cut may undo"));
 }
 
-TEST_F(LastingReplacement, OfAFileInAMissingDirectoryLeavesNothing)
+TEST_F(LastingReplacement, LeavesNothingInAMissingDirectory)
 {
     const std::string path = m_directory.path() + "/missing/file";
     EXPECT_THAT(support::thrownBy([&] { replacer(Durability::Lasting).replace(path, "", mode); }),
@@ -116,13 +117,13 @@ TEST_F(LastingReplacement, OfAFileInAMissingDirectoryLeavesNothing)
     EXPECT_FALSE(fs::exists(m_scratch));
 }
 
-TEST_F(LastingReplacement, IsUndoneLastinglyByARemoval)
+TEST_F(LastingReplacement, SyncsTheDirectoryAfterARemoval)
 {
     replacer(Durability::Lasting).remove(m_file);
     EXPECT_THAT(syncs, ElementsAre(Sync{m_directory.path(), ""}));
 }
 
-TEST_F(Replacement, SpendsNoTimeOnTheDiskForWhatIsVolatile)
+TEST_F(Replacement, DoesNotSyncVolatileFiles)
 {
     replacer(Durability::Volatile).replace(m_file, "new", mode);
     EXPECT_EQ(readText(m_file), "new");
@@ -131,7 +132,7 @@ TEST_F(Replacement, SpendsNoTimeOnTheDiskForWhatIsVolatile)
     EXPECT_THAT(syncs, IsEmpty());
 }
 
-TEST_F(LastingReplacement, FindsItsDirectoryAfterAPowerCut)
+TEST_F(LastingReplacement, SyncsTheParentOfANewPersistentDirectory)
 {
     for (const auto& [name, durability] :
          {std::pair("lasting", Durability::Lasting), std::pair("volatile", Durability::Volatile)}) {
@@ -142,7 +143,7 @@ TEST_F(LastingReplacement, FindsItsDirectoryAfterAPowerCut)
     EXPECT_THAT(syncs, ElementsAre(Sync{m_directory.path(), "old"}));
 }
 
-TEST_F(Replacement, GivesTheFileItsMode)
+TEST_F(Replacement, SetsTheModeOfTheFile)
 {
     replacer(Durability::Lasting).replace(m_file, "new", mode);
     EXPECT_EQ(fs::status(m_file).permissions(), fs::perms(mode));

@@ -25,7 +25,7 @@ class ReplyFifoTest : public testing::Test
 protected:
     ReplyFifoTest() { ::mkfifo(path.c_str(), mode); }
 
-    /// What a client that opens the FIFO now reads.
+    /// What a client reads that opens the FIFO now.
     std::string taken() const
     {
         const Descriptor client = Descriptor::open(path, O_RDONLY | O_NONBLOCK);
@@ -47,7 +47,7 @@ TEST_F(ReplyFifoTest, HoldsTheReplyUntilItIsTaken)
     EXPECT_EQ(taken(), "0 running");
 }
 
-TEST_F(ReplyFifoTest, GivesNothingToWhatIsNoFifoOfOneName)
+TEST_F(ReplyFifoTest, RefusesAFileThatIsNotAFifoWithASingleName)
 {
     const std::string other = directory / "other";
     const struct {
@@ -59,11 +59,11 @@ TEST_F(ReplyFifoTest, GivesNothingToWhatIsNoFifoOfOneName)
          [](const std::string& name, const std::string&) { support::writeText(name, ""); }},
         {"a directory",
          [](const std::string& name, const std::string&) { ::mkdir(name.c_str(), 0700); }},
-        {"a link to a FIFO",
+        {"a symbolic link to a FIFO",
          [](const std::string& name, const std::string& fifo) {
              ASSERT_EQ(::symlink(fifo.c_str(), name.c_str()), 0);
          }},
-        {"a FIFO of another name",
+        {"a FIFO with a second name",
          [](const std::string& name, const std::string& fifo) {
              ASSERT_EQ(::link(fifo.c_str(), name.c_str()), 0);
          }},
@@ -80,8 +80,9 @@ TEST_F(ReplyFifoTest, GivesNothingToWhatIsNoFifoOfOneName)
     }
 }
 
-// As a client could do who owns the directory, between any two of its steps.
-TEST_F(ReplyFifoTest, WritesToNoOtherFileThatGetsItsName)
+// The client owns the directory, so it can do this between any two steps of the
+// reply.
+TEST_F(ReplyFifoTest, WritesToNoOtherFileThatReceivesItsName)
 {
     const std::string own = directory / "own";
     support::writeText(own, "precious");
@@ -102,8 +103,8 @@ TEST_F(ReplyFifoTest, WritesToNoOtherFileThatGetsItsName)
     EXPECT_EQ(support::readText(own), "precious");
 }
 
-// Its memory stays the object's until the next reply.
-TEST_F(ReplyFifoTest, WipesAReplyThatNobodyCanTake)
+// The object keeps the memory until the next reply.
+TEST_F(ReplyFifoTest, WipesAReplyThatNoClientCanTake)
 {
     ::unlink(path.c_str());
     const std::string key(4000, 'k');

@@ -16,13 +16,13 @@ const char* const seventeenBytes =
     "00000010  0a                                                |.|\n"
     "00000011\n";
 
-TEST(Dump, IsWhatHexdumpPrints)
+TEST(Dump, MatchesTheOutputOfHexdump)
 {
     EXPECT_EQ(dumpOf(std::string("abcdefghijklmn\0\xff\n", 17)), seventeenBytes);
     EXPECT_EQ(dumpOf(""), "00000000\n");
 }
 
-TEST(Dump, ReadsBack)
+TEST(Dump, CanBeReadBack)
 {
     std::string bytes;
     for (int i = 0; i < 300; ++i) {
@@ -38,28 +38,30 @@ struct BadRow {
 
 const BadRow badDumps[] = {
     {"nothing", ""},
-    {"no end", "00000000  61                                                |a|\n"},
-    {"an end that is too early",
+    {"a missing end", "00000000  61                                                |a|\n"},
+    {"an end before the last byte",
      "00000000  61                                                |a|\n00000000\n"},
     {"a wrong offset",
      "00000001  61                                                |a|\n00000001\n"},
-    {"other characters",
+    {"wrong characters",
      "00000000  61                                                |b|\n00000001\n"},
-    {"a byte more", "00000000  61 62                                             |a|\n00000001\n"},
-    {"no byte", "00000000  6g                                                |a|\n00000001\n"},
+    {"one byte too many",
+     "00000000  61 62                                             |a|\n00000001\n"},
+    {"a word that is not a byte",
+     "00000000  6g                                                |a|\n00000001\n"},
     {"another column",
      "00000000 61                                                 |a|\n00000001\n"},
-    {"words", "what follows\n"},
+    {"other text", "what follows\n"},
 };
 
-TEST(Dump, IsRefusedWhenItContradictsItself)
+TEST(Dump, IsRefusedWhenItIsInconsistent)
 {
     for (const BadRow& row : badDumps) {
         EXPECT_THROW(bytesOfDump(row.dump), std::runtime_error) << row.sentence;
     }
 }
 
-TEST(DocumentText, GiveTheBytesOfAnExample)
+TEST(DocumentText, ContainsTheBytesOfAnExample)
 {
     const Document document("# Title\n\n<!-- example: a -->\n```text\n" + dumpOf("one\n\ntwo\n") +
                             "```\n\ntext\n");
@@ -67,7 +69,7 @@ TEST(DocumentText, GiveTheBytesOfAnExample)
     EXPECT_THROW(document.bytes("b"), std::runtime_error);
 }
 
-TEST(DocumentText, GiveTheCellsOfATableWithoutTheirMarks)
+TEST(DocumentText, ContainsTheCellsOfATableWithoutBackquotes)
 {
     const Document document("\n<!-- table: t -->\n| head | head |\n|---|---|\n"
                             "| `a b` |  |\n| c | `d` and e |\n| ` f ` | g |\n\ntext\n");
@@ -76,7 +78,7 @@ TEST(DocumentText, GiveTheCellsOfATableWithoutTheirMarks)
     EXPECT_THROW(document.table("u"), std::runtime_error);
 }
 
-TEST(DocumentText, RefuseWhatHasAnotherForm)
+TEST(DocumentText, IsRefusedInAnyOtherForm)
 {
     const std::string dump = dumpOf("a");
     EXPECT_THROW(Document("\n<!-- example: a -->\n" + dump + "\n").bytes("a"), std::runtime_error);

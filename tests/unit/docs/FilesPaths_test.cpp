@@ -1,4 +1,4 @@
-// The table of paths in docs/FILES.md against the accessors.
+// Compares the table of paths in docs/FILES.md with the accessors.
 
 #include "support/Document.h"
 #include "unit/store/AccessorRows.h"
@@ -54,7 +54,7 @@ Paths pathsOf(const InternalCertificatesAccessor& paths)
     };
 }
 
-/// The same as the document has it: the members of `column` with their paths.
+/// The paths that the document lists for the members in `column`.
 Paths documented(std::size_t column)
 {
     Paths paths;
@@ -66,7 +66,7 @@ Paths documented(std::size_t column)
     return paths;
 }
 
-TEST(FilesPaths, AreThoseOfTheAccessors)
+TEST(FilesPaths, MatchTheAccessors)
 {
     accessor_rows::configure("R", "D");
     EXPECT_EQ(pathsOf(ExternalCertificatesAccessor("S", "T")), documented(1));

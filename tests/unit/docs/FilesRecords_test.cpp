@@ -1,4 +1,4 @@
-// The text records of docs/FILES.md: built by hand, written by the library, and
+// The text records of docs/FILES.md: built in code, written by the library, and
 // read back.
 
 #include "support/Document.h"
@@ -20,7 +20,7 @@ std::string example(const std::string& name)
     return support::readDocument("FILES.md").bytes(name);
 }
 
-/// Written as the example, and the same after it was read.
+/// Writes the record as in the example, reads it, and writes it again.
 template <class Record>
 void expectExample(const std::string& name, const Record& record)
 {
@@ -37,7 +37,7 @@ ostrl::CDistinguishedName nameOf(const std::string& company, const std::string& 
     return name;
 }
 
-TEST(FilesRecords, HaveTheNameOfTheExample)
+TEST(FilesRecords, WriteAndReadTheNameOfTheExample)
 {
     ostrl::CDistinguishedName name = nameOf("Example", "web.example");
     name.countryCode = "US";
@@ -45,7 +45,7 @@ TEST(FilesRecords, HaveTheNameOfTheExample)
     expectExample("name", name);
 }
 
-TEST(FilesRecords, HaveTheExtensionOfTheExample)
+TEST(FilesRecords, WriteAndReadTheExtensionOfTheExample)
 {
     ostrl::v3Ext extension;
     extension.obj_id = "2.5.29.19";
@@ -54,11 +54,11 @@ TEST(FilesRecords, HaveTheExtensionOfTheExample)
     extension.comment = "critical, CA:TRUE";
     const std::string bytes = example("extension");
     EXPECT_EQ(textOf(extension), bytes) << support::dumpOf(textOf(extension));
-    // As a record reads it: a line's end is not the extension's.
+    // A record reads an extension without the line feed that ends it.
     EXPECT_EQ(textOf(recordOf<ostrl::v3Ext>(bytes.substr(0, bytes.size() - 1))), bytes);
 }
 
-TEST(FilesRecords, HaveTheCertificateOfTheExample)
+TEST(FilesRecords, WriteAndReadTheCertificateOfTheExample)
 {
     ostrl::CCertificateData data;
     data.publicKeySizeBits = 256;
@@ -78,7 +78,7 @@ TEST(FilesRecords, HaveTheCertificateOfTheExample)
     expectExample("certificate", data);
 }
 
-TEST(FilesRecords, HaveTheRequestOfTheExample)
+TEST(FilesRecords, WriteAndReadTheRequestOfTheExample)
 {
     ostrl::CCSRData data;
     data.subjectName = nameOf("", "web.example");

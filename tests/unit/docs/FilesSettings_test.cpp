@@ -28,7 +28,8 @@ const Document& files()
     return document;
 }
 
-/// What the document says is read out of an example.
+/// The values that the library reads from an example, as the document lists
+/// them.
 Readings readingsOf(const std::string& table)
 {
     Readings readings;
@@ -38,7 +39,7 @@ Readings readingsOf(const std::string& table)
     return readings;
 }
 
-TEST(FilesSettings, AreReadLineByLineAsTheTableSays)
+TEST(FilesSettings, FollowTheTableOfLines)
 {
     for (const Document::Row& row : files().table("settings lines")) {
         std::string line = row[0];
@@ -52,7 +53,7 @@ TEST(FilesSettings, AreReadLineByLineAsTheTableSays)
     }
 }
 
-TEST(FilesSettings, GiveTheDaemonsConfigurationOfTheExample)
+TEST(FilesSettings, ContainTheDaemonConfigurationOfTheExample)
 {
     support::Device::writeDaemonConfiguration(files().bytes("config.daemon"));
     const Readings read = {
@@ -87,7 +88,7 @@ std::string joined(const std::vector<std::string>& words)
     return text;
 }
 
-TEST(FilesSettings, GiveTheServicesConfigurationOfTheExample)
+TEST(FilesSettings, ContainTheServiceConfigurationOfTheExample)
 {
     const support::Device device;
     device.addService("web", files().bytes("web.conf"));

@@ -1,4 +1,4 @@
-// The files of a store of docs/FILES.md, read and written by the library.
+// The store files of docs/FILES.md, read and written by the library.
 
 #include "support/Device.h"
 #include "support/Document.h"
@@ -24,7 +24,7 @@ using support::Document;
 constexpr char firstId[] = "5a1f09c2d7e4b683";
 constexpr char secondId[] = "9b20c4d1e8f7a356";
 
-/// An example of the document, put into a file.
+/// Writes an example of the document to a file.
 class FilesStore : public testing::Test
 {
 protected:
@@ -50,7 +50,7 @@ protected:
     const std::string path = directory / "file";
 };
 
-TEST_F(FilesStore, HasTheListOfTheExample)
+TEST_F(FilesStore, ReadsAndWritesTheListOfTheExample)
 {
     const std::vector<std::string> ids = {firstId, secondId};
     EXPECT_EQ(ostrel::CertificateIdList(put("list.txt")).toArray(), ids);
@@ -59,7 +59,7 @@ TEST_F(FilesStore, HasTheListOfTheExample)
     expectWritten("list.txt");
 }
 
-TEST_F(FilesStore, HasTheMapOfTheExample)
+TEST_F(FilesStore, ReadsAndWritesTheMapOfTheExample)
 {
     const std::map<std::string, std::string> names = {{firstId, "My Root CA"},
                                                       {secondId, "web.example"}};
@@ -70,7 +70,7 @@ TEST_F(FilesStore, HasTheMapOfTheExample)
     expectWritten("id_cn.map");
 }
 
-TEST_F(FilesStore, HasTheInfoOfTheExample)
+TEST_F(FilesStore, ReadsTheInfoOfTheExample)
 {
     const std::map<std::string, std::string> expected = {
         {"issuedBy", "CN = My Root CA"},
@@ -86,7 +86,7 @@ TEST_F(FilesStore, HasTheInfoOfTheExample)
     EXPECT_EQ(ostrel::CertificateInfo(put("info")).getMap(), expected);
 }
 
-TEST_F(FilesStore, NeedsEveryMemberOfAnInfo)
+TEST_F(FilesStore, RequiresEveryMemberOfAnInfo)
 {
     const std::string info = files().bytes("info");
     for (const Document::Row& row : files().table("info members")) {
@@ -99,12 +99,12 @@ TEST_F(FilesStore, NeedsEveryMemberOfAnInfo)
     }
 }
 
-TEST_F(FilesStore, HandsTheDetailsOnWithOneLineFeedMore)
+TEST_F(FilesStore, ReturnsTheDetailsWithOneAdditionalLineFeed)
 {
     EXPECT_EQ(OstrelService::getCertificateDetails(put("detail")), files().bytes("detail") + '\n');
 }
 
-TEST_F(FilesStore, HasTheOverridesOfTheExample)
+TEST_F(FilesStore, ReadsAndWritesTheOverridesOfTheExample)
 {
     const std::map<std::string, std::string> values = {{"alias", "Lobby, 2nd floor"},
                                                        {"max-age_2", "30"}};
@@ -118,7 +118,7 @@ TEST_F(FilesStore, HasTheOverridesOfTheExample)
     EXPECT_EQ(support::readText(other), files().bytes("overwrite"));
 }
 
-TEST_F(FilesStore, NamesTheCertificateInUseAsInTheExample)
+TEST_F(FilesStore, ReadsTheActiveIdOfTheExample)
 {
     const support::Device device;
     const ostrel::InternalCertificatesAccessor paths("web", "server");
@@ -126,7 +126,7 @@ TEST_F(FilesStore, NamesTheCertificateInUseAsInTheExample)
     EXPECT_EQ(paths.getActive(), secondId);
 }
 
-TEST_F(FilesStore, TakesTheNotificationOfTheExampleAndThoseOfTheTable)
+TEST_F(FilesStore, SendsTheNotificationsOfTheExampleAndTheTable)
 {
     const support::Device device;
     const std::string fifo = device.pipesDirectory() + "/notification.signal";

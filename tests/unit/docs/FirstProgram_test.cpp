@@ -1,5 +1,5 @@
-// The first program that a newcomer meets is the same one everywhere, and it is
-// the example that is compiled and run.
+// The documents show the same first program, and it is the example that is
+// compiled and run.
 
 #include "support/Document.h"
 #include "support/TextFiles.h"
@@ -9,7 +9,7 @@
 namespace
 {
 
-/// What stands between two lines of a document.
+/// The text between two lines of a document.
 std::string between(const std::string& name, const std::string& begin, const std::string& end)
 {
     const std::string text = support::readDocument(name).text();
@@ -17,7 +17,7 @@ std::string between(const std::string& name, const std::string& begin, const std
     return text.substr(first, text.find('\n' + end + '\n', first) + 1 - first);
 }
 
-/// A backslash is "\e" in a manual.
+/// The manual's source writes a backslash as "\e".
 std::string withBackslashes(std::string text)
 {
     for (std::size_t at = 0; (at = text.find("\\e", at)) != std::string::npos; ++at) {
@@ -32,12 +32,12 @@ const std::string& program()
     return text;
 }
 
-TEST(FirstProgram, IsTheExampleInTheReadme)
+TEST(FirstProgram, InTheReadmeIsTheTestedExample)
 {
     EXPECT_EQ(between("../README.md", "```cpp", "```"), program());
 }
 
-TEST(FirstProgram, IsTheExampleInTheManual)
+TEST(FirstProgram, InTheManualIsTheTestedExample)
 {
     EXPECT_EQ(withBackslashes(between("man/libostrl.3", ".Bd -literal", ".Ed")), program());
 }

@@ -1,5 +1,5 @@
-// docs/PROTOCOL.md against the library: the bytes of its examples against what
-// passes through real FIFOs, and its tables against what the library accepts.
+// Compares docs/PROTOCOL.md with the library: the bytes of its examples with
+// what passes through real FIFOs, and its tables with what the library accepts.
 
 #include "support/Document.h"
 #include "unit/protocol/TransportCase.h"
@@ -31,8 +31,8 @@ const Document& protocol()
     return document;
 }
 
-/// The example's command, sent by this process, and the message of it: the
-/// example with this process in the place of number 812.
+/// Sends the example's command. The expected message is the example with this
+/// process's id in place of 812.
 class ExampleCall : public Transport
 {
 protected:
@@ -53,19 +53,19 @@ protected:
     }
 };
 
-TEST_F(ExampleCall, PassesThroughTheCommandFifoAsTheDocumentShows)
+TEST_F(ExampleCall, WritesTheDocumentedMessageToTheCommandFifo)
 {
     send("0 ");
     EXPECT_EQ(peer.lastMessage(), messageOfThisProcess()) << support::dumpOf(peer.lastMessage());
 }
 
-TEST_F(ExampleCall, TakesTheDocumentsReplies)
+TEST_F(ExampleCall, AcceptsTheDocumentedReplies)
 {
     EXPECT_EQ(send(protocol().bytes("reply")), payload("5a1f09c2d7e4b683"));
     EXPECT_EQ(send(protocol().bytes("refusal")), apiError(33));
 }
 
-TEST(ProtocolExample, IsReadByTheDaemonsSideAsTheDocumentShows)
+TEST(ProtocolExample, IsParsedAsTheDocumentShows)
 {
     const std::string message = protocol().bytes("command");
     const Commands command(message);
@@ -77,7 +77,8 @@ TEST(ProtocolExample, IsReadByTheDaemonsSideAsTheDocumentShows)
     EXPECT_EQ(command.toMessage(), message);
 }
 
-// The last four columns of the table: which counts a target takes.
+// The last four columns of the table show which numbers of arguments a target
+// takes.
 constexpr std::size_t mostArguments = 5;
 
 struct TargetColumn {
@@ -87,7 +88,7 @@ struct TargetColumn {
 
 constexpr TargetColumn targetColumns[] = {{"server", 2}, {"ca", 3}, {"client", 3}, {"config", 4}};
 
-/// Whether a cell such as "0, 2.." has `count` in it.
+/// Whether a cell such as "0, 2.." includes `count`.
 bool hasCount(const std::string& cell, std::size_t count)
 {
     std::istringstream words(cell);
@@ -104,7 +105,7 @@ bool hasCount(const std::string& cell, std::size_t count)
     return false;
 }
 
-/// The value of the command that the message gives, or -1 when it is refused.
+/// The value of the command in the message, or -1 when it is refused.
 int commandOf(const std::string& target, const std::string& keyword, std::size_t count)
 {
     std::string message = "root\t812\t" + target + '\t' + keyword;
@@ -118,7 +119,7 @@ int commandOf(const std::string& target, const std::string& keyword, std::size_t
     }
 }
 
-TEST(ProtocolKeywords, TakeTheTargetsAndTheNumbersOfArgumentsOfTheirRow)
+TEST(ProtocolKeywords, AcceptTheTargetsAndNumbersOfArgumentsInTheirRow)
 {
     for (const Document::Row& row : protocol().table("keywords")) {
         for (const TargetColumn& target : targetColumns) {
@@ -131,7 +132,7 @@ TEST(ProtocolKeywords, TakeTheTargetsAndTheNumbersOfArgumentsOfTheirRow)
     }
 }
 
-TEST(ProtocolKeywords, AreAllThatThereAre)
+TEST(ProtocolKeywords, AreListedCompletely)
 {
     std::map<int, std::string> listed;
     for (const Document::Row& row : protocol().table("keywords")) {
@@ -144,7 +145,7 @@ TEST(ProtocolKeywords, AreAllThatThereAre)
     }
 }
 
-/// What the library makes of a reply, in the words of the document's table.
+/// The result of reading a reply, in the words of the document's table.
 std::string resultOf(const std::string& reply)
 {
     try {
@@ -156,14 +157,14 @@ std::string resultOf(const std::string& reply)
     }
 }
 
-TEST(ProtocolReplies, AreReadAsTheTableSays)
+TEST(ProtocolReplies, FollowTheTable)
 {
     for (const Document::Row& row : protocol().table("replies")) {
         EXPECT_EQ(resultOf(row[0] == "(empty)" ? "" : row[0]), row[1]) << row[0];
     }
 }
 
-TEST(ProtocolReturnCodes, AreThoseOfTheTableAndNoOthers)
+TEST(ProtocolReturnCodes, MatchTheTable)
 {
     std::map<int, Document::Row> rows;
     for (const Document::Row& row : protocol().table("return codes")) {
@@ -177,7 +178,7 @@ TEST(ProtocolReturnCodes, AreThoseOfTheTableAndNoOthers)
     }
 }
 
-TEST(ProtocolErrorIds, AreThoseOfTheTableAndNoOthers)
+TEST(ProtocolErrorIds, MatchTheTable)
 {
     std::map<int, std::string> texts;
     for (const Document::Row& row : protocol().table("error ids")) {

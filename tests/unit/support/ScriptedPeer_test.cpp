@@ -28,7 +28,7 @@ std::string readOnce(const Descriptor& file)
     return {buffer, count > 0 ? static_cast<std::size_t>(count) : 0};
 }
 
-TEST(ScriptedPeer, MakesALockFileAndACommandFifoAndTakesThemAway)
+TEST(ScriptedPeer, CreatesAndRemovesTheLockFileAndTheCommandFifo)
 {
     const support::Device device;
     const std::string directory = device.pipesDirectory() + "/web/";
@@ -42,7 +42,7 @@ TEST(ScriptedPeer, MakesALockFileAndACommandFifoAndTakesThemAway)
     EXPECT_TRUE(fs::is_empty(directory));
 }
 
-TEST(ScriptedPeer, EndsWhateverItWaitsFor)
+TEST(ScriptedPeer, EndsFromAnyWait)
 {
     const support::Device device;
     {
@@ -66,7 +66,7 @@ TEST(ScriptedPeer, EndsWhateverItWaitsFor)
     fs::remove(device.pipesDirectory() + "/web/web.out");
 }
 
-TEST(ScriptedPeer, TellsTheMessagesAndHandsOutAReplyInItsPieces)
+TEST(ScriptedPeer, RecordsTheMessagesAndSendsAReplyInPieces)
 {
     const support::Device device;
     ScriptedPeer peer(device, "web");
@@ -102,7 +102,7 @@ TEST(ScriptedPeer, FailsTheTestWhenAnActFails)
     EXPECT_NONFATAL_FAILURE_ON_ALL_THREADS(answerWithoutAReplyFifo(), "web.out");
 }
 
-TEST(ScriptedPeer, FailsTheTestThatAsksForAMessageWhichNeverCame)
+TEST(ScriptedPeer, FailsTheTestThatReadsAMessageThatNeverCame)
 {
     EXPECT_NONFATAL_FAILURE(
         {

@@ -43,7 +43,8 @@ TEST(DaysFrom0, CountsTheDaysBeforeAYear)
         {1971, 719527},
         {2000, 730119},
         {2001, 730485},
-        // Divisions cut towards zero: there is no leap day before year 1 until -3.
+        // Division truncates towards zero, so the first leap day before year 1 counts from year -3
+        // on.
         {0, -365},
         {-1, -730},
         {-2, -1095},
@@ -116,20 +117,20 @@ TEST(InternalTime, IsSecondsSince1970)
         {"every field", timeOf(2009, 1, 13, 23, 31, 30), 1234567890},
         {"after a leap day", timeOf(2000, 2, 1), 951868800},
         {"beyond 32 bits", timeOf(2038, 0, 19, 3, 14, 8), 2147483648},
-        {"long ago", timeOf(1, 0, 1), -62135596800},
+        {"the year 1", timeOf(1, 0, 1), -62135596800},
         {"month 12 is January of the next year", timeOf(1999, 12, 1), 946684800},
         {"month 23 is its December", timeOf(1998, 23, 1), 944006400},
         {"month 24 is January of the year after", timeOf(1998, 24, 1), 946684800},
-        {"month -1 is December before", timeOf(2000, -1, 1), 944006400},
-        {"month -12 is January before", timeOf(2001, -12, 1), 946684800},
+        {"month -1 is December of the previous year", timeOf(2000, -1, 1), 944006400},
+        {"month -12 is January of the previous year", timeOf(2001, -12, 1), 946684800},
         {"month -13 is December two years before", timeOf(2001, -13, 1), 944006400},
         {"the month decides on the leap day", timeOf(1999, 14, 1), 951868800},
         {"day 32 of January is 1 February", timeOf(1970, 0, 32), 31 * 86400},
         {"day 0 is the day before", timeOf(1970, 0, 0), -86400},
         {"day 29 of a common February is 1 March", timeOf(2023, 1, 29), 1677628800},
-        {"hours, minutes and seconds just add up", timeOf(1970, 0, 1, 25, 61, 61),
+        {"hours, minutes and seconds add up", timeOf(1970, 0, 1, 25, 61, 61),
          25 * 3600 + 61 * 60 + 61},
-        {"and may be negative", timeOf(1970, 0, 1, -1, -1, -1), -3661},
+        {"hours, minutes and seconds may be negative", timeOf(1970, 0, 1, -1, -1, -1), -3661},
         {"in 64 bits", timeOf(1970, 0, 1, INT_MAX, INT_MAX, INT_MAX), INT64_C(3661) * INT_MAX},
     };
     for (const TimeRow& row : rows) {
@@ -137,7 +138,7 @@ TEST(InternalTime, IsSecondsSince1970)
     }
 }
 
-TEST(InternalTime, IgnoresEveryOtherFieldAndTheTimeZone)
+TEST(InternalTime, IgnoresAllOtherFieldsAndTheTimeZone)
 {
     ASSERT_EQ(::setenv("TZ", "Asia/Tokyo", 1), 0);
     ::tzset();
@@ -162,11 +163,11 @@ TEST(InternalTime, AgreesWithTheSystemOnEveryDayOfFourCenturies)
     }
 }
 
-TEST(Dates, CutSumsThatDoNotFitTo32Bits)
+TEST(Dates, TruncateLargeSumsTo32Bits)
 {
     EXPECT_EQ(Tools::days_from_1jan(2023, 12, INT_MAX), INT_MIN + 332);
     EXPECT_EQ(Tools::days_from_1jan(2023, 1, INT_MIN), INT_MAX);
-    // The terms of the rule, cut.
+    // The terms of the rule, each truncated.
     EXPECT_EQ(Tools::days_from_0(INT_MAX),
               static_cast<int>(365 * INT64_C(2147483646) + 536870911 - 21474836 + 5368709));
     EXPECT_EQ(Tools::days_from_0(INT_MIN),
@@ -177,8 +178,8 @@ TEST(Dates, CutSumsThatDoNotFitTo32Bits)
         std::tm time = timeOf(1970, extreme, extreme, extreme, extreme, extreme);
         time.tm_year = extreme;
         const std::int64_t days = Tools::getInternalTimeGmt(&time) - INT64_C(3661) * extreme;
-        EXPECT_EQ(days % 86400, 0) << "days are whole, whatever they are";
-        EXPECT_EQ(days / 86400, static_cast<int>(days / 86400)) << "and have 32 bits";
+        EXPECT_EQ(days % 86400, 0) << "the result is a whole number of days";
+        EXPECT_EQ(days / 86400, static_cast<int>(days / 86400)) << "that number has 32 bits";
     }
 }
 

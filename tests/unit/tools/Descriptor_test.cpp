@@ -19,7 +19,7 @@ bool isOpenInKernel(int fd)
     return ::fcntl(fd, F_GETFD) != -1;
 }
 
-TEST(Descriptor, OfNothingIsNotOpen)
+TEST(Descriptor, IsNotOpenByDefault)
 {
     EXPECT_FALSE(Descriptor().isOpen());
     EXPECT_EQ(Descriptor().get(), -1);
@@ -40,7 +40,7 @@ TEST(Descriptor, LeavesTheReasonOfAFailedOpenInErrno)
     EXPECT_EQ(errno, ENOENT);
 }
 
-TEST(Descriptor, MakesAFileWithTheModeThatItIsGiven)
+TEST(Descriptor, CreatesAFileWithTheGivenMode)
 {
     const support::TemporaryDirectory directory;
     const Descriptor file = Descriptor::open(directory / "new", O_WRONLY | O_CREAT, 0600);
@@ -60,7 +60,7 @@ TEST(Descriptor, IsClosedWithItsOwner)
     EXPECT_FALSE(isOpenInKernel(fd));
 }
 
-TEST(Descriptor, MayBeClosedEarlyAndTwice)
+TEST(Descriptor, CanBeClosedEarlyAndTwice)
 {
     Descriptor file = Descriptor::open("/dev/null", O_RDONLY);
     const int fd = file.get();
@@ -72,7 +72,7 @@ TEST(Descriptor, MayBeClosedEarlyAndTwice)
     EXPECT_TRUE(isOpenInKernel(next.get())) << "the number was another owner's by then";
 }
 
-TEST(Descriptor, PassesItsFileOnWhenMoved)
+TEST(Descriptor, TransfersItsFileWhenMoved)
 {
     Descriptor first = Descriptor::open("/dev/null", O_RDONLY);
     const int fd = first.get();
@@ -81,7 +81,7 @@ TEST(Descriptor, PassesItsFileOnWhenMoved)
     EXPECT_TRUE(isOpenInKernel(fd));
 }
 
-TEST(Descriptor, ClosesWhatItHeldOnceAnotherIsMovedIntoIt)
+TEST(Descriptor, ClosesItsFormerFileOnMoveAssignment)
 {
     Descriptor kept = Descriptor::open("/dev/null", O_RDONLY);
     const int former = kept.get();
@@ -96,7 +96,7 @@ TEST(Descriptor, ClosesWhatItHeldOnceAnotherIsMovedIntoIt)
     EXPECT_FALSE(isOpenInKernel(former));
 }
 
-TEST(WriteAll, TellsAFailedWrite)
+TEST(WriteAll, ReportsAFailedWrite)
 {
     const Descriptor full = Descriptor::open("/dev/full", O_WRONLY);
     EXPECT_FALSE(ostrel::writeAll(full, "text"));
@@ -105,7 +105,7 @@ TEST(WriteAll, TellsAFailedWrite)
     EXPECT_EQ(errno, EBADF);
 }
 
-TEST(WriteAll, OfNothingWritesNothing)
+TEST(WriteAll, WritesNothingForAnEmptyText)
 {
     EXPECT_TRUE(ostrel::writeAll(Descriptor::open("/dev/full", O_WRONLY), ""));
 }
@@ -117,7 +117,7 @@ void countInterruption(int /*signal*/)
     ++interruptions;
 }
 
-// Reads the pipe to its end and disturbs the writer each time.
+// Reads the pipe to its end and signals the writer after each read.
 std::string readInterrupting(const Descriptor& pipe, pthread_t writer, std::size_t wanted)
 {
     std::string text;
@@ -133,7 +133,7 @@ std::string readInterrupting(const Descriptor& pipe, pthread_t writer, std::size
     return text;
 }
 
-TEST(WriteAll, GoesOnAfterASignalInterruptedIt)
+TEST(WriteAll, ContinuesAfterASignal)
 {
     struct sigaction action = {};
     action.sa_handler = countInterruption;

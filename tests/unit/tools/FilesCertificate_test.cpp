@@ -26,26 +26,26 @@ struct Row {
     bool expected;
 };
 
-// What `certificate` is compared with; the result is the same the other way round.
+// Each row is compared with `certificate`, in both orders.
 const Row rows[] = {
     {"the same text", certificate, true},
     {"other text before the BEGIN line", "subject=/CN=a\n\n" + certificate, true},
-    {"other text behind the END line", certificate + "-----BEGIN", true},
+    {"other text after the END line", certificate + "-----BEGIN", true},
     {"another second certificate", certificate + changed("MIIB", "MIIC"), true},
     {"another first certificate", changed("MIIB", "MIIC") + certificate, false},
     {"another last line", changed("DgYD", "DgYE"), false},
-    {"wrapped at another width", changed("ASug", "AS\nug"), false},
-    {"a blank at a line's end", changed("SMRAw\n", "SMRAw \n"), false},
+    {"another line length", changed("ASug", "AS\nug"), false},
+    {"a blank at the end of a line", changed("SMRAw\n", "SMRAw \n"), false},
     {"a carriage return in one line", changed("EwdB", "Ew\rdB"), false},
     {"a BEGIN line with a carriage return",
      changed("BEGIN CERTIFICATE-----", "BEGIN CERTIFICATE-----\r"), false},
     {"a BEGIN line with a blank", " " + certificate, false},
     {"another kind of PEM text", changed("BEGIN CERTIFICATE", "BEGIN PRIVATE KEY"), false},
-    {"ended after its first line feed", certificate.substr(0, 28), true},
-    {"ended before its first line feed", certificate.substr(0, 27), true},
-    {"ended before its END line", certificate.substr(0, certificate.find("-----END")), true},
-    {"ended within a line", certificate.substr(0, 40), false},
-    {"no line feed behind the END line", certificate.substr(0, certificate.size() - 1), true},
+    {"truncated after its first line feed", certificate.substr(0, 28), true},
+    {"truncated before its first line feed", certificate.substr(0, 27), true},
+    {"truncated before its END line", certificate.substr(0, certificate.find("-----END")), true},
+    {"truncated within a line", certificate.substr(0, 40), false},
+    {"no line feed after the END line", certificate.substr(0, certificate.size() - 1), true},
     {"an empty file", "", false},
 };
 
@@ -58,11 +58,11 @@ TEST(IsTheSameCertificate, ComparesTheFirstCertificatesLineByLine)
         EXPECT_EQ(Tools::isTheSameCertificate(directory / "a", directory / "b"), row.expected)
             << row.sentence;
         EXPECT_EQ(Tools::isTheSameCertificate(directory / "b", directory / "a"), row.expected)
-            << row.sentence << ", the other way round";
+            << row.sentence << ", in the other order";
     }
 }
 
-TEST(IsTheSameCertificate, OfAFileThatCannotBeReadIsFalseAndComesToAnEnd)
+TEST(IsTheSameCertificate, ReturnsFalseForAFileThatCannotBeRead)
 {
     const support::TemporaryDirectory directory;
     support::writeText(directory / "a", certificate);
@@ -74,7 +74,7 @@ TEST(IsTheSameCertificate, OfAFileThatCannotBeReadIsFalseAndComesToAnEnd)
     }
 }
 
-TEST(IsTheSameCertificate, LeavesTheFilesAsTheyAre)
+TEST(IsTheSameCertificate, DoesNotChangeTheFiles)
 {
     const support::TemporaryDirectory directory;
     support::writeText(directory / "a", certificate);

@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-// Texts that no file can provoke: what fails behind them is the memory.
+// Error texts that only a failed allocation produces.
 
 namespace
 {
@@ -50,8 +50,9 @@ TEST(FilesWithoutMemory, ChangeGroupByNameTranslatesEveryFailure)
                  "': injected"));
 }
 
-// Intended: unlike the group's form, this one passes on whatever it meets.
-TEST(FilesWithoutMemory, ChangeUserByNameTranslatesNothing)
+// Intended: unlike the group's form, this one passes every exception on
+// unchanged.
+TEST(FilesWithoutMemory, ChangeUserByNamePassesEveryFailureOn)
 {
     const support::Accounts accounts;
     const support::TemporaryDirectory directory;

@@ -31,7 +31,7 @@ protected:
         fs::create_symlink(directory / "file", directory / "link");
         fs::create_symlink(directory / "loop", directory / "loop");
         fs::create_symlink(directory / "missing", directory / "dangling");
-        // Aliases of root, the one owner that every namespace has.
+        // Aliases of root, the only owner that every namespace has.
         Accounts::addUser("keeper:x:0:0::/:/bin/false");
         Accounts::addGroup("keepers:x:0:");
         Accounts::addUser("alice:x:4001:4002::/:/bin/false");
@@ -43,11 +43,11 @@ protected:
     const std::string file = directory / "file";
 };
 
-// A dangling link tells whether the link is followed: it could be given away itself.
+// The dangling link shows that links are followed: the link itself could change its owner.
 const char* const unreachableNames[] = {"missing", "missing/file", "file/below", "loop",
                                         "dangling"};
 
-TEST_F(Ownership, GoesToAnOwnerThatTheFileHasAlready)
+TEST_F(Ownership, CanBeSetToTheCurrentOwner)
 {
     EXPECT_TRUE(Tools::changeUser(file, uid_t{0}));
     EXPECT_TRUE(Tools::changeGroup(file, gid_t{0}));
@@ -71,7 +71,7 @@ void changeOwnersOneByOne(const std::string& file, const std::string& link)
     EXPECT_EQ(ownersOf(file), "4400 4300") << "through the link";
 }
 
-TEST_F(Ownership, GoesToAnotherOwnerWhereTheNamespaceHasOneAndIsRefusedElsewhere)
+TEST_F(Ownership, CanBeSetToAnotherOwnerWhereTheNamespaceHasOne)
 {
     if (Accounts::hasOtherIds()) {
         changeOwnersOneByOne(file, directory / "link");
@@ -84,7 +84,7 @@ TEST_F(Ownership, GoesToAnotherOwnerWhereTheNamespaceHasOneAndIsRefusedElsewhere
     EXPECT_EQ(ownersOf(file), "0 0");
 }
 
-TEST_F(Ownership, ByNumberThrowsWhenItCannotBeChanged)
+TEST_F(Ownership, SetByNumberThrowsOnFailure)
 {
     for (const char* name : unreachableNames) {
         const std::string path = directory / name;
@@ -95,8 +95,8 @@ TEST_F(Ownership, ByNumberThrowsWhenItCannotBeChanged)
     }
 }
 
-// Intended: the user's form passes the failure on as it is, the group's translates it.
-TEST_F(Ownership, ByNameTellsAFailureInTwoWays)
+// Intended: the user's form passes the failure on unchanged; the group's form translates it.
+TEST_F(Ownership, SetByNameThrowsOnFailure)
 {
     for (const char* name : unreachableNames) {
         const std::string path = directory / name;
@@ -108,7 +108,7 @@ TEST_F(Ownership, ByNameTellsAFailureInTwoWays)
     }
 }
 
-TEST_F(Ownership, ForAnUnknownNameIsFalseAndTouchesNothing)
+TEST_F(Ownership, IsNotChangedForAnUnknownName)
 {
     for (const char* name : {"nobody-of-this-name", "", "0", "keeper:x"}) {
         for (const std::string& path : {file, directory / "missing"}) {

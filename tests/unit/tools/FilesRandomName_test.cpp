@@ -15,7 +15,7 @@ using ostrel::Tools;
 using support::BindMount;
 using support::CapturedTrace;
 
-// Intended: "a" again in the place of "o p"; 62 characters all the same.
+// Intended: "ao" in the place of "op". "p" is missing; 62 characters in all.
 const std::string alphabet = "abcdefghijklmnaoqrstuvwxyz1234567890ABCDEFGHIJKLMNOPQRSTUVWXYZ";
 
 const char device[] = "/dev/urandom";
@@ -25,7 +25,7 @@ std::string bytesOf(const std::vector<std::uint32_t>& values)
     return {reinterpret_cast<const char*>(values.data()), values.size() * sizeof values.front()};
 }
 
-TEST(GetRandomName, HasTheLengthThatIsAskedFor)
+TEST(GetRandomName, HasTheRequestedLength)
 {
     const CapturedTrace errors;
     for (const unsigned int length : {0U, 1U, 31U, 32U, 33U, 5000U}) {
@@ -34,7 +34,7 @@ TEST(GetRandomName, HasTheLengthThatIsAskedFor)
     EXPECT_EQ(errors.text(), "");
 }
 
-TEST(GetRandomName, UsesEveryCharacterOfTheAlphabetAndNoOther)
+TEST(GetRandomName, UsesAllCharactersOfTheAlphabetAndNoOthers)
 {
     const std::string name = Tools::getRandomName(20000);
     EXPECT_EQ(name.find_first_not_of(alphabet), std::string::npos);
@@ -51,7 +51,7 @@ TEST(GetRandomName, DoesNotRepeatItself)
     EXPECT_EQ(names.size(), 1000U);
 }
 
-TEST(GetRandomName, MapsFourBytesInHostOrderToTheAlphabetModuloItsLength)
+TEST(GetRandomName, MapsFourBytesInHostOrderModuloTheLengthOfTheAlphabet)
 {
     std::vector<std::uint32_t> values;
     for (std::uint32_t value = 0; value < 62; ++value) {
@@ -66,7 +66,7 @@ TEST(GetRandomName, MapsFourBytesInHostOrderToTheAlphabetModuloItsLength)
     EXPECT_EQ(Tools::getRandomName(66), alphabet + tail);
 }
 
-TEST(GetRandomName, UsesTheValueOfAShortReadAsItIs)
+TEST(GetRandomName, UsesTheValueOfAShortRead)
 {
     const support::TemporaryDirectory directory;
     support::writeText(directory / "device", "");
@@ -76,7 +76,8 @@ TEST(GetRandomName, UsesTheValueOfAShortReadAsItIs)
     EXPECT_EQ(errors.text(), "");
 }
 
-// Its first page is never mapped, so it opens and cannot be read.
+// The first page of the process is never mapped, so the file opens but cannot
+// be read.
 TEST(GetRandomName, IsShorterWhenTheDeviceFails)
 {
     const BindMount mount("/proc/self/mem", device);
@@ -85,7 +86,7 @@ TEST(GetRandomName, IsShorterWhenTheDeviceFails)
     EXPECT_EQ(errors.text(), "Failed to read random device file\n");
 }
 
-TEST(GetRandomName, OfNoLengthDoesNotReadTheDevice)
+TEST(GetRandomName, DoesNotReadTheDeviceForLengthZero)
 {
     const BindMount mount("/proc/self/mem", device);
     const CapturedTrace errors;
@@ -93,7 +94,7 @@ TEST(GetRandomName, OfNoLengthDoesNotReadTheDevice)
     EXPECT_EQ(errors.text(), "");
 }
 
-// The node of a socket can be looked at and not opened.
+// A socket exists but cannot be opened.
 TEST(GetRandomName, IsEmptyWhenTheDeviceCannotBeOpened)
 {
     const support::TemporaryDirectory directory;

@@ -32,11 +32,11 @@ TEST(RemoveFile, RemovesAFileAnEmptyDirectoryAndALink)
         EXPECT_EQ(Tools::removeFile(directory / name), 0) << name;
         EXPECT_FALSE(fs::exists(fs::symlink_status(directory / name))) << name;
     }
-    EXPECT_EQ(support::readText(directory / "target"), "text") << "the link's own file stays";
+    EXPECT_EQ(support::readText(directory / "target"), "text") << "the target of the link stays";
     EXPECT_EQ(errors.text(), "");
 }
 
-TEST(RemoveFile, TracesWhatItDoesNotFind)
+TEST(RemoveFile, TracesAMissingFile)
 {
     const TemporaryDirectory directory;
     writeText(directory / "file", "text");
@@ -47,10 +47,11 @@ TEST(RemoveFile, TracesWhatItDoesNotFind)
         EXPECT_EQ(Tools::removeFile(path), -1);
         EXPECT_EQ(errors.text(), "The file '" + path + "' not found for removal.\n");
     }
-    EXPECT_TRUE(fs::is_symlink(directory / "dangling")) << "a broken link is no file";
+    EXPECT_TRUE(fs::is_symlink(directory / "dangling"))
+        << "a dangling link does not count as a file";
 }
 
-TEST(RemoveFile, TracesWhyItCannotRemove)
+TEST(RemoveFile, TracesTheReasonOfAFailure)
 {
     const TemporaryDirectory directory;
     writeText(directory / "full/file", "text");
@@ -88,7 +89,7 @@ TEST(RemoveFiles, RemovesATreeAndDoesNotFollowItsLinks)
     EXPECT_EQ(errors.text(), "");
 }
 
-TEST(RemoveFiles, RemovesAFileOrALinkToo)
+TEST(RemoveFiles, RemovesAlsoAFileOrALink)
 {
     const TemporaryDirectory directory;
     writeText(directory / "outside/file", "text");
@@ -99,7 +100,7 @@ TEST(RemoveFiles, RemovesAFileOrALinkToo)
     EXPECT_TRUE(fs::is_empty(directory / "outside"));
 }
 
-TEST(RemoveFiles, OfAMissingTreeFailsWithoutAWord)
+TEST(RemoveFiles, FailsSilentlyForAMissingTree)
 {
     const TemporaryDirectory directory;
     const CapturedErrors errors;
@@ -107,7 +108,7 @@ TEST(RemoveFiles, OfAMissingTreeFailsWithoutAWord)
     EXPECT_EQ(errors.text(), "");
 }
 
-// The trees that a limit of descriptors allows are no deeper: this one is.
+// This tree is deeper than the limit on descriptors.
 TEST(RemoveFiles, NeedsNoMoreThanSixtyFourOpenDirectories)
 {
     const TemporaryDirectory directory;
@@ -124,8 +125,8 @@ TEST(RemoveFiles, NeedsNoMoreThanSixtyFourOpenDirectories)
     EXPECT_EQ(support::openDescriptorCount(), used);
 }
 
-// Nobody may remove what the kernel shows there, and there are several entries.
-TEST(RemoveFiles, StopsAtTheFirstFailureAndPrintsItWhateverTheDebugFlagSays)
+// The kernel lets no user remove these entries, and there are several of them.
+TEST(RemoveFiles, StopsAtTheFirstFailureAndPrintsItEvenWithoutTheDebugFlag)
 {
     ASSERT_FALSE(ostrel::Tools::fileExist("/proc/self/fdinfo/missing"));
     const CapturedErrors errors;
@@ -144,7 +145,7 @@ TEST(RemoveFiles, RemovesTheChildrenBeforeTheirDirectory)
     EXPECT_TRUE(fs::is_empty(directory / "tree"));
 }
 
-TEST(RemoveOnFile, IsACallbackOfATreeWalk)
+TEST(RemoveOnFile, IsACallbackForNftw)
 {
     const __nftw_func_t callback = Tools::removeOnFile;
     const TemporaryDirectory directory;

@@ -18,14 +18,14 @@ using support::TemporaryDirectory;
 using support::thrownBy;
 using support::writeText;
 
-// Names in a directory that no file can be found under, each for another reason.
+// Names that cannot be opened, each for another reason.
 const char* const unreachableNames[] = {"missing", "missing/file", "file/below", "loop",
                                         "dangling"};
 
-class FilesIn : public testing::Test
+class Files : public testing::Test
 {
 protected:
-    FilesIn()
+    Files()
     {
         writeText(directory / "file", "text");
         fs::create_symlink(directory / "file", directory / "link");
@@ -43,7 +43,7 @@ protected:
     const TemporaryDirectory directory;
 };
 
-using FileExist = FilesIn;
+using FileExist = Files;
 
 TEST_F(FileExist, FindsAnyKindOfFile)
 {
@@ -53,7 +53,7 @@ TEST_F(FileExist, FindsAnyKindOfFile)
     EXPECT_TRUE(Tools::fileExist("/dev/null"));
 }
 
-TEST_F(FileExist, DoesNotFindWhatCannotBeReached)
+TEST_F(FileExist, DoesNotFindUnreachableFiles)
 {
     for (const char* name : unreachableNames) {
         EXPECT_FALSE(Tools::fileExist(directory / name)) << name;
@@ -62,9 +62,9 @@ TEST_F(FileExist, DoesNotFindWhatCannotBeReached)
     EXPECT_FALSE(Tools::fileExist(directory / std::string(5000, 'x')));
 }
 
-using ChangeMode = FilesIn;
+using ChangeMode = Files;
 
-TEST_F(ChangeMode, SetsPermissionSetIdAndStickyBitsAndNoOthers)
+TEST_F(ChangeMode, SetsOnlyPermissionSetIdAndStickyBits)
 {
     struct {
         const char* sentence;
@@ -72,8 +72,8 @@ TEST_F(ChangeMode, SetsPermissionSetIdAndStickyBitsAndNoOthers)
         std::uint32_t expected;
     } const rows[] = {
         {"permissions", 0640, 0640},
-        {"none", 0, 0},
-        {"all permissions, whatever the umask", 0777, 0777},
+        {"no bits", 0, 0},
+        {"all permissions, despite the umask", 0777, 0777},
         {"set-id and sticky bits", 07711, 07711},
         {"file-type bits are dropped", S_IFDIR | 0604, 0604},
         {"every bit set", static_cast<mode_t>(-1), 07777},
@@ -101,9 +101,9 @@ TEST_F(ChangeMode, ThrowsWhenTheModeCannotBeChanged)
     }
 }
 
-using GetRights = FilesIn;
+using GetRights = Files;
 
-TEST_F(GetRights, GivesTheModeWordWithItsFileType)
+TEST_F(GetRights, ReturnsTheModeWithTheFileType)
 {
     const struct {
         const char* name;
@@ -116,7 +116,7 @@ TEST_F(GetRights, GivesTheModeWordWithItsFileType)
     EXPECT_EQ(Tools::getRights("/dev/null").mode & S_IFMT, std::uint32_t{S_IFCHR});
 }
 
-TEST_F(GetRights, GivesTheOwners)
+TEST_F(GetRights, ReturnsTheOwners)
 {
     struct stat status = {};
     ASSERT_EQ(::stat("/proc/1", &status), 0);
@@ -126,7 +126,7 @@ TEST_F(GetRights, GivesTheOwners)
     EXPECT_EQ(Tools::getRights(directory / "file").uid, ::geteuid());
 }
 
-TEST_F(GetRights, IsAnAggregateOfModeUserAndGroup)
+TEST_F(GetRights, ReturnsAnAggregateOfModeUserAndGroup)
 {
     const Tools::Rights rights = {1, 2, 3};
     EXPECT_EQ(rights.mode, 1U);
@@ -134,7 +134,7 @@ TEST_F(GetRights, IsAnAggregateOfModeUserAndGroup)
     EXPECT_EQ(rights.gid, 3U);
 }
 
-TEST_F(GetRights, ThrowsWhenThereIsNothingToExamine)
+TEST_F(GetRights, ThrowsForAnUnreachableFile)
 {
     for (const char* name : unreachableNames) {
         const std::string path = directory / name;
@@ -143,9 +143,9 @@ TEST_F(GetRights, ThrowsWhenThereIsNothingToExamine)
     }
 }
 
-using CreateDirectory = FilesIn;
+using CreateDirectory = Files;
 
-TEST_F(CreateDirectory, GivesANewOneWhatTheUmaskLeavesOfItsMode)
+TEST_F(CreateDirectory, AppliesTheUmaskToTheModeOfANewDirectory)
 {
     ::umask(027);
     Tools::createDirectory(directory / "new", 0777);
@@ -153,7 +153,7 @@ TEST_F(CreateDirectory, GivesANewOneWhatTheUmaskLeavesOfItsMode)
     EXPECT_EQ(modeOf("new"), 0750U);
 }
 
-TEST_F(CreateDirectory, GivesAnExistingOneExactlyTheMode)
+TEST_F(CreateDirectory, SetsTheExactModeOfAnExistingDirectory)
 {
     ::umask(027);
     writeText(directory / "directory/file", "kept");
@@ -164,7 +164,7 @@ TEST_F(CreateDirectory, GivesAnExistingOneExactlyTheMode)
     EXPECT_EQ(support::readText(directory / "directory/file"), "kept");
 }
 
-TEST_F(CreateDirectory, TakesALinkToADirectoryForOne)
+TEST_F(CreateDirectory, AcceptsALinkToADirectory)
 {
     fs::create_directory_symlink(directory / "directory", directory / "alias");
     Tools::createDirectory(directory / "alias", 0711);
@@ -172,7 +172,7 @@ TEST_F(CreateDirectory, TakesALinkToADirectoryForOne)
     EXPECT_TRUE(fs::is_symlink(directory / "alias"));
 }
 
-TEST_F(CreateDirectory, OnlyTracesWhatItCannotCreate)
+TEST_F(CreateDirectory, OnlyTracesAFailureToCreate)
 {
     for (const char* name : {"missing/below", "file", "file/below", "loop", "dangling", "fifo"}) {
         const std::string path = directory / name;
@@ -182,12 +182,12 @@ TEST_F(CreateDirectory, OnlyTracesWhatItCannotCreate)
         std::error_code noError;
         EXPECT_FALSE(fs::is_directory(path, noError)) << name;
     }
-    EXPECT_FALSE(fs::exists(directory / "missing")) << "no parents are made";
+    EXPECT_FALSE(fs::exists(directory / "missing")) << "no parents are created";
     EXPECT_EQ(support::readText(directory / "file"), "text");
 }
 
-// Nobody may change the mode of what the kernel shows there.
-TEST_F(CreateDirectory, ThrowsWhenTheModeOfAnExistingOneCannotBeChanged)
+// No user may change the mode of what the kernel shows there.
+TEST_F(CreateDirectory, ThrowsWhenTheModeOfAnExistingDirectoryCannotBeChanged)
 {
     const std::size_t before = support::openDescriptorCount();
     EXPECT_EQ(thrownBy([] { Tools::createDirectory("/proc/self/fd", 0700); }),
@@ -204,7 +204,7 @@ TEST_F(CreateDirectory, LeavesNoDescriptorOpen)
     EXPECT_EQ(support::openDescriptorCount(), before);
 }
 
-TEST_F(FilesIn, ArePrintedNothingAboutWhileTheDebugFlagIsClear)
+TEST_F(Files, FailSilentlyWithoutTheDebugFlag)
 {
     const support::CapturedErrors errors;
     Tools::createDirectory(directory / "missing/below", 0700);

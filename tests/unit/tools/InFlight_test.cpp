@@ -19,11 +19,11 @@ struct TierRow {
     const char* expected;
 };
 
-TEST(OrRuntimeError, GivesEachTierItsText)
+TEST(OrRuntimeError, UsesTheTextOfEachTier)
 {
     const TierRow rows[] = {
         {"the first type", [] { throw std::runtime_error("a"); }, "first: a"},
-        {"one derived from the first type", [] { throw std::range_error("b"); }, "first: b"},
+        {"a type derived from the first type", [] { throw std::range_error("b"); }, "first: b"},
         {"another standard exception", [] { throw std::logic_error("c"); }, "second: c"},
         {"no standard exception", [] { throw 1; }, "generic."},
         {"an empty text stays empty", [] { throw std::logic_error(""); }, "second: "},
@@ -39,12 +39,12 @@ TEST(OrRuntimeError, GivesEachTierItsText)
     }
 }
 
-TEST(OrRuntimeError, KnowsTheTwoTypesThatTheCallerNames)
+TEST(OrRuntimeError, CatchesTheTwoTypesThatTheCallerNames)
 {
     const TierRow rows[] = {
         {"the first type", [] { throw std::invalid_argument("a"); }, "first: a"},
         {"the second type", [] { throw std::out_of_range("b"); }, "second: b"},
-        {"any other", [] { throw std::runtime_error("c"); }, "generic."},
+        {"any other type", [] { throw std::runtime_error("c"); }, "generic."},
     };
     for (const TierRow& row : rows) {
         EXPECT_EQ(thrownBy([&] {
@@ -56,7 +56,7 @@ TEST(OrRuntimeError, KnowsTheTwoTypesThatTheCallerNames)
     }
 }
 
-TEST(OrRuntimeError, GivesBackWhatTheWorkReturns)
+TEST(OrRuntimeError, ReturnsTheResultOfTheWork)
 {
     EXPECT_EQ(ostrel::orRuntimeError<std::runtime_error>(texts, [] { return 7; }), 7);
     bool isDone = false;
@@ -64,7 +64,7 @@ TEST(OrRuntimeError, GivesBackWhatTheWorkReturns)
     EXPECT_TRUE(isDone);
 }
 
-TEST(DescribeInFlight, LeavesTheExceptionToItsHandler)
+TEST(DescribeInFlight, DoesNotConsumeTheException)
 {
     try {
         throw std::out_of_range("a");

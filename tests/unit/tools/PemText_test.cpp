@@ -14,18 +14,19 @@ struct FirstCertificateRow {
     std::string expected;
 };
 
-TEST(FirstCertificate, IsTheLinesFromTheFirstBeginToItsEnd)
+TEST(FirstCertificate, ConsistsOfTheLinesFromTheFirstBeginToItsEnd)
 {
     const FirstCertificateRow rows[] = {
-        {"a lone certificate", begin + "AA\n" + end, begin + "AA\n" + end},
-        {"text before and behind is dropped", "x\n" + begin + "AA\n" + end + "y\n",
+        {"a single certificate", begin + "AA\n" + end, begin + "AA\n" + end},
+        {"text before and after is dropped", "x\n" + begin + "AA\n" + end + "y\n",
          begin + "AA\n" + end},
         {"a second certificate is dropped", begin + "AA\n" + end + begin + "BB\n" + end,
          begin + "AA\n" + end},
-        {"an END line without a line feed gets one", begin + "AA\n-----END CERTIFICATE-----",
+        {"a missing line feed after the END line is added", begin + "AA\n-----END CERTIFICATE-----",
          begin + "AA\n" + end},
-        {"one cut off after a line feed ends in an empty line", begin + "AA\n", begin + "AA\n\n"},
-        {"one cut off within a line ends there", begin + "AA", begin + "AA\n"},
+        {"a certificate cut off after a line feed ends in an empty line", begin + "AA\n",
+         begin + "AA\n\n"},
+        {"a certificate cut off within a line ends there", begin + "AA", begin + "AA\n"},
         {"without a BEGIN line, the last line", "x\ny", "y\n"},
         {"without a BEGIN line, after a line feed, an empty line", "x\ny\n", "\n"},
         {"an empty text gives an empty line", "", "\n"},
@@ -50,24 +51,24 @@ TEST(SameCertificate, IsDecidedLineByLine)
     const SameRow rows[] = {
         {"equal texts", whole, whole, true},
         {"other text before the BEGIN line", "x\n" + whole, "y\n\n" + whole, true},
-        {"other text behind the END line", whole + "x\n", whole, true},
-        {"another wrapping", whole, begin + "A\nABB\n" + end, false},
+        {"other text after the END line", whole + "x\n", whole, true},
+        {"another line length", whole, begin + "A\nABB\n" + end, false},
         {"other line ends", whole, begin + "AA\r\nBB\r\n" + end, false},
         {"one differs in its last line", whole, begin + "AA\nBC\n" + end, false},
         {"one is cut off after equal lines", whole, begin + "AA\n", true},
         {"one is cut off within a line", whole, begin + "A", false},
-        {"a BEGIN line and nothing more", whole, "-----BEGIN CERTIFICATE-----", true},
+        {"only a BEGIN line", whole, "-----BEGIN CERTIFICATE-----", true},
         {"one has no BEGIN line", whole, "AA\nBB\n" + end, false},
         {"both are empty", "", "", false},
     };
     for (const SameRow& row : rows) {
         EXPECT_EQ(ostrel::isSameCertificateText(row.a, row.b), row.expected) << row.sentence;
         EXPECT_EQ(ostrel::isSameCertificateText(row.b, row.a), row.expected)
-            << row.sentence << ", the other way round";
+            << row.sentence << ", in the other order";
     }
 }
 
-TEST(UnixLineEnds, ReplaceEveryCarriageReturnThatALineFeedFollows)
+TEST(UnixLineEnds, DropEveryCarriageReturnBeforeALineFeed)
 {
     const FirstCertificateRow rows[] = {
         {"nothing to do", "a\nb", "a\nb"},

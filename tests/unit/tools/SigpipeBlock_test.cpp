@@ -14,7 +14,7 @@ namespace
 using ostrel::Descriptor;
 using ostrel::SigpipeBlock;
 
-/// The writing end of a pipe that nobody reads.
+/// The writing end of a pipe without a reader.
 Descriptor brokenPipe()
 {
     int ends[2] = {-1, -1};
@@ -45,7 +45,7 @@ void setBlocked(bool blocked)
     ::pthread_sigmask(blocked ? SIG_BLOCK : SIG_UNBLOCK, &sigpipe, nullptr);
 }
 
-// With the default disposition, a signal that came through would end this test's process.
+// SIGPIPE has its default disposition here, so a delivered signal ends the test's process.
 TEST(SigpipeBlock, TurnsAWriteWithoutAReaderIntoAnError)
 {
     const Descriptor pipe = brokenPipe();
@@ -54,12 +54,12 @@ TEST(SigpipeBlock, TurnsAWriteWithoutAReaderIntoAnError)
         EXPECT_EQ(::write(pipe.get(), "x", 1), -1);
         EXPECT_EQ(errno, EPIPE);
     }
-    EXPECT_EQ(errno, EPIPE) << "the reason outlives the block";
+    EXPECT_EQ(errno, EPIPE) << "errno is still set after the block";
     EXPECT_FALSE(isBlocked());
     EXPECT_FALSE(isPending());
 }
 
-TEST(SigpipeBlock, LeavesTheDispositionAlone)
+TEST(SigpipeBlock, DoesNotChangeTheDisposition)
 {
     const SigpipeBlock noSignal;
     struct sigaction action = {};
@@ -67,7 +67,7 @@ TEST(SigpipeBlock, LeavesTheDispositionAlone)
     EXPECT_EQ(action.sa_handler, SIG_DFL);
 }
 
-TEST(SigpipeBlock, LeavesAMaskThatBlockedAlreadyAsItWas)
+TEST(SigpipeBlock, KeepsSigpipeBlockedIfItWasBlockedBefore)
 {
     const Descriptor pipe = brokenPipe();
     setBlocked(true);
@@ -76,10 +76,10 @@ TEST(SigpipeBlock, LeavesAMaskThatBlockedAlreadyAsItWas)
         EXPECT_EQ(::write(pipe.get(), "x", 1), -1);
     }
     EXPECT_TRUE(isBlocked());
-    EXPECT_FALSE(isPending()) << "the signal of the write is not the caller's";
+    EXPECT_FALSE(isPending()) << "the signal of the write does not stay pending";
 }
 
-TEST(SigpipeBlock, LeavesASignalThatWasPendingBefore)
+TEST(SigpipeBlock, KeepsASignalThatWasPendingBefore)
 {
     const Descriptor pipe = brokenPipe();
     setBlocked(true);
@@ -91,7 +91,7 @@ TEST(SigpipeBlock, LeavesASignalThatWasPendingBefore)
     EXPECT_TRUE(isPending());
 }
 
-TEST(SigpipeBlock, WithoutAWriteChangesNothing)
+TEST(SigpipeBlock, RestoresTheMaskWithoutAWrite)
 {
     {
         const SigpipeBlock noSignal;
@@ -101,7 +101,7 @@ TEST(SigpipeBlock, WithoutAWriteChangesNothing)
     EXPECT_FALSE(isPending());
 }
 
-TEST(SigpipeBlock, NestsInAnother)
+TEST(SigpipeBlock, CanBeNested)
 {
     const Descriptor pipe = brokenPipe();
     {
@@ -117,7 +117,7 @@ TEST(SigpipeBlock, NestsInAnother)
     EXPECT_FALSE(isPending());
 }
 
-TEST(SigpipeBlock, IsTheThreadsOwn)
+TEST(SigpipeBlock, AffectsOnlyItsThread)
 {
     const SigpipeBlock noSignal;
     std::thread([] {

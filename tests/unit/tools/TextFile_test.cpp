@@ -35,7 +35,7 @@ TEST(ReadTextFile, ReadsAFileOfAnySizeToItsEnd)
     }
 }
 
-TEST(ReadTextFile, ReadsWhatClaimsToBeEmpty)
+TEST(ReadTextFile, ReadsAFileWhoseReportedSizeIsZero)
 {
     ASSERT_EQ(std::filesystem::file_size("/proc/self/smaps"), 0U);
     const TextFile file = readTextFile("/proc/self/smaps");
@@ -55,7 +55,7 @@ TEST(ReadTextFile, ReadsAFifoUntilItsWriterIsGone)
     EXPECT_TRUE(file.text == text) << file.text.size();
 }
 
-TEST(ReadTextFile, TellsAFileThatCannotBeOpened)
+TEST(ReadTextFile, ReportsAFileThatCannotBeOpened)
 {
     const support::TemporaryDirectory directory;
     support::writeText(directory / "file", "text");
@@ -70,10 +70,10 @@ TEST(ReadTextFile, TellsAFileThatCannotBeOpened)
     }
 }
 
-TEST(ReadTextFile, TakesAReadErrorForTheEnd)
+TEST(ReadTextFile, ReportsATextThatEndsInAReadErrorAsIncomplete)
 {
     const support::TemporaryDirectory directory;
-    // Both open; the first byte of one cannot be read, nor the first page of the other's memory.
+    // Both files open, but a directory cannot be read, nor can the unmapped first page of memory.
     for (const std::string& path : {directory.path(), std::string("/proc/self/mem")}) {
         const TextFile file = readTextFile(path);
         EXPECT_TRUE(file.isOpen) << path;
@@ -91,7 +91,7 @@ TEST(ReadTextFile, LeavesNoDescriptorOpen)
     EXPECT_EQ(support::openDescriptorCount(), before);
 }
 
-/// Gives its text and then fails, as a disk does.
+/// Supplies its text and then throws, as a failing disk does.
 class FailingBuffer : public std::streambuf
 {
 public:
@@ -127,11 +127,11 @@ TEST(ReadRest, ReadsAStreamToItsEnd)
         std::istringstream stream(row.text);
         EXPECT_EQ(ostrel::readRest(stream), row.text) << row.sentence;
         EXPECT_TRUE(stream.eof()) << row.sentence;
-        EXPECT_EQ(ostrel::readRest(stream), "") << row.sentence << ", once more";
+        EXPECT_EQ(ostrel::readRest(stream), "") << row.sentence << ", second call";
     }
 }
 
-TEST(ReadRest, StartsWhereTheStreamStands)
+TEST(ReadRest, StartsAtTheCurrentPosition)
 {
     std::istringstream stream("a\nb\nc");
     std::string line;
@@ -139,7 +139,7 @@ TEST(ReadRest, StartsWhereTheStreamStands)
     EXPECT_EQ(ostrel::readRest(stream), "b\nc");
 }
 
-TEST(ReadRest, TakesAReadErrorForTheEndAndKeepsWhatCameBefore)
+TEST(ReadRest, TreatsAReadErrorAsTheEndAndKeepsTheTextBefore)
 {
     for (const char* text : {"", "a\n", "a\nb"}) {
         FailingBuffer buffer(text);
@@ -149,7 +149,7 @@ TEST(ReadRest, TakesAReadErrorForTheEndAndKeepsWhatCameBefore)
     }
 }
 
-TEST(ReadRest, OfAStreamThatFailedBeforeIsEmpty)
+TEST(ReadRest, ReturnsNothingFromAFailedStream)
 {
     std::istringstream stream("text");
     stream.setstate(std::ios::failbit);
@@ -175,7 +175,7 @@ std::vector<std::string> gotByStream(const std::string& text)
     return lines;
 }
 
-TEST(TextLines, EndInOneMoreEmptyLineAfterTheLastLineFeed)
+TEST(TextLines, EndInAnEmptyLineAfterATrailingLineFeed)
 {
     EXPECT_THAT(walked(""), ElementsAre(""));
     EXPECT_THAT(walked("a"), ElementsAre("a"));
@@ -184,7 +184,7 @@ TEST(TextLines, EndInOneMoreEmptyLineAfterTheLastLineFeed)
     EXPECT_THAT(walked("a\r\nb"), ElementsAre("a\r", "b"));
 }
 
-TEST(TextLines, AreThoseOfAStreamLoopForEveryShortText)
+TEST(TextLines, MatchALoopOverAStreamForEveryShortText)
 {
     std::vector<std::string> texts = {""};
     for (std::size_t next = 0; next < texts.size(); ++next) {
@@ -197,7 +197,7 @@ TEST(TextLines, AreThoseOfAStreamLoopForEveryShortText)
     EXPECT_EQ(texts.size(), 511U);
 }
 
-TEST(TextLines, HaveNoFurtherLineRightAfterTheLastLineFeed)
+TEST(TextLines, HaveNoFurtherLineAfterATrailingLineFeed)
 {
     TextLines lines("a\nb\n");
     EXPECT_TRUE(lines.hasFurtherLine());

@@ -57,12 +57,12 @@ TEST(Trace, FlushesEachLine)
     EXPECT_EQ(written, "line\n");
 }
 
-/// Takes nothing.
+/// Accepts no character.
 class FullBuffer : public std::streambuf
 {
 };
 
-TEST(Trace, IsLostWhereTheStreamFailsAndThrows)
+TEST(Trace, DropsALineWhenTheStreamThrows)
 {
     const support::CapturedTrace errors;
     FullBuffer full;
@@ -87,7 +87,7 @@ std::vector<std::string> linesOf(const std::string& text)
     return lines;
 }
 
-TEST(Trace, KeepsTheLinesOfConcurrentThreadsWhole)
+TEST(Trace, DoesNotMixTheLinesOfConcurrentThreads)
 {
     constexpr std::size_t threadCount = 4;
     constexpr std::size_t linesEach = 500;

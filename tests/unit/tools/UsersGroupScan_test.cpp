@@ -23,7 +23,8 @@ struct ScanRow {
     std::vector<std::uint32_t> expected;
 };
 
-// Intended: any mention counts but for one at the very start of the line.
+// Intended: any mention of the user counts, except at the very start of the
+// line.
 const ScanRow rows[] = {
     {"a listed member", "bob", "a:x:1:bob\n", {1}},
     {"in file order", "bob", "c:x:3:bob\na:x:1:alice,bob\nb:x:2:bob,alice\n", {3, 1, 2}},
@@ -35,14 +36,14 @@ const ScanRow rows[] = {
     {"a part of a member's name", "adm", "a:x:1:admin\n", {1}},
     {"a part of the id", "12", "a:x:3124:\n", {3124}},
     {"the password field", "x", "a:x:1:\n", {1}},
-    {"two groups of one id", "bob", "a:x:1:bob\nb:x:1:bob\n", {1, 1}},
+    {"two groups with the same id", "bob", "a:x:1:bob\nb:x:1:bob\n", {1, 1}},
     {"the same group twice", "bob", "a:x:1:bob\na:x:1:bob\n", {1, 1}},
-    {"another case", "Bob", "a:x:1:bob\n", {}},
+    {"a name that differs in case", "Bob", "a:x:1:bob\n", {}},
     {"the last line without a line feed", "bob", "a:x:1:alice\nb:x:2:bob", {2}},
-    {"empty lines between", "bob", "\n\na:x:1:bob\n\n", {1}},
+    {"empty lines", "bob", "\n\na:x:1:bob\n\n", {1}},
     {"a group that the database does not know", "bob", "bad:x:id:bob\nshort:bob\na:x:3:bob\n", {3}},
     {"a line without a colon", "bob", "a bob\nb:x:2:bob\n", {2}},
-    {"a comment", "bob", "# a:x:1:bob\nb:x:2:bob\n", {2}},
+    {"a line that is commented out", "bob", "# a:x:1:bob\nb:x:2:bob\n", {2}},
     {"a user without a name", "", "a:x:1:bob\nb:x:2:\n", {}},
     {"a user that holds a separator", "1:bob", "a:x:1:bob\n", {1}},
     {"the id 0", "bob", "root:x:0:bob\n", {0}},
@@ -50,7 +51,7 @@ const ScanRow rows[] = {
     {"an empty file and a user without a name", "", "", {}},
 };
 
-TEST(GetGroups, AreThoseOfTheLinesThatMentionTheUser)
+TEST(GetGroups, ReturnsTheGroupsWhoseLineMentionsTheUser)
 {
     const Accounts accounts;
     for (const ScanRow& row : rows) {
@@ -59,7 +60,7 @@ TEST(GetGroups, AreThoseOfTheLinesThatMentionTheUser)
     }
 }
 
-TEST(GetGroups, AreTracedAsTheyAreFound)
+TEST(GetGroups, TracesEachGroup)
 {
     const Accounts accounts;
     Accounts::setGroups("b:x:22:bob\nbob:x:5:\nunknown\na:x:11:bob\nbad:x:id:bob\n");
@@ -68,7 +69,7 @@ TEST(GetGroups, AreTracedAsTheyAreFound)
     EXPECT_EQ(errors.text(), "Group: b - 22\nGroup: a - 11\n");
 }
 
-TEST(GetGroups, OfAFileThatCannotBeReadAreNone)
+TEST(GetGroups, ReturnsNoGroupsWhenTheFileCannotBeRead)
 {
     const Accounts accounts;
     std::filesystem::remove("/etc/group");

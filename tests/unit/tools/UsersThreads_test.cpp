@@ -23,7 +23,7 @@ std::string numbered(const std::string& name, unsigned int number)
     return name + std::to_string(number);
 }
 
-/// Counts the answers of one thread that are another one's.
+/// Counts the answers that belong to another thread.
 int wrongAnswers(unsigned int number)
 {
     int wrong = 0;
@@ -40,7 +40,7 @@ int wrongAnswers(unsigned int number)
     return wrong;
 }
 
-TEST(UserLookUps, MayBeMadeBySeveralThreadsAtOnce)
+TEST(UserLookUps, AreSafeInSeveralThreads)
 {
     const Accounts accounts;
     std::string users = "root:x:0:0::/:/bin/sh\n";

@@ -41,28 +41,28 @@ protected:
     const Accounts accounts;
 };
 
-TEST_F(Users, KnowTheNameOfTheEffectiveUser)
+TEST_F(Users, AreNamedByTheEffectiveId)
 {
     EXPECT_EQ(Tools::getUserName(), "root");
     Accounts::setUsers("chief:x:0:0::/:/bin/sh\n");
     EXPECT_EQ(Tools::getUserName(), "chief");
 }
 
-TEST_F(Users, HaveNoNameWhereTheIdHasNoEntry)
+TEST_F(Users, HaveNoNameWhenTheIdHasNoEntry)
 {
     Accounts::setUsers("alice:x:4001:5001::/:/bin/false\n");
     EXPECT_EQ(Tools::getUserName(), "");
     EXPECT_EQ(Tools::getUid(), 0U);
 }
 
-TEST_F(Users, GoByTheEffectiveIdAndNotTheRealOne)
+TEST_F(Users, AreIdentifiedByTheEffectiveIdNotTheRealId)
 {
     EXPECT_EQ(Tools::getUid(), ::geteuid());
     if (!Accounts::hasOtherIds()) {
         GTEST_SKIP() << "an ordinary user's namespace has no second id";
     }
     EXPECT_EQ(inChild([] {
-                  // As under a set-user-id program of alice's.
+                  // Like a set-user-id program of alice's.
                   const int result = ::setresuid(0, 4001, 4001);
                   return std::to_string(result) + ' ' + std::to_string(::getuid()) + ' ' +
                          std::to_string(Tools::getUid()) + ' ' + Tools::getUserName();
@@ -70,7 +70,7 @@ TEST_F(Users, GoByTheEffectiveIdAndNotTheRealOne)
               "0 0 4001 alice");
 }
 
-TEST_F(Users, KnowTheProcessTheyAreIn)
+TEST_F(Users, HaveTheIdOfTheirProcess)
 {
     EXPECT_EQ(Tools::getPid(), ::getpid());
     const std::string child = inChild([] { return std::to_string(Tools::getPid()); });
@@ -78,7 +78,7 @@ TEST_F(Users, KnowTheProcessTheyAreIn)
     EXPECT_GT(std::stoi(child), 0);
 }
 
-TEST_F(Users, ExistWhenTheDatabaseHasThem)
+TEST_F(Users, ExistWhenTheDatabaseListsThem)
 {
     for (const char* name : {"root", "alice", "bob"}) {
         EXPECT_TRUE(Tools::isUserExist(name)) << name;
@@ -88,7 +88,7 @@ TEST_F(Users, ExistWhenTheDatabaseHasThem)
     }
 }
 
-TEST_F(Users, FindNoOneInADatabaseThatIsNotThere)
+TEST_F(Users, DoNotExistWhenTheDatabaseIsMissing)
 {
     std::filesystem::remove("/etc/passwd");
     std::filesystem::remove("/etc/group");
@@ -102,7 +102,7 @@ TEST_F(Users, FindNoOneInADatabaseThatIsNotThere)
 
 using Groups = Users;
 
-TEST_F(Groups, ExistWhenTheDatabaseHasThem)
+TEST_F(Groups, ExistWhenTheDatabaseListsThem)
 {
     for (const char* name : {"root", "staff", "crew", "empty"}) {
         EXPECT_TRUE(Tools::isGroupExist(name)) << name;
@@ -112,7 +112,7 @@ TEST_F(Groups, ExistWhenTheDatabaseHasThem)
     }
 }
 
-// Intended: an unknown group and one with the id 0 give the same number.
+// Intended: an unknown group and a group with the id 0 give the same number.
 TEST_F(Groups, HaveAnIdOrZero)
 {
     const CapturedTrace errors;
@@ -122,7 +122,7 @@ TEST_F(Groups, HaveAnIdOrZero)
     EXPECT_EQ(errors.text(), "Group Id: staff - 5001\nGroup Id: root - 0\n");
 }
 
-TEST_F(Groups, HaveIdsOfAllThirtyTwoBits)
+TEST_F(Groups, HaveIdsOf32Bits)
 {
     Accounts::addGroup("far:x:4294967294:bob");
     const CapturedTrace errors;
@@ -132,7 +132,7 @@ TEST_F(Groups, HaveIdsOfAllThirtyTwoBits)
                              "Group: staff - 5001\nGroup: far - 4294967294\n");
 }
 
-TEST_F(Groups, HaveTheMembersThatTheyListAndNoOthers)
+TEST_F(Groups, HaveOnlyTheMembersThatTheyList)
 {
     const struct {
         const char* sentence;
@@ -142,10 +142,10 @@ TEST_F(Groups, HaveTheMembersThatTheyListAndNoOthers)
     } rows[] = {
         {"the first of the list", "bob", "staff", true},
         {"the last of the list", "root", "staff", true},
-        {"one that the list does not name", "root", "crew", false},
-        {"one whose primary group it is", "alice", "staff", false},
-        {"another one whose primary group it is", "bob", "crew", false},
-        {"a member that is no user", "ghost", "crew", false},
+        {"a user that the list does not name", "root", "crew", false},
+        {"a user whose primary group it is", "alice", "staff", false},
+        {"another user whose primary group it is", "bob", "crew", false},
+        {"a listed member that is not a user", "ghost", "crew", false},
         {"a group without members", "bob", "empty", false},
         {"a part of a member's name", "bo", "staff", false},
         {"an unknown group", "bob", "unknown", false},
@@ -157,7 +157,7 @@ TEST_F(Groups, HaveTheMembersThatTheyListAndNoOthers)
     }
 }
 
-TEST_F(Groups, MayHaveAnyNumberOfMembers)
+TEST_F(Groups, CanHaveAnyNumberOfMembers)
 {
     std::string line = "crowd:x:6001:";
     for (int number = 0; number < 3000; ++number) {
