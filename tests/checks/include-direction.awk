@@ -74,7 +74,7 @@ function check_include(source, place, line,    name, target, from, to) {
     }
 }
 
-# Which of our files an include means, if one of ours.
+# The project's file that an include names, or "" when it names none.
 function target_of(source, name,    beside) {
     beside = source
     sub(/[^\/]*$/, name, beside)

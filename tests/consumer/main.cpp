@@ -1,4 +1,4 @@
-// Uses something of each include root, so that every part of the library links.
+// Uses each include root, so that every part of the library is linked.
 
 #include <ostrel/CertificateIdList.h>
 #include <ostrelApi/OstrelService.h>

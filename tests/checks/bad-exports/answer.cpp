@@ -1,4 +1,4 @@
-// Built twice, with another width of time each.
+// Built twice, with a different width of time_t each time.
 void same(int);
 void sinceThen(Time);
 

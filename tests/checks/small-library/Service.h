@@ -14,13 +14,13 @@ enum Kind : std::int32_t {
     KindOther = 1,
 };
 
-/// What programs hold by value.
+/// Programs hold it by value.
 struct Settings {
     std::string name;
     std::int32_t count = 0;
 };
 
-/// What programs call, and may derive from.
+/// Programs call it and may derive from it.
 class SMALL_API Service
 {
 public:
