@@ -30,7 +30,7 @@ void putAnothersDirectory(const std::string& path)
 
 /// A client creates a file with the name of a store's directory before the
 /// service has that store.
-TEST_F(ForeignFiles, AreReplacedByTheDirectoryOfANewStore)
+TEST_F(ForeignFiles, AreReplacedByTheDirectoryOfAnAddedStore)
 {
     const struct {
         const char* sentence;

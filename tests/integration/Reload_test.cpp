@@ -48,7 +48,7 @@ protected:
     const std::string full = refusal(32).substr(0, payload("").size());
 };
 
-TEST_F(Reload, ServesANewService)
+TEST_F(Reload, ServesAnAddedService)
 {
     device.addService("mail", "managmentGroup ostrel\nca yes\n");
     EXPECT_EQ(askStatus("mail"), refusal(11));

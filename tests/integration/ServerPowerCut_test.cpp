@@ -183,7 +183,7 @@ TEST_P(PowerCut, LeavesACompleteSetActiveOrNoSet)
                                                          : server_case::refusal(20));
 }
 
-TEST_P(PowerCut, LeavesAServiceThatAcceptsANewCertificate)
+TEST_P(PowerCut, LeavesAServiceThatAcceptsAnotherCertificate)
 {
     daemon.start();
     GetParam().make(paths, applyNew());
@@ -266,7 +266,7 @@ TEST_F(Kill, DuringAChangeOfTheCertificateLeavesACompleteSet)
     EXPECT_NE(web().getServerActiveCertificateId(), first);
 }
 
-TEST_F(Kill, DuringANewRequestLeavesTheNewOneOrTheFormerOne)
+TEST_F(Kill, DuringAnotherRequestLeavesTheNewOneOrTheFormerOne)
 {
     daemon.start();
     requestNew();

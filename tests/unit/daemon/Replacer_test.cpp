@@ -132,7 +132,7 @@ TEST_F(Replacement, DoesNotSyncVolatileFiles)
     EXPECT_THAT(syncs, IsEmpty());
 }
 
-TEST_F(LastingReplacement, SyncsTheParentOfANewPersistentDirectory)
+TEST_F(LastingReplacement, SyncsTheParentOfACreatedPersistentDirectory)
 {
     for (const auto& [name, durability] :
          {std::pair("lasting", Durability::Lasting), std::pair("volatile", Durability::Volatile)}) {

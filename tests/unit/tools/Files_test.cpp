@@ -145,7 +145,7 @@ TEST_F(GetRights, ThrowsForAnUnreachableFile)
 
 using CreateDirectory = Files;
 
-TEST_F(CreateDirectory, AppliesTheUmaskToTheModeOfANewDirectory)
+TEST_F(CreateDirectory, AppliesTheUmaskToTheModeOfACreatedDirectory)
 {
     ::umask(027);
     Tools::createDirectory(directory / "new", 0777);
