@@ -113,7 +113,7 @@ TEST(Program, StartsWithNoSignalBlockedOrIgnored)
 TEST(Program, IsWaitedForWithoutAProcessDescriptor)
 {
     if (!support::denySystemCalls({SYS_pidfd_open}, ENOSYS)) {
-        GTEST_SKIP() << "this machine denies no system calls";
+        GTEST_SKIP() << "the kernel has no seccomp filters";
     }
     EXPECT_EQ(run("printf one"), "one");
     EXPECT_EQ(run("exec >&-; sleep 0.05"), "");

@@ -35,7 +35,7 @@ protected:
         support::Device::replaceSystemFile("/etc/nsswitch.conf", "hosts: files dns\n");
 #ifdef SYS_socket
         if (!support::denySystemCalls({SYS_socket}, EMFILE)) {
-            GTEST_SKIP() << "this machine denies no system calls";
+            GTEST_SKIP() << "the kernel has no seccomp filters";
         }
 #endif
     }
