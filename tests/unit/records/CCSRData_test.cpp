@@ -25,7 +25,7 @@ const char* const fullText = "subject_name C=US, OU=a, CN=web\n"
                              "public_key_type EC\n"
                              "signatureAlgorithm_type ecdsa-with-SHA256\n";
 
-TEST(CsrData, StartsWithAKeySizeAndAVersionAlone)
+TEST(CsrData, StartsWithOnlyAKeySizeAndAVersion)
 {
     const CCSRData data;
     EXPECT_EQ(data.publicKeySizeBits, 2048);
@@ -46,7 +46,7 @@ TEST(CsrData, ReadsEachFieldIntoItsMember)
     EXPECT_EQ(data.signatureAlgorithmType, "ecdsa-with-SHA256");
 }
 
-TEST(CsrData, ComesBackAsItWasWritten)
+TEST(CsrData, CanBeReadBackUnchanged)
 {
     EXPECT_EQ(textOf(dataOf(fullText)), fullText);
 }
@@ -56,7 +56,7 @@ struct Row {
     const char* line;
 };
 
-TEST(CsrData, IgnoresWhatIsNoneOfItsFields)
+TEST(CsrData, IgnoresOtherFields)
 {
     const Row rows[] = {
         {"an empty text", ""},
@@ -66,7 +66,7 @@ TEST(CsrData, IgnoresWhatIsNoneOfItsFields)
         {"dates", "validNotBeforeDate 9\nvalidNotAfterDate 9\n"},
         {"a public key", "public_key 9\n"},
         {"a comment", "# csr_version 9\n"},
-        {"another spelling", "Csr_version 9\n"},
+        {"a key that differs in case", "Csr_version 9\n"},
     };
     for (const Row& row : rows) {
         const CCSRData data = dataOf(row.line);
@@ -81,7 +81,7 @@ TEST(CsrData, ReadsNumbersByTheirLeadingDigits)
     EXPECT_EQ(dataOf("public_key_size_bits -010\n").publicKeySizeBits, -10);
 }
 
-TEST(CsrData, KeepsTheFieldsThatATextLacks)
+TEST(CsrData, KeepsFieldsThatTheTextLacks)
 {
     CCSRData data = dataOf(fullText);
     data.from(defaultText);
@@ -115,17 +115,17 @@ TEST(CsrData, ReadsTwelveExtensionsInTheOrderOfTheirKeys)
     EXPECT_EQ(order, "0 1 10 11 2 3 4 5 6 7 8 9 ");
 }
 
-TEST(CsrData, WritesNumbersTheSameInEveryLocale)
+TEST(CsrData, WritesNumbersIndependentlyOfTheLocale)
 {
     const support::GroupedNumbers grouped;
     EXPECT_EQ(textOf(CCSRData()), defaultText);
 }
 
-TEST(CsrData, TracesItsExtensionsAlone)
+TEST(CsrData, TracesOnlyItsExtensions)
 {
     const support::CapturedTrace trace;
     dataOf("csr_version 9\nv3Extention0\n");
-    EXPECT_EQ(trace.text(), "") << "a line without a space is no field";
+    EXPECT_EQ(trace.text(), "") << "a line without a space is not a field";
     dataOf("csr_version 9\nv3Extention0 comment x\n");
     EXPECT_EQ(trace.text(), "v3Extention key:v3Extention0\n"
                             "v3Extention value:comment x\n"
@@ -133,7 +133,7 @@ TEST(CsrData, TracesItsExtensionsAlone)
                             "v3Extention:comment x\n");
 }
 
-TEST(CsrData, WritesNothingToTheErrorStreamWithoutTheDebugFlag)
+TEST(CsrData, TracesNothingWithoutTheDebugFlag)
 {
     const support::CapturedErrors errors;
     dataOf("v3Extention0 comment x\n");

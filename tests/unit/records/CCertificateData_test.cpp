@@ -98,7 +98,7 @@ TEST(CertificateData, ReadsEachFieldIntoItsMember)
     EXPECT_EQ(data.issuerName.commonName, "root");
 }
 
-TEST(CertificateData, ComesBackAsItWasWritten)
+TEST(CertificateData, CanBeReadBackUnchanged)
 {
     EXPECT_EQ(textOf(dataOf(fullText)), fullText);
 }
@@ -109,7 +109,7 @@ struct ParseRow {
     const char* written;
 };
 
-// The lines of a record that differ from another's.
+// The lines of a record that differ from those of another record.
 std::string differingLines(const std::string& text, const std::string& former)
 {
     std::istringstream lines(text);
@@ -123,43 +123,45 @@ std::string differingLines(const std::string& text, const std::string& former)
     return result;
 }
 
-TEST(CertificateData, TakesWhatALineHoldsAndKeepsTheRest)
+TEST(CertificateData, ReadsTheFieldsOfATextAndKeepsTheOthers)
 {
     const ParseRow rows[] = {
         {"an empty text", "", ""},
         {"an empty value is skipped", "public_key_type \n", ""},
-        {"a key alone is skipped", "cert_serial\n", ""},
+        {"a key without a value is skipped", "cert_serial\n", ""},
         {"an unknown key is skipped", "csr_version 9\n", ""},
         {"keys are case-sensitive", "Cert_serial 9\n", ""},
-        {"a key that holds another is its own", "xcert_serial 9\npublic_keys 9\n", ""},
+        {"a key that contains another key is a different key", "xcert_serial 9\npublic_keys 9\n",
+         ""},
         {"the first of two lines counts", "cert_serial 8\ncert_serial 9\n", "cert_serial 8\n"},
         {"a comment is dropped", "cert_serial 8 # 9\n#cert_version 9\n", "cert_serial 8\n"},
         {"blanks around a line are dropped", "  cert_serial  8  \n", "cert_serial 8\n"},
         {"a last line without a line feed", "cert_serial 8", "cert_serial 8\n"},
-        {"a carriage return belongs to a text", "cert_serial 8\r\n", "cert_serial 8\r\n"},
-        {"and ends a number", "cert_version 8\r\n", "cert_version 8\n"},
+        {"a carriage return belongs to a text value", "cert_serial 8\r\n", "cert_serial 8\r\n"},
+        {"a carriage return ends a number", "cert_version 8\r\n", "cert_version 8\n"},
         {"the leading digits are the number", "cert_version 8.9x\n", "cert_version 8\n"},
         {"a negative number", "validity_days -8\n", "validity_days -8\n"},
         {"a number with a plus", "validity_days +8\n", "validity_days 8\n"},
-        {"no digits are 0", "public_key_size_bits many\n", "public_key_size_bits 0\n"},
+        {"a value without digits is 0", "public_key_size_bits many\n", "public_key_size_bits 0\n"},
         {"sizes are decimal", "public_key_size_bits 010\n", "public_key_size_bits 10\n"},
         {"a hexadecimal size is 0", "public_key_size_bits 0x10\n", "public_key_size_bits 0\n"},
         {"the largest size", "public_key_size_bits 2147483647\n",
          "public_key_size_bits 2147483647\n"},
         {"the smallest size", "public_key_size_bits -2147483648\n",
          "public_key_size_bits -2147483648\n"},
-        {"a size beyond 32 bits is cut", "public_key_size_bits 4294967298\n",
+        {"a size beyond 32 bits is truncated", "public_key_size_bits 4294967298\n",
          "public_key_size_bits 2\n"},
         {"a decimal date", "validNotAfterDate 16\n", "validNotAfterDate 16\n"},
         {"a hexadecimal date", "validNotBeforeDate 0x10\n", "validNotBeforeDate 16\n"},
         {"an octal date", "validNotBeforeDate 010\n", "validNotBeforeDate 8\n"},
-        {"no date", "validNotBeforeDate soon\nvalidNotAfterDate 7soon\n", "validNotAfterDate 7\n"},
+        {"a date without leading digits", "validNotBeforeDate soon\nvalidNotAfterDate 7soon\n",
+         "validNotAfterDate 7\n"},
         {"a negative date is a large number", "validNotBeforeDate -1\n",
          "validNotBeforeDate 18446744073709551615\n"},
-        {"a date beyond 64 bits is the largest signed one",
+        {"a date beyond 64 bits becomes the largest signed number",
          "validNotAfterDate 99999999999999999999\n", "validNotAfterDate 9223372036854775807\n"},
-        {"below them, the smallest one", "validNotAfterDate -99999999999999999999\n",
-         "validNotAfterDate 9223372036854775808\n"},
+        {"a date below 64 bits becomes the smallest signed number",
+         "validNotAfterDate -99999999999999999999\n", "validNotAfterDate 9223372036854775808\n"},
         {"a name is read as a name", "subject_name CN=a, junk, C=b\n", "subject_name C=b, CN=a\n"},
         {"a text keeps its inner blanks", "public_key_type a  b\tc\n", "public_key_type a  b\tc\n"},
     };
@@ -169,7 +171,7 @@ TEST(CertificateData, TakesWhatALineHoldsAndKeepsTheRest)
     }
 }
 
-TEST(CertificateData, KeepsTheFieldsThatATextLacks)
+TEST(CertificateData, KeepsFieldsThatTheTextLacks)
 {
     CCertificateData data = dataOf(fullText);
     data.from("cert_version 2\nsubject_name CN=new\n");
@@ -181,7 +183,7 @@ TEST(CertificateData, KeepsTheFieldsThatATextLacks)
     EXPECT_EQ(data.certVersion, 3);
 }
 
-TEST(CertificateData, WritesEachExtensionWithAnEmptyLineBehindIt)
+TEST(CertificateData, WritesAnEmptyLineAfterEachExtension)
 {
     CCertificateData data = dataOf(fullText);
     data.v3Extensions = {extension("a"), extension("b")};
@@ -200,23 +202,23 @@ TEST(CertificateData, ReadsTwelveExtensionsInTheOrderOfTheirKeys)
     EXPECT_EQ(idsOf(dataOf(textOf(data))), "0 1 10 11 2 3 4 5 6 7 8 9 ");
 }
 
-TEST(CertificateData, TakesEveryKeyThatContainsTheWordAsAnExtension)
+TEST(CertificateData, ReadsEveryKeyThatContainsV3ExtentionAsAnExtension)
 {
     EXPECT_EQ(idsOf(dataOf("xv3Extentionx obj_id 1\nv3Extention obj_id 2\nv3Extension0 obj_id 3\n"
                            "V3Extention0 obj_id 4\ncert_serial_v3Extention obj_id 5\n")),
               "5 2 1 ");
 }
 
-TEST(CertificateData, AddsTheExtensionsOfASecondText)
+TEST(CertificateData, AppendsTheExtensionsOfASecondText)
 {
     CCertificateData data = dataOf("v3Extention0 obj_id 1\n");
     data.from("v3Extention0 comment x\n");
     ASSERT_EQ(data.v3Extensions.size(), 2U);
     EXPECT_EQ(data.v3Extensions[1].comment, "x");
-    EXPECT_EQ(data.v3Extensions[1].obj_id, "") << "each is a fresh one";
+    EXPECT_EQ(data.v3Extensions[1].obj_id, "") << "each extension starts empty";
 }
 
-TEST(CertificateData, WritesNumbersTheSameInEveryLocale)
+TEST(CertificateData, WritesNumbersIndependentlyOfTheLocale)
 {
     CCertificateData data = dataOf(fullText);
     data.v3Extensions.assign(1001, extension("a"));
@@ -226,7 +228,7 @@ TEST(CertificateData, WritesNumbersTheSameInEveryLocale)
     EXPECT_EQ(dataOf(text).publicKeySizeBits, 4096);
 }
 
-TEST(CertificateData, TracesItsExtensionsAlone)
+TEST(CertificateData, TracesOnlyItsExtensions)
 {
     const support::CapturedTrace trace;
     dataOf("cert_serial 9\nv3Extention0 obj_id 1|x\n");
@@ -237,7 +239,7 @@ TEST(CertificateData, TracesItsExtensionsAlone)
                             "v3Extention:x\n");
 }
 
-TEST(CertificateData, WritesNothingToTheErrorStreamWithoutTheDebugFlag)
+TEST(CertificateData, TracesNothingWithoutTheDebugFlag)
 {
     const support::CapturedErrors errors;
     dataOf("cert_serial 9\nv3Extention0 obj_id 1|x\nnonsense\n");

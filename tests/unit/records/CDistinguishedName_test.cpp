@@ -53,19 +53,19 @@ CDistinguishedName defaultName()
     return name;
 }
 
-TEST(DistinguishedName, IsWrittenInOneOrderWithoutItsEmptyAttributes)
+TEST(DistinguishedName, IsWrittenInAFixedOrderWithoutEmptyAttributes)
 {
     using Name = CDistinguishedName;
     const RenderRow rows[] = {
-        {"a country alone", with(&Name::countryCode, "US"), "C=US"},
-        {"a state alone", with(&Name::state, "NC"), "ST=NC"},
-        {"a city alone", with(&Name::city, "Brackton"), "L=Brackton"},
-        {"a company alone", with(&Name::companyName, "Company"), "O=Company"},
-        {"a common name alone", with(&Name::commonName, "web"), "CN=web"},
-        {"a mail address alone", with(&Name::emailAddr, "a@b"), "email=a@b"},
+        {"only a country", with(&Name::countryCode, "US"), "C=US"},
+        {"only a state", with(&Name::state, "NC"), "ST=NC"},
+        {"only a city", with(&Name::city, "Brackton"), "L=Brackton"},
+        {"only a company", with(&Name::companyName, "Company"), "O=Company"},
+        {"only a common name", with(&Name::commonName, "web"), "CN=web"},
+        {"only a mail address", with(&Name::emailAddr, "a@b"), "email=a@b"},
         {"one division", withDivisions({"A"}), "OU=A"},
         {"divisions in their own order", withDivisions({"B", "A"}), "OU=B, OU=A"},
-        {"an empty division, unlike anything else empty", withDivisions({""}), "OU="},
+        {"an empty division, unlike other empty attributes", withDivisions({""}), "OU="},
         {"empty divisions among others", withDivisions({"", "A", ""}), "OU=, OU=A, OU="},
         {"nothing is quoted", with(&Name::commonName, "a, b=\"c\""), "CN=a, b=\"c\""},
         {"every attribute", defaultName(),
@@ -83,30 +83,30 @@ struct ParseRow {
     const char* rendered;
 };
 
-TEST(DistinguishedName, IsReadPieceByPiece)
+TEST(DistinguishedName, IsReadAttributeByAttribute)
 {
     const ParseRow rows[] = {
         {"an empty text", "", ""},
-        {"no attribute at all", "nonsense", ""},
-        {"separators alone", ", ,,=,", ""},
+        {"no attribute", "nonsense", ""},
+        {"only separators", ", ,,=,", ""},
         {"a comma and a space between attributes", "C=US, ST=NC", "C=US, ST=NC"},
         {"a bare comma", "C=US,ST=NC", "C=US, ST=NC"},
-        {"of two spaces one stays, and hides the attribute", "C=US,  ST=NC", "C=US"},
-        {"a space at the very start goes too", " C=US", "C=US"},
-        {"a tab stays", "\tC=US", ""},
+        {"the second of two spaces hides the attribute", "C=US,  ST=NC", "C=US"},
+        {"a space at the very start is dropped", " C=US", "C=US"},
+        {"a tab is not dropped", "\tC=US", ""},
         {"any order", "email=a@b, CN=web, OU=x, O=Co, L=City, ST=NC, C=US",
          "C=US, ST=NC, L=City, O=Co, OU=x, CN=web, email=a@b"},
         {"every division, in order", "OU=b, CN=web, OU=a", "OU=b, OU=a, CN=web"},
-        {"of two common names the last", "CN=a, CN=b", "CN=b"},
+        {"the last of two common names", "CN=a, CN=b", "CN=b"},
         {"an empty value changes nothing", "CN=a, CN=", "CN=a"},
         {"an empty division is lost", "OU=, OU=a", "OU=a"},
-        {"a value is cut at its first equals sign", "CN=a=b=c", "CN=a"},
+        {"a value ends at its first equals sign", "CN=a=b=c", "CN=a"},
         {"two equals signs leave an empty value", "CN=a, CN==b", ""},
         {"a value ends at a comma", "CN=a,b", "CN=a"},
         {"blanks around the equals sign count", "CN= a, ST =b", "CN= a"},
         {"names are case-sensitive", "cn=a, Email=b, EMAIL=c, c=US", ""},
         {"unknown names are skipped", "X=1, CN=a, emailAddress=b", "CN=a"},
-        {"a name that is the start of another is its own", "S=1, O=Co, E=x", "O=Co"},
+        {"a prefix of a name is a different name", "S=1, O=Co, E=x", "O=Co"},
         {"a comma at the end", "CN=a,", "CN=a"},
     };
     for (const ParseRow& row : rows) {
@@ -120,7 +120,7 @@ TEST(DistinguishedName, ReadsEachAttributeIntoItsMember)
     EXPECT_EQ(valuesOf(name), (Texts{"1", "2", "3", "4", "5", "6", "7", "8"}));
 }
 
-TEST(DistinguishedName, ForgetsTheFormerNameWhenItReadsAnother)
+TEST(DistinguishedName, IsClearedBeforeAnotherIsRead)
 {
     CDistinguishedName name = defaultName();
     name.from("CN=web");
@@ -129,14 +129,14 @@ TEST(DistinguishedName, ForgetsTheFormerNameWhenItReadsAnother)
     EXPECT_EQ(textOf(name), "");
 }
 
-TEST(DistinguishedName, ReadsATextThatIsItsOwnMember)
+TEST(DistinguishedName, CanBeReadFromItsOwnMember)
 {
     CDistinguishedName name = with(&CDistinguishedName::city, "CN=web, L=City");
     name.from(name.city);
     EXPECT_EQ(textOf(name), "L=City, CN=web");
 }
 
-TEST(DistinguishedName, ComesBackAsItWasWritten)
+TEST(DistinguishedName, CanBeReadBackUnchanged)
 {
     const char* const texts[] = {
         "C=US",

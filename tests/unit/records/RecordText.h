@@ -5,7 +5,7 @@
 namespace record_text
 {
 
-/// The text that a record gives.
+/// The text that a record writes.
 template <class Record>
 std::string textOf(Record record)
 {

@@ -31,7 +31,7 @@ struct Row {
 TEST(V3Extension, IsWrittenWithAllFourFieldsAndALineFeed)
 {
     const Row rows[] = {
-        {"a new one", v3Ext(), "obj_id |short_name |long_name |comment \n"},
+        {"a new extension", v3Ext(), "obj_id |short_name |long_name |comment \n"},
         {"every field", extension("2.5.29.19", "basicConstraints", "Basic Constraints", "CA:TRUE"),
          "obj_id 2.5.29.19|short_name basicConstraints|long_name Basic Constraints|"
          "comment CA:TRUE\n"},
@@ -51,10 +51,11 @@ TEST(V3Extension, IsReadFieldByField)
          "obj_id 1|short_name 2|long_name 3|comment 4"},
         {"any order", extension("1", "2", "3", "4"), "comment 4|long_name 3|obj_id 1|short_name 2"},
         {"an absent field keeps its value", extension("1", "short", "long", "x"), "obj_id 1"},
-        {"an empty text keeps all", extension("id", "short", "long", "x"), ""},
+        {"an empty text changes nothing", extension("id", "short", "long", "x"), ""},
         {"a key and a space set an empty value", extension("", "short", "long", "x"), "obj_id "},
-        {"a key alone is its own value", extension("id", "short", "long", "comment"), "comment"},
-        {"of two the last one counts", extension("2", "short", "long", "x"), "obj_id 1|obj_id 2"},
+        {"a key without a space is its own value", extension("id", "short", "long", "comment"),
+         "comment"},
+        {"the last of two counts", extension("2", "short", "long", "x"), "obj_id 1|obj_id 2"},
         {"only the first space separates", extension(" 1  2 ", "short", "long", "x"),
          "obj_id  1  2 "},
         {"a tab does not separate", extension("id", "short", "long", "x"), "obj_id\t1"},
@@ -72,21 +73,21 @@ TEST(V3Extension, IsReadFieldByField)
     }
 }
 
-TEST(V3Extension, ComesBackWithItsLineFeedInTheLastField)
+TEST(V3Extension, KeepsItsLineFeedInTheLastFieldWhenReadBack)
 {
     v3Ext value;
     value.from(textOf(extension("1", "2", "3", "4")));
     EXPECT_EQ(textOf(value), textOf(extension("1", "2", "3", "4\n")));
 }
 
-TEST(V3Extension, ReadsATextThatIsItsOwnMember)
+TEST(V3Extension, CanBeReadFromItsOwnMember)
 {
     v3Ext value = extension("", "", "", "comment x|obj_id 1");
     value.from(value.comment);
     EXPECT_EQ(textOf(value), textOf(extension("1", "", "", "x")));
 }
 
-TEST(V3Extension, TracesWhatItReads)
+TEST(V3Extension, TracesEachFieldThatItReads)
 {
     const support::CapturedTrace trace;
     v3Ext().from("obj_id 1||x");
@@ -103,7 +104,7 @@ TEST(V3Extension, TracesAnEmptyTextOnce)
     EXPECT_EQ(trace.text(), "v3Extentiondata:\n");
 }
 
-TEST(V3Extension, WritesNothingToTheErrorStreamWithoutTheDebugFlag)
+TEST(V3Extension, TracesNothingWithoutTheDebugFlag)
 {
     const support::CapturedErrors errors;
     v3Ext().from("obj_id 1|nonsense");

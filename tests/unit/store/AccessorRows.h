@@ -1,7 +1,7 @@
 #pragma once
 
-// What the tests of both accessors share: rows of paths, and a device whose
-// directories a row can foretell.
+// Shared by the tests of both accessors: rows of paths, and a device whose
+// directories the rows can name.
 
 #include "support/Device.h"
 
@@ -13,7 +13,7 @@
 namespace accessor_rows
 {
 
-/// A path as an accessor gives it and as it has to be.
+/// A path that an accessor returns, and the expected path.
 struct PathRow {
     const char* sentence;
     std::string path;

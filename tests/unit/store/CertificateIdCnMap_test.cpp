@@ -47,22 +47,22 @@ TEST(CertificateIdCnMap, ReadsAnIdASpaceAndANameOnEachLine)
         {"no space", "12\n", {}},
         {"a space and a name", " name\n", {{"", "name"}}},
         {"no name", "12 \n", {{"12", ""}}},
-        {"two lines of one id", "5 first\n5 second\n", {{"5", "first"}}},
+        {"two lines with one id", "5 first\n5 second\n", {{"5", "first"}}},
         {"blanks at the end stay", "1 a  \n", {{"1", "a  "}}},
         {"carriage returns stay", "1 a\r\n2 b\r\n", {{"1", "a\r"}, {"2", "b\r"}}},
         {"empty and malformed lines are skipped", "\nx\n1 a\n\t\n\n", {{"1", "a"}}},
-        {"out of order", "9 i\n10 t\n", {{"10", "t"}, {"9", "i"}}},
+        {"ids out of order", "9 i\n10 t\n", {{"10", "t"}, {"9", "i"}}},
     };
     const support::TemporaryDirectory directory;
     const std::string path = directory / "id_cn.map";
     for (const ReadRow& row : rows) {
         support::writeText(path, row.text);
         EXPECT_EQ(CertificateIdCnMap(path).entries(), row.expected) << row.sentence;
-        EXPECT_EQ(support::readText(path), row.text) << row.sentence << ": left as it was";
+        EXPECT_EQ(support::readText(path), row.text) << row.sentence << ": file unchanged";
     }
 }
 
-TEST(CertificateIdCnMap, AddsAFilesEntriesAndKeepsTheNamesAlreadyThere)
+TEST(CertificateIdCnMap, AddsEntriesFromAFileWithoutReplacingNames)
 {
     const support::TemporaryDirectory directory;
     support::writeText(directory / "a", "3 three\n1 one\n");
@@ -80,13 +80,13 @@ struct WriteRow {
 };
 
 const WriteRow written[] = {
-    {"none", {}, ""},
+    {"no entries", {}, ""},
     {"one", {{"12", "Root"}}, "12 Root\n"},
-    {"by ascending id", {{"9", "i"}, {"10", "t"}}, "10 t\n9 i\n"},
+    {"ids in ascending order", {{"9", "i"}, {"10", "t"}}, "10 t\n9 i\n"},
     {"a name with blanks", {{"1", "My  CA "}}, "1 My  CA \n"},
     {"an empty name", {{"1", ""}}, "1 \n"},
     {"an empty id", {{"", "Root"}}, " Root\n"},
-    {"one name twice", {{"1", "a"}, {"2", "a"}}, "1 a\n2 a\n"},
+    {"two ids with one name", {{"1", "a"}, {"2", "a"}}, "1 a\n2 a\n"},
 };
 
 TEST(CertificateIdCnMap, WritesAnIdASpaceAndANameOnEachLine)
@@ -101,7 +101,7 @@ TEST(CertificateIdCnMap, WritesAnIdASpaceAndANameOnEachLine)
         }
         std::filesystem::remove(path);
         mapOf({{"1", "a"}}).writeIntoFile(path, truncate);
-        EXPECT_EQ(support::readText(path), "1 a\n") << "a new file";
+        EXPECT_EQ(support::readText(path), "1 a\n") << "new file";
     }
 }
 
@@ -117,7 +117,7 @@ TEST(CertificateIdCnMap, ReadsBackWhatItWroteUnlessANameStartsWithABlank)
     EXPECT_EQ(CertificateIdCnMap(path).entries(), (Entries{{"1", "a"}}));
 }
 
-TEST(CertificateIdCnMap, KnowsItsIdsExactlyAndListsThem)
+TEST(CertificateIdCnMap, FindsOnlyItsExactIdsAndListsThem)
 {
     const CertificateIdCnMap map = mapOf({{"9", "nine"}, {"10", "ten"}});
     EXPECT_TRUE(map.certificateIdExist("9"));
@@ -129,14 +129,14 @@ TEST(CertificateIdCnMap, KnowsItsIdsExactlyAndListsThem)
     EXPECT_TRUE(map.toCertificateIdList().exist("9"));
 }
 
-TEST(CertificateIdCnMap, NamesAFileThatItCannotReadAndStaysAsItWas)
+TEST(CertificateIdCnMap, NamesAFileThatItCannotReadAndStaysUnchanged)
 {
     const support::TemporaryDirectory directory;
     std::filesystem::create_symlink(directory / "loop", directory / "loop");
     CertificateIdCnMap map = mapOf({{"1", "a"}});
     for (const char* name : {"missing", "missing/id_cn.map", "loop"}) {
         const std::string path = directory / name;
-        // Intended: the words of a list, for a map as well.
+        // Intended: the text says "list", although this is a map.
         const std::string expected =
             "std::runtime_error: Impossible to open the list file " + path + ".";
         EXPECT_EQ(thrownBy([&] { map.readFromFile(path); }), expected);
@@ -145,7 +145,7 @@ TEST(CertificateIdCnMap, NamesAFileThatItCannotReadAndStaysAsItWas)
     EXPECT_EQ(map.entries(), (Entries{{"1", "a"}}));
 }
 
-TEST(CertificateIdCnMap, NamesAFileThatItCannotWriteAndLeavesItAsItWas)
+TEST(CertificateIdCnMap, NamesAFileThatItCannotWriteAndDoesNotChangeIt)
 {
     const support::TemporaryDirectory directory;
     support::writeText(directory / "directory/kept", "text");
@@ -161,11 +161,12 @@ TEST(CertificateIdCnMap, NamesAFileThatItCannotWriteAndLeavesItAsItWas)
     EXPECT_FALSE(std::filesystem::exists(directory / "missing"));
 }
 
-TEST(CertificateIdCnMap, ReportsNoErrorOnceAFileIsOpenAndTracesNothing)
+TEST(CertificateIdCnMap, IgnoresReadAndWriteErrorsAndTracesNothing)
 {
     const support::TemporaryDirectory directory;
     const support::CapturedTrace trace;
-    EXPECT_TRUE(CertificateIdCnMap(directory.path()).entries().empty()) << "a directory opens";
+    EXPECT_TRUE(CertificateIdCnMap(directory.path()).entries().empty())
+        << "a directory can be opened";
     EXPECT_EQ(thrownBy([] { mapOf({{"1", "a"}}).writeIntoFile("/dev/full", true); }), "nothing");
     EXPECT_NE(thrownBy([&] { const CertificateIdCnMap map(directory / "missing"); }), "nothing");
     EXPECT_EQ(trace.text(), "");

@@ -27,8 +27,8 @@ const ReadRow files[] = {
     {"no line feed at the end", "a\nb", {"a", "b"}},
     {"an empty line and a repetition", "3\n\n1\n3", {"1", "3"}},
     {"empty lines everywhere", "\n\na\n\n\nb\n\n", {"a", "b"}},
-    {"nothing but empty lines", "\n\n\n", {}},
-    {"out of order", "9\n10\n", {"10", "9"}},
+    {"only empty lines", "\n\n\n", {}},
+    {"ids out of order", "9\n10\n", {"10", "9"}},
     {"blanks stay", " a \n\tb\t\n \n", {"\tb\t", " ", " a "}},
     {"a carriage return stays", "a\r\n\r\n", {"\r", "a\r"}},
     {"a comment is an id", "#a\n", {"#a"}},
@@ -36,18 +36,18 @@ const ReadRow files[] = {
     {"a long line", std::string(100000, 'x') + "\n", {std::string(100000, 'x')}},
 };
 
-TEST(CertificateIdListFile, IsReadOneIdALine)
+TEST(CertificateIdListFile, IsReadAsOneIdPerLine)
 {
     const support::TemporaryDirectory directory;
     const std::string path = directory / "list.txt";
     for (const ReadRow& row : files) {
         support::writeText(path, row.text);
         EXPECT_EQ(CertificateIdList(path).toArray(), row.expected) << row.sentence;
-        EXPECT_EQ(support::readText(path), row.text) << row.sentence << ": left as it was";
+        EXPECT_EQ(support::readText(path), row.text) << row.sentence << ": file unchanged";
     }
 }
 
-TEST(CertificateIdListFile, AddsItsIdsToThoseAlreadyThere)
+TEST(CertificateIdListFile, IsAddedToTheIdsOfTheList)
 {
     const support::TemporaryDirectory directory;
     support::writeText(directory / "a", "3\n1\n");
@@ -59,23 +59,23 @@ TEST(CertificateIdListFile, AddsItsIdsToThoseAlreadyThere)
     EXPECT_TRUE(list.exist("1"));
 }
 
-TEST(CertificateIdListFile, IsWrittenInOrderOneIdALine)
+TEST(CertificateIdListFile, IsWrittenAsOneIdPerLineInAscendingOrder)
 {
     const support::TemporaryDirectory directory;
     const std::string path = directory / "list.txt";
     for (const bool truncate : {false, true}) {
         SCOPED_TRACE(truncate);
         CertificateIdList(Ids{"9", "10", "9"}).writeIntoFile(path, truncate);
-        EXPECT_EQ(support::readText(path), "10\n9\n") << "a new file";
+        EXPECT_EQ(support::readText(path), "10\n9\n") << "new file";
         CertificateIdList(Ids{"a"}).writeIntoFile(path, truncate);
-        EXPECT_EQ(support::readText(path), "a\n") << "a longer file before";
+        EXPECT_EQ(support::readText(path), "a\n") << "the former file was longer";
         CertificateIdList().writeIntoFile(path, truncate);
-        EXPECT_EQ(support::readText(path), "") << "an empty list";
+        EXPECT_EQ(support::readText(path), "") << "empty list";
         std::filesystem::remove(path);
     }
 }
 
-TEST(CertificateIdListFile, ReadsBackAsItWasWritten)
+TEST(CertificateIdListFile, CanBeReadBackUnchanged)
 {
     const support::TemporaryDirectory directory;
     const std::string path = directory / "list.txt";
@@ -94,7 +94,7 @@ TEST(CertificateIdListFile, LosesTheEmptyIdWhenItIsReadBack)
     EXPECT_EQ(CertificateIdList(path).toArray(), Ids{"a"});
 }
 
-TEST(CertificateIdListFile, ThatCannotBeOpenedForReadingIsNamedAndLeavesTheListAsItWas)
+TEST(CertificateIdListFile, ThatCannotBeReadIsNamedAndDoesNotChangeTheList)
 {
     const support::TemporaryDirectory directory;
     std::filesystem::create_symlink(directory / "loop", directory / "loop");
@@ -110,7 +110,7 @@ TEST(CertificateIdListFile, ThatCannotBeOpenedForReadingIsNamedAndLeavesTheListA
     EXPECT_EQ(list.toArray(), (Ids{"a", "b"}));
 }
 
-TEST(CertificateIdListFile, ThatCannotBeOpenedForWritingIsNamedAndLeftAsItWas)
+TEST(CertificateIdListFile, ThatCannotBeWrittenIsNamedAndNotChanged)
 {
     const support::TemporaryDirectory directory;
     support::writeText(directory / "directory/kept", "text");
@@ -126,10 +126,10 @@ TEST(CertificateIdListFile, ThatCannotBeOpenedForWritingIsNamedAndLeftAsItWas)
     EXPECT_FALSE(std::filesystem::exists(directory / "missing"));
 }
 
-TEST(CertificateIdListFile, ReportsNoErrorOnceItIsOpen)
+TEST(CertificateIdListFile, IgnoresReadAndWriteErrorsOnceItIsOpen)
 {
     const support::TemporaryDirectory directory;
-    EXPECT_EQ(CertificateIdList(directory.path()).toArray(), Ids()) << "a directory opens";
+    EXPECT_EQ(CertificateIdList(directory.path()).toArray(), Ids()) << "a directory can be opened";
     EXPECT_EQ(thrownBy([] { CertificateIdList(Ids{"a"}).writeIntoFile("/dev/full", true); }),
               "nothing");
 }

@@ -26,15 +26,15 @@ struct OrderRow {
 };
 
 const OrderRow orders[] = {
-    {"none", {}, {}},
+    {"no ids", {}, {}},
     {"one", {"a"}, {"a"}},
-    {"in order", {"a", "b", "c"}, {"a", "b", "c"}},
-    {"in reverse", {"c", "b", "a"}, {"a", "b", "c"}},
+    {"ids in order", {"a", "b", "c"}, {"a", "b", "c"}},
+    {"ids in reverse order", {"c", "b", "a"}, {"a", "b", "c"}},
     {"digits are characters", {"9", "10", "1"}, {"1", "10", "9"}},
-    {"a repetition at once", {"a", "a", "b"}, {"a", "b"}},
-    {"a repetition later", {"b", "a", "b"}, {"a", "b"}},
-    {"nothing but repetitions", {"a", "a", "a"}, {"a"}},
-    {"a repetition behind a long ordered start", {"a", "b", "c", "d", "a"}, {"a", "b", "c", "d"}},
+    {"an id twice in a row", {"a", "a", "b"}, {"a", "b"}},
+    {"an id twice, apart", {"b", "a", "b"}, {"a", "b"}},
+    {"only repetitions", {"a", "a", "a"}, {"a"}},
+    {"a repetition after a long ordered start", {"a", "b", "c", "d", "a"}, {"a", "b", "c", "d"}},
     {"an empty id comes first", {"a", ""}, {"", "a"}},
     {"capitals before small letters", {"b", "A", "a", "B"}, {"A", "B", "a", "b"}},
     {"characters above 127 come last", {"\xFF", "z"}, {"z", "\xFF"}},
@@ -43,14 +43,14 @@ const OrderRow orders[] = {
     {"a NUL counts", {std::string("a\0", 2), "a"}, {"a", std::string("a\0", 2)}},
 };
 
-TEST(CertificateIdList, HoldsEachIdOnceInAscendingOrder)
+TEST(CertificateIdList, ReturnsEachIdOnceInAscendingOrder)
 {
     for (const OrderRow& row : orders) {
         EXPECT_EQ(CertificateIdList(row.ids).toArray(), row.expected) << row.sentence;
     }
 }
 
-TEST(CertificateIdList, IsASetWhateverTheOrderOfItsIds)
+TEST(CertificateIdList, IsTheSameForAnyOrderOfItsIds)
 {
     Ids ids = {"", "1", "1", "10", "2", "9"};
     do {
@@ -59,13 +59,13 @@ TEST(CertificateIdList, IsASetWhateverTheOrderOfItsIds)
     } while (std::next_permutation(ids.begin(), ids.end()));
 }
 
-TEST(CertificateIdList, GivesItsArrayAwayWhenItEnds)
+TEST(CertificateIdList, MovesItsArrayOutOfATemporaryList)
 {
     CertificateIdList list(Ids{"b", "a"});
     EXPECT_EQ(std::move(list).toArray(), (Ids{"a", "b"}));
 }
 
-TEST(CertificateIdList, KnowsItsIdsExactly)
+TEST(CertificateIdList, FindsOnlyItsExactIds)
 {
     const CertificateIdList list(Ids{"10", "9", "abc"});
     for (const char* id : {"10", "9", "abc"}) {
@@ -86,12 +86,12 @@ struct SplitRow {
 TEST(CertificateIdList, SplitsATextAtEverySeparator)
 {
     const SplitRow rows[] = {
-        {"an empty text has none", "", ',', {}},
+        {"an empty text gives no id", "", ',', {}},
         {"no separator", "a", ',', {"a"}},
-        {"a trailing separator gives none", "a,", ',', {"a"}},
-        {"adjacent and leading ones give the empty id", ",a,,b,", ',', {"", "a", "b"}},
-        {"a lone separator gives the empty id", ",", ',', {""}},
-        {"repetitions are kept once", "9,10,9", ',', {"10", "9"}},
+        {"a trailing separator gives no id", "a,", ',', {"a"}},
+        {"adjacent and leading separators give the empty id", ",a,,b,", ',', {"", "a", "b"}},
+        {"a single separator gives the empty id", ",", ',', {""}},
+        {"repeated ids are kept once", "9,10,9", ',', {"10", "9"}},
         {"blanks stay", " b ,a", ',', {" b ", "a"}},
         {"another separator", "b;a,c", ';', {"a,c", "b"}},
         {"the line feed", "b\na\n", '\n', {"a", "b"}},
@@ -109,17 +109,17 @@ struct TextRow {
     std::string expected;
 };
 
-TEST(CertificateIdList, PutsTheSeparatorBehindEveryIdOfItsText)
+TEST(CertificateIdList, WritesTheSeparatorAfterEveryId)
 {
     const TextRow rows[] = {
-        {"none", {}, ",", ""},
+        {"no ids", {}, ",", ""},
         {"one", {"a"}, ",", "a,"},
         {"two", {"b", "a"}, ",", "a,b,"},
-        {"nine and ten", {"9", "10"}, ",", "10,9,"},
+        {"ids of digits", {"9", "10"}, ",", "10,9,"},
         {"a longer separator", {"a", "b"}, ", ", "a, b, "},
         {"no separator", {"a", "b"}, "", "ab"},
         {"the empty id", {""}, ",", ","},
-        {"an id that holds the separator", {"a,b"}, ",", "a,b,"},
+        {"an id that contains the separator", {"a,b"}, ",", "a,b,"},
     };
     for (const TextRow& row : rows) {
         EXPECT_EQ(CertificateIdList(row.ids).toTextList(row.separator), row.expected)
@@ -127,7 +127,7 @@ TEST(CertificateIdList, PutsTheSeparatorBehindEveryIdOfItsText)
     }
 }
 
-TEST(CertificateIdList, ReadsItsOwnTextBack)
+TEST(CertificateIdList, CanBeReadBackFromItsText)
 {
     for (const OrderRow& row : orders) {
         const std::string text = CertificateIdList(row.ids).toTextList(",");

@@ -17,7 +17,7 @@ namespace
 using ostrel::CertificateInfo;
 using Map = std::map<std::string, std::string>;
 
-static_assert(std::has_virtual_destructor<CertificateInfo>::value, "it is polymorphic");
+static_assert(std::has_virtual_destructor<CertificateInfo>::value, "deleted through a base class");
 
 CertificateInfo someInfo()
 {
@@ -53,7 +53,7 @@ TEST(CertificateInfo, StartsEmpty)
                             "validFrom: 0\nvalidUntil: 0\n");
 }
 
-TEST(CertificateInfo, NumbersEveryLineOfItsTextWith1)
+TEST(CertificateInfo, NumbersEveryListLineOfItsTextWith1)
 {
     EXPECT_EQ(textOf(someInfo()), "issuerName: CN=root\n"
                                   "subjectName: CN=web\n"
@@ -79,7 +79,7 @@ TEST(CertificateInfo, NumbersTheTenthAddressOfTheMapWith10)
     EXPECT_EQ(info.getMap().count("IP.0"), 0U);
 }
 
-TEST(CertificateInfo, WritesItsDatesAsTheStreamFormatsNumbers)
+TEST(CertificateInfo, WritesItsDatesInTheNumberFormatOfTheStream)
 {
     std::ostringstream out;
     out << std::hex << std::showbase << someInfo();
@@ -108,7 +108,7 @@ TEST(CertificateInfo, WritesFlagsAsYesAndNo)
     EXPECT_EQ(ostrel::boolToString(false), "no");
 }
 
-// What a tree without the member "validHostnames" gives.
+// The tree of an info without the member "validHostnames".
 cxxtools::SerializationInfo treeWithoutHostNames()
 {
     cxxtools::SerializationInfo tree;
@@ -134,7 +134,7 @@ TEST(CertificateInfo, IsReadFromATree)
                             "DNS.1: web\n");
 }
 
-TEST(CertificateInfo, SaysBadFormatOfATreeThatLacksAMember)
+TEST(CertificateInfo, ReportsABadFormatWhenTheTreeLacksAMember)
 {
     CertificateInfo info;
     for (const auto& tree : {treeWithoutHostNames(), cxxtools::SerializationInfo()}) {
@@ -145,10 +145,10 @@ TEST(CertificateInfo, SaysBadFormatOfATreeThatLacksAMember)
             EXPECT_STREQ(caught.what(), "Error: Bad format for Certificate info file!");
         }
     }
-    EXPECT_EQ(info.issuerName, "CN=root") << "members before the missing one are taken";
+    EXPECT_EQ(info.issuerName, "CN=root") << "members before the missing one are read";
 }
 
-// What a file stream says when it fails.
+// The text of a file stream's failure.
 std::string streamFailure()
 {
     try {
@@ -167,7 +167,7 @@ struct FileRow {
     std::string error;
 };
 
-TEST(CertificateInfo, SaysWhyAFileCannotBeRead)
+TEST(CertificateInfo, ReportsWhyAFileCannotBeRead)
 {
     const support::TemporaryDirectory directory;
     const std::string socket = directory / "socket";
@@ -180,11 +180,11 @@ TEST(CertificateInfo, SaysWhyAFileCannotBeRead)
         {"a missing directory", directory / "none/1.info",
          "Error: Impossible to open " + (directory / "none/1.info") + missing},
         {"an empty path", "", "Error: Impossible to open " + missing},
-        {"one that is there but cannot be opened", socket,
+        {"a file that cannot be opened", socket,
          "Error: Impossible to open " + socket + " for reading!" + streamFailure()},
-        {"one that can be opened but not read", directory.path(),
+        {"a file that can be opened but not read", directory.path(),
          "Error: Impossible to open " + directory.path() + " for reading!" + streamFailure()},
-        {"one that is no document", directory / "bad",
+        {"a file that is not a document", directory / "bad",
          "Generic exception caught while opening " + (directory / "bad") + " for reading!"},
     };
     const support::CapturedTrace trace;

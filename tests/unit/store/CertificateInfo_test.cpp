@@ -11,7 +11,7 @@ namespace
 using ostrel::CertificateInfo;
 using Map = std::map<std::string, std::string>;
 
-// The members of a good document; a row of a test replaces one.
+// The members of a valid document. A row of a test replaces one of them.
 const std::pair<const char*, const char*> goodMembers[] = {
     {"data_structure_version", "1"},
     {"issuerName", R"("CN=root")"},
@@ -24,8 +24,8 @@ const std::pair<const char*, const char*> goodMembers[] = {
     {"validHostnames", R"(["web", "web.example.com"])"},
 };
 
-// The good document with the member `name` as `value`, or without it when that
-// is empty.
+// The valid document with `value` for the member `name`, or without that member
+// if `value` is empty.
 std::string documentWith(const std::string& name, const std::string& value)
 {
     std::string text;
@@ -64,7 +64,7 @@ protected:
         }
     }
 
-    // The map that `text` gives.
+    // The map of the document `text`.
     Map mapOf(const std::string& text)
     {
         support::writeText(m_path, text);
@@ -78,7 +78,7 @@ protected:
     CertificateInfo m_info;
 };
 
-TEST_F(CertificateInfoFile, FillsEveryMember)
+TEST_F(CertificateInfoFile, IsReadIntoEveryMember)
 {
     ASSERT_EQ(resultOf(goodDocument()), "read");
     EXPECT_EQ(m_info.issuerName, "CN=root");
@@ -108,16 +108,16 @@ TEST_F(CertificateInfoFile, GivesItsValuesAsTexts)
         {"a date with leading zeros", "validUntil", "007", "validUntil", "7"},
         {"a date as a text", "validUntil", "\"7\"", "validUntil", "7"},
         {"an authority", "isCA", "true", "CA", "yes"},
-        {"no authority", "isCA", "false", "CA", "no"},
+        {"not an authority", "isCA", "false", "CA", "no"},
         {"self-signed", "isSelfSigned", "true", "selfSigned", "yes"},
         {"self-signed is not signed by an authority", "isSelfSigned", "true", "CASigned", "no"},
-        {"and the other way round", "isSelfSigned", "false", "CASigned", "yes"},
+        {"not self-signed is signed by an authority", "isSelfSigned", "false", "CASigned", "yes"},
         {"an empty name", "issuerName", "\"\"", "issuedBy", ""},
         {"UTF-8 in two bytes", "issuerName", "\"é\"", "issuedBy", "é"},
-        {"in three", "subjectName", "\"日本\"", "issuedTo", "日本"},
-        {"in four", "validIPs", "[\"😀\"]", "IP.1", "😀"},
+        {"UTF-8 in three bytes", "subjectName", "\"日本\"", "issuedTo", "日本"},
+        {"UTF-8 in four bytes", "validIPs", "[\"😀\"]", "IP.1", "😀"},
         {"an escaped character", "issuerName", "\"\\u65e5\\ud83d\\ude00\"", "issuedBy", "日😀"},
-        {"escaped quotes and feeds", "issuerName", R"("\"\\\/\n")", "issuedBy", "\"\\/\n"},
+        {"escaped quotes and line feeds", "issuerName", R"("\"\\\/\n")", "issuedBy", "\"\\/\n"},
         {"the largest version", "data_structure_version", "2147483647", "CA", "yes"},
     };
     for (const ValueRow& row : rows) {
@@ -126,7 +126,7 @@ TEST_F(CertificateInfoFile, GivesItsValuesAsTexts)
     }
 }
 
-TEST_F(CertificateInfoFile, CountsAddressesAndHostNamesFrom1InTheMap)
+TEST_F(CertificateInfoFile, NumbersAddressesAndHostNamesFrom1InTheMap)
 {
     EXPECT_EQ(mapOf(goodDocument()), (Map{{"issuedTo", "CN=web, O=Café"},
                                           {"issuedBy", "CN=root"},
@@ -150,7 +150,7 @@ TEST_F(CertificateInfoFile, HasNoNumberedKeysForEmptyLists)
     EXPECT_EQ(mapOf(documentWith("validHostnames", "[ ]")).count("DNS.1"), 0U);
 }
 
-TEST_F(CertificateInfoFile, TakesItsMembersInAnyOrderAndSkipsOthers)
+TEST_F(CertificateInfoFile, AcceptsItsMembersInAnyOrderAndSkipsOthers)
 {
     EXPECT_EQ(resultOf(R"({"validHostnames":[],"x":{"isCA":[{}]},"validIPs":["a"],"isCA":true,
         "validUntil":2,"validFrom":1,"isSelfSigned":true,"y":null,"subjectName":"s",
@@ -173,14 +173,14 @@ TEST_F(CertificateInfoFile, OfVersion0OrLessChangesNothing)
     }
 }
 
-TEST_F(CertificateInfoFile, NeedsEveryMember)
+TEST_F(CertificateInfoFile, RequiresEveryMember)
 {
     for (const auto& member : goodMembers) {
         EXPECT_EQ(resultOf(documentWith(member.first, "")), m_generic) << member.first;
     }
 }
 
-TEST_F(CertificateInfoFile, RefusesAMemberThatIsNoSingleValue)
+TEST_F(CertificateInfoFile, RefusesAMemberThatIsNotASingleValue)
 {
     for (const auto& member : goodMembers) {
         for (const char* value :
@@ -197,19 +197,19 @@ struct BadMemberRow {
     const char* value;
 };
 
-TEST_F(CertificateInfoFile, RefusesAMemberOfAnotherTypeOrOutOfRange)
+TEST_F(CertificateInfoFile, RefusesAMemberOfAWrongTypeOrOutOfRange)
 {
     const BadMemberRow rows[] = {
-        {"a version that is no number", "data_structure_version", "\"one\""},
+        {"a version that is not a number", "data_structure_version", "\"one\""},
         {"a version beyond 32 bits", "data_structure_version", "2147483648"},
-        {"below them", "data_structure_version", "-2147483649"},
-        {"a broken version", "data_structure_version", "1.5"},
+        {"a version below 32 bits", "data_structure_version", "-2147483649"},
+        {"a fractional version", "data_structure_version", "1.5"},
         {"a name that is a list", "issuerName", "[\"CN=root\"]"},
         {"a flag that is a list", "isCA", "[true]"},
         {"a flag that is an empty list", "isSelfSigned", "[]"},
         {"a negative date", "validFrom", "-1"},
         {"a date beyond 64 bits", "validUntil", "18446744073709551616"},
-        {"a broken date", "validFrom", "1.5"},
+        {"a fractional date", "validFrom", "1.5"},
         {"a date that is a flag", "validUntil", "true"},
         {"a date that is a word", "validFrom", "\"soon\""},
         {"a date that is an empty list", "validFrom", "[]"},
@@ -221,24 +221,24 @@ TEST_F(CertificateInfoFile, RefusesAMemberOfAnotherTypeOrOutOfRange)
     }
 }
 
-TEST_F(CertificateInfoFile, RefusesWhatIsNoObject)
+TEST_F(CertificateInfoFile, RefusesADocumentThatIsNotAnObject)
 {
     for (const char* text : {"[]", "[1]", "1 ", "\"x\"", "true ", "null", "{", "}", ""}) {
         EXPECT_EQ(resultOf(text), m_generic) << text;
     }
 }
 
-TEST_F(CertificateInfoFile, IsRefusedCutOffAnywhere)
+TEST_F(CertificateInfoFile, IsRefusedWhenCutOffAnywhere)
 {
     const std::string text = goodDocument();
     for (std::size_t length = 0; length < text.size(); ++length) {
         EXPECT_EQ(resultOf(text.substr(0, length)), m_generic) << text.substr(0, length);
     }
-    // Where all that is wanted is there before the cut.
+    // This document has every needed member before the cut.
     EXPECT_EQ(resultOf(R"({"data_structure_version": 0)"), m_generic);
 }
 
-TEST_F(CertificateInfoFile, MayEndInBlanksAndInNothingElse)
+TEST_F(CertificateInfoFile, MayBeFollowedOnlyByBlanks)
 {
     EXPECT_EQ(resultOf(goodDocument() + " \r\n\t\n"), "read");
     for (const char* garbage : {"x", "}", "{}", "\n1", "\xFF", "\v", "// x"}) {
@@ -249,7 +249,7 @@ TEST_F(CertificateInfoFile, MayEndInBlanksAndInNothingElse)
     }
 }
 
-TEST_F(CertificateInfoFile, IsReadOnASmallStackHoweverDeepItIs)
+TEST_F(CertificateInfoFile, IsReadOnASmallStackAtAnyDepth)
 {
     const std::string deep = documentWith("validIPs", std::string(1 << 20, '['));
     support::onSmallStack([&] {
@@ -273,7 +273,7 @@ TEST_F(CertificateInfoFile, KeepsWhatWasReadBeforeAFailure)
     EXPECT_EQ(m_info.validIPs, std::vector<std::string>{"a"}) << "the elements before the bad one";
 }
 
-TEST_F(CertificateInfoFile, ReplacesTheListsOfAFormerOne)
+TEST_F(CertificateInfoFile, ReplacesTheListsOfAFormerDocument)
 {
     ASSERT_EQ(resultOf(goodDocument()), "read");
     ASSERT_EQ(resultOf(documentWith("validIPs", R"(["new"])")), "read");

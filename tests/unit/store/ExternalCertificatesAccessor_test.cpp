@@ -29,20 +29,20 @@ std::vector<PathRow> pathsOf(const Accessor& accessor, const std::string& persis
         {"the map", accessor.cnMapPath(), temporary + "/id_cn.map"},
         {"the certificates, with a slash", accessor.certificateDirectoryPath(), persistent + "/"},
         {"a certificate", accessor.certPath("7"), persistent + "/7"},
-        {"its summary", accessor.certInfoPath("7"), temporary + "/7.info"},
-        {"its full text", accessor.certDetailsPath("7"), temporary + "/7.detail"},
+        {"its info", accessor.certInfoPath("7"), temporary + "/7.info"},
+        {"its details", accessor.certDetailsPath("7"), temporary + "/7.detail"},
         {"its overrides", accessor.certOverwrittenDataPath("7"),
          persistent + "/.cacheddata/7.overwrite"},
         {"an id with an extension", accessor.certPath("abc.crt"), persistent + "/abc.crt"},
-        {"an id without one gets none", accessor.certPath("abc"), persistent + "/abc"},
+        {"an id without an extension", accessor.certPath("abc"), persistent + "/abc"},
         {"an empty id", accessor.certPath(""), persistent + "/"},
-        {"an empty id's summary", accessor.certInfoPath(""), temporary + "/.info"},
-        {"an id is taken as it is", accessor.certDetailsPath("../a b"),
+        {"the info of an empty id", accessor.certInfoPath(""), temporary + "/.info"},
+        {"an id with slashes and blanks", accessor.certDetailsPath("../a b"),
          temporary + "/../a b.detail"},
     };
 }
 
-TEST(ExternalCertificatesAccessor, PutsEachStoreBelowItsServiceInBothDirectories)
+TEST(ExternalCertificatesAccessor, PlacesEachStoreBelowItsServiceInBothDirectories)
 {
     configure("/data", "/run/p");
     expectPaths(pathsOf(Accessor("svc", "ca"), "/data/svc/ca", "/run/p/svc/ca"));
@@ -58,7 +58,7 @@ TEST(ExternalCertificatesAccessor, NormalisesNothing)
     expectPaths(pathsOf(Accessor("", ""), "/data///", "./p////"));
 }
 
-TEST(ExternalCertificatesAccessor, NamesAServiceByItsFileAndNotByTheNameInIt)
+TEST(ExternalCertificatesAccessor, UsesTheNameOfTheServiceFileNotTheDisplayName)
 {
     const support::Device device;
     device.addService("svc", "name Some service\nmanagmentGroup root\nca yes\n");
@@ -78,7 +78,7 @@ TEST(ExternalCertificatesAccessor, KeepsItsPathsWhenTheConfigurationChanges)
     expectPaths(pathsOf(copy, "/data/svc/ca", "/run/p/svc/ca"));
 }
 
-TEST(ExternalCertificatesAccessor, MakesNothingOnDisk)
+TEST(ExternalCertificatesAccessor, CreatesNothingOnDisk)
 {
     const support::TemporaryDirectory directory;
     configure(directory / "data", directory / "pipes");
@@ -87,7 +87,7 @@ TEST(ExternalCertificatesAccessor, MakesNothingOnDisk)
     EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
 }
 
-TEST(ExternalCertificatesAccessor, CannotBeBuiltWithoutTheDaemonsConfiguration)
+TEST(ExternalCertificatesAccessor, CannotBeConstructedWithoutTheDaemonConfiguration)
 {
     support::Device::writeDaemonConfiguration("");
     EXPECT_THROW(Accessor("svc", "ca"), std::runtime_error);

@@ -35,18 +35,19 @@ std::vector<PathRow> pathsOf(const Accessor& accessor, const std::string& persis
         {"a certificate", accessor.certPath("3"), persistent + "/3"},
         {"its key", accessor.certKeyPath("3"), persistent + "/3.key"},
         {"its network data", accessor.certNetworkPath("3"), persistent + "/.cacheddata/3.network"},
-        {"its summary", accessor.certInfoPath("3"), temporary + "/3.info"},
-        {"its full text", accessor.certDetailsPath("3"), temporary + "/3.detail"},
+        {"its info", accessor.certInfoPath("3"), temporary + "/3.info"},
+        {"its details", accessor.certDetailsPath("3"), temporary + "/3.detail"},
         {"its overrides", accessor.certOverwrittenDataPath("3"),
          persistent + "/.cacheddata/3.overwrite"},
         {"an id with an extension", accessor.certPath("abc.crt"), persistent + "/abc.crt"},
-        {"an id without one gets none", accessor.certPath("abc"), persistent + "/abc"},
-        {"an empty id's key", accessor.certKeyPath(""), persistent + "/.key"},
-        {"an id is taken as it is", accessor.certKeyPath("../a b"), persistent + "/../a b.key"},
+        {"an id without an extension", accessor.certPath("abc"), persistent + "/abc"},
+        {"the key of an empty id", accessor.certKeyPath(""), persistent + "/.key"},
+        {"an id with slashes and blanks", accessor.certKeyPath("../a b"),
+         persistent + "/../a b.key"},
     };
 }
 
-TEST(InternalCertificatesAccessor, PutsTheStoreBelowItsServiceInBothDirectories)
+TEST(InternalCertificatesAccessor, PlacesTheStoreBelowItsServiceInBothDirectories)
 {
     configure("/data", "/run/p");
     expectPaths(pathsOf(Accessor("svc", "server"), "/data/svc/server", "/run/p/svc/server"));
@@ -61,7 +62,7 @@ TEST(InternalCertificatesAccessor, NormalisesNothing)
         pathsOf(Accessor("svc/..", "server"), "/data//svc/../server", "./p///svc/../server"));
 }
 
-TEST(InternalCertificatesAccessor, NamesAServiceByItsFileAndNotByTheNameInIt)
+TEST(InternalCertificatesAccessor, UsesTheNameOfTheServiceFileNotTheDisplayName)
 {
     const support::Device device;
     device.addService("svc", "name Some service\nmanagmentGroup root\nca yes\n");
@@ -79,7 +80,7 @@ TEST(InternalCertificatesAccessor, KeepsItsPathsWhenTheConfigurationChanges)
     expectPaths(pathsOf(accessor, "/data/svc/server", "/run/p/svc/server"));
 }
 
-TEST(InternalCertificatesAccessor, CannotBeBuiltWithoutTheDaemonsConfiguration)
+TEST(InternalCertificatesAccessor, CannotBeConstructedWithoutTheDaemonConfiguration)
 {
     support::Device::writeDaemonConfiguration("");
     EXPECT_THROW(Accessor("svc", "server"), std::runtime_error);
@@ -95,7 +96,7 @@ TEST(ActiveCertificate, IsTheFirstLineOfItsFile)
 {
     const ActiveRow rows[] = {
         {"a line and more text", "12\nmore\ntext", "12"},
-        {"a line alone", "12\n", "12"},
+        {"only a line", "12\n", "12"},
         {"no line feed", "12", "12"},
         {"an empty file", "", ""},
         {"an empty first line", "\n12\n", ""},
@@ -121,7 +122,7 @@ TEST(ActiveCertificate, IsTheFirstLineOfItsFile)
     EXPECT_EQ(trace.text(), "");
 }
 
-TEST(ActiveCertificate, IsReadAnewEachTime)
+TEST(ActiveCertificate, IsReadAgainByEachCall)
 {
     const support::Device device;
     const Accessor accessor("svc", "server");
@@ -139,12 +140,12 @@ TEST(ActiveCertificate, IsEmptyWhenItsFileOpensButCannotBeRead)
     EXPECT_EQ(accessor.getActive(), "");
 }
 
-TEST(ActiveCertificate, ThrowsTheStreamsFailureWhenItsFileCannotBeOpened)
+TEST(ActiveCertificate, ThrowsAStreamFailureWhenItsFileCannotBeOpened)
 {
     const support::Device device;
     const Accessor accessor("svc", "server");
     const std::filesystem::path path = accessor.activePath();
-    EXPECT_THROW(accessor.getActive(), std::ios_base::failure) << "nothing there";
+    EXPECT_THROW(accessor.getActive(), std::ios_base::failure) << "missing";
     std::filesystem::create_directories(path.parent_path());
     EXPECT_THROW(accessor.getActive(), std::ios_base::failure) << "an empty directory";
     std::filesystem::create_symlink(path, path);

@@ -46,35 +46,35 @@ struct Row {
     bool expected;
 };
 
-TEST(JsonText, IsOneWholeDocumentAlone)
+TEST(JsonText, IsExactlyOneDocument)
 {
     using namespace std::string_literals;
     const Row rows[] = {
         {"an object", "{}", true},
         {"a list", "[]", true},
         {"blanks around it", " \t\r\n{} \t\r\n", true},
-        {"many blanks behind it", "{}" + std::string(100000, '\n'), true},
+        {"many blanks after it", "{}" + std::string(100000, '\n'), true},
         {"a byte order mark before it", "\xEF\xBB\xBF{}", true},
         {"comments before and in it", "// x\n/* [ { \" */{/**/\"a\":1/***/}", true},
         {"brackets and quotes in a text", R"({"a":"[[{{\"\\"})", true},
         {"an empty text", "", false},
-        {"blanks alone", " \n", false},
-        {"a comment alone", "// {}", false},
+        {"only blanks", " \n", false},
+        {"only a comment", "// {}", false},
         {"a comment that does not end", "{} /*", false},
-        {"a letter behind it", "{}x", false},
-        {"a closing bracket behind it", "{}}", false},
-        {"a second document behind it", "{}\n{}", false},
-        {"a comma behind it", "{},", false},
-        {"a comment behind it", "{} // x\n", false},
-        {"a zero byte behind it", "{}\0"s, false},
-        {"a vertical tab behind it", "{}\v", false},
-        {"a wide blank behind it", "{}\xC2\xA0", false},
-        {"a cut-off character behind it", "{}\xC3", false},
-        {"a cut-off wide character behind it", "{}\xF0\x9F", false},
-        {"a byte behind it that begins no character", "{}\x80", false},
-        {"a byte behind it that is never in UTF-8", "{}\xFF", false},
+        {"a letter after it", "{}x", false},
+        {"a closing bracket after it", "{}}", false},
+        {"a second document after it", "{}\n{}", false},
+        {"a comma after it", "{},", false},
+        {"a comment after it", "{} // x\n", false},
+        {"a zero byte after it", "{}\0"s, false},
+        {"a vertical tab after it", "{}\v", false},
+        {"a non-breaking space after it", "{}\xC2\xA0", false},
+        {"a cut-off character after it", "{}\xC3", false},
+        {"a cut-off wide character after it", "{}\xF0\x9F", false},
+        {"a byte after it that begins no character", "{}\x80", false},
+        {"a byte after it that is never in UTF-8", "{}\xFF", false},
         {"a zero byte before it", "\0{}"s, false},
-        {"a number that nothing ends", "12x", false},
+        {"a number with trailing text", "12x", false},
         {"a word", "null", false},
         {"no quotes", "{a b:1}", false},
         {"single quotes", "{'a':1}", false},
@@ -83,15 +83,15 @@ TEST(JsonText, IsOneWholeDocumentAlone)
         {"half of a pair of surrogates", R"({"a":"\ud83d"})", false},
         {"a byte in a text that is never in UTF-8", "{\"a\":\"\xFF\"}", false},
         {"a character in a text that its end cuts off", "{\"a\":\"\xC3\"}", false},
-        {"one that hides the end of a text", "[\"\xC3\" \", [1]]", false},
-        {"a quote in two bytes", "[\xC0\xA2]", false},
+        {"a cut-off character that hides the end of a text", "[\"\xC3\" \", [1]]", false},
+        {"a quote encoded in two bytes", "[\xC0\xA2]", false},
     };
     for (const Row& row : rows) {
         EXPECT_EQ(isDocument(row.text), row.expected) << row.sentence;
     }
 }
 
-TEST(JsonText, IsRefusedWithAnyByteBeyondAsciiBehindIt)
+TEST(JsonText, IsRefusedWithANonAsciiByteAfterIt)
 {
     for (int first = 0x80; first <= 0xFF; ++first) {
         for (std::size_t length = 0; length < 9; ++length) {
@@ -116,7 +116,7 @@ TEST(JsonText, IsReadAtAnyLengthWithWideCharactersAnywhere)
     }
 }
 
-TEST(JsonText, IsRefusedCutOffAnywhere)
+TEST(JsonText, IsRefusedWhenCutOffAnywhere)
 {
     const std::string text = R"({"a":"x\u00e9\\", "b":[1, -2.5e3, {"c":true}], /* x */ "d":null})";
     ASSERT_TRUE(isDocument(text));
@@ -136,11 +136,12 @@ TEST(JsonText, HasAtMost64Levels)
     EXPECT_FALSE(isDocument(repeated("{\"a\":", 64) + "{}" + repeated("}", 64)));
     EXPECT_TRUE(
         isDocument("[" + nested("[", "]", 63) + repeated("," + nested("[", "]", 63), 99) + "]"))
-        << "levels that were closed do not count";
-    EXPECT_TRUE(isDocument("[\"" + std::string(1000, '[') + "\"]")) << "nor do those in a text";
+        << "closed levels do not count";
+    EXPECT_TRUE(isDocument("[\"" + std::string(1000, '[') + "\"]"))
+        << "brackets in a text do not count";
 }
 
-TEST(JsonText, IsReadOnASmallStackHoweverDeepItIs)
+TEST(JsonText, IsReadOnASmallStackAtAnyDepth)
 {
     const Row rows[] = {
         {"lists", std::string(1 << 20, '['), false},
@@ -148,11 +149,11 @@ TEST(JsonText, IsReadOnASmallStackHoweverDeepItIs)
         {"objects", repeated("{\"a\":", 200000), false},
         {"objects and lists", repeated("[{\"a\":", 100000), false},
         {"objects with plain names", repeated("{a:", 200000), false},
-        {"behind comments that hold a quote", repeated("/* \" */[", 100000), false},
-        {"behind texts that hold brackets", "[" + repeated("\"]]\",[", 100000), false},
-        // Brackets that close nothing, which the parser passes over.
+        {"after comments that contain a quote", repeated("/* \" */[", 100000), false},
+        {"after texts that contain brackets", "[" + repeated("\"]]\",[", 100000), false},
+        // The parser skips brackets that close nothing.
         {"with wrong brackets in lists", repeated("[},", 200000), false},
-        {"with right brackets for no value", repeated("{\"a\":},\"a\":", 100000), false},
+        {"with matching brackets but no value", repeated("{\"a\":},\"a\":", 100000), false},
         {"the same below a list", "[" + repeated("{\"a\":},\"a\":", 100000), false},
         {"a long flat list", "[0" + repeated(",0", 200000) + "]", true},
         {"a long text", "[\"" + std::string(1 << 20, 'x') + "\"]", true},

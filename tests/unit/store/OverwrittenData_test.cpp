@@ -14,7 +14,7 @@ using ostrelApi::OstrelApiException;
 using ostrelApi::OverwrittenData;
 using Map = std::map<std::string, std::string>;
 
-// Whether setData() takes the pair.
+// Whether setData() accepts the pair.
 bool isTaken(const std::string& key, const std::string& value)
 {
     OverwrittenData data("/nonexistent");
@@ -42,9 +42,9 @@ TEST(OverwrittenKeys, AreLettersDigitsHyphensAndUnderscores)
         {"one letter", "a", true},
         {"each kind", "max-age_2", true},
         {"the ends of each range", "azAZ09-_", true},
-        {"a hyphen alone", "-", true},
-        {"an underscore alone", "_", true},
-        {"a digit alone", "0", true},
+        {"only a hyphen", "-", true},
+        {"only an underscore", "_", true},
+        {"only a digit", "0", true},
         {"nothing", "", false},
         {"a space", " ", false},
         {"a space inside", "a b", false},
@@ -53,30 +53,30 @@ TEST(OverwrittenKeys, AreLettersDigitsHyphensAndUnderscores)
         {"a line feed at the end", "a\n", false},
         {"a tab", "a\tb", false},
         {"a zero byte", "a\0"s, false},
-        {"beside the ranges", "@", false},
-        {"beside the ranges, too", "[", false},
-        {"beside the small letters", "`", false},
-        {"beside the small letters, too", "{", false},
-        {"beside the digits", "/", false},
-        {"beside the digits, too", ":", false},
-        {"a comment", "#a", false},
+        {"the character before the capitals", "@", false},
+        {"the character after the capitals", "[", false},
+        {"the character before the small letters", "`", false},
+        {"the character after the small letters", "{", false},
+        {"the character before the digits", "/", false},
+        {"the character after the digits", ":", false},
+        {"a comment sign", "#a", false},
         {"an equals sign", "a=b", false},
         {"a letter of two bytes", "é", false},
-        {"a letter of one byte beyond ASCII", "\xE9", false},
-        {"the bar of the rule", "a|b", false},
+        {"a letter of one byte outside ASCII", "\xE9", false},
+        {"a vertical bar", "a|b", false},
     };
     for (const Row& row : rows) {
         EXPECT_EQ(isTaken(row.text, "value"), row.expected) << row.sentence;
     }
 }
 
-TEST(OverwrittenKeys, OfEveryLengthAreJudgedOnASmallStack)
+TEST(OverwrittenKeys, OfEveryLengthAreCheckedOnASmallStack)
 {
     const std::string letters(1 << 20, 'k');
     const Row rows[] = {
         {"a mebibyte of letters", letters, true},
-        {"one bad character behind it", letters + '.', false},
-        {"one before it", ' ' + letters, false},
+        {"a bad character after it", letters + '.', false},
+        {"a bad character before it", ' ' + letters, false},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.sentence);
@@ -86,12 +86,12 @@ TEST(OverwrittenKeys, OfEveryLengthAreJudgedOnASmallStack)
     }
 }
 
-TEST(OverwrittenValues, AreRefusedWhenTheyAreOneControlCharacterAlone)
+TEST(OverwrittenValues, AreRefusedWhenTheyAreASingleControlCharacter)
 {
     using namespace std::string_literals;
     const Row rows[] = {
         {"a text", "value", true},
-        {"nothing, which removes the key", "", true},
+        {"an empty value, which removes the key", "", true},
         {"a space", " ", true},
         {"one line feed", "\n", false},
         {"one carriage return", "\r", false},
@@ -114,7 +114,7 @@ class Overrides : public OverwrittenFileTest
 {
 };
 
-TEST_F(Overrides, TouchNothingWhenMadeOrChanged)
+TEST_F(Overrides, DoNotTouchTheFileWhenConstructedOrChanged)
 {
     OverwrittenData data(m_path);
     data.setData("a", "1");
@@ -151,11 +151,11 @@ TEST_F(Overrides, ShowPendingChangesOverTheFile)
     data.setData("c", "3");
     data.setData("d", "");
     EXPECT_EQ(data.getData("a"), "new");
-    EXPECT_EQ(data["b"], "") << "to be removed";
+    EXPECT_EQ(data["b"], "") << "its removal is pending";
     EXPECT_EQ(data.getData("c"), "3");
     EXPECT_EQ(data.getMap(), (Map{{"a", "new"}, {"c", "3"}}));
-    EXPECT_EQ(data.getMap(), (Map{{"a", "new"}, {"c", "3"}})) << "they stay pending";
-    EXPECT_EQ(text(), "a 1\nb 2\n") << "the file waits for write()";
+    EXPECT_EQ(data.getMap(), (Map{{"a", "new"}, {"c", "3"}})) << "the changes stay pending";
+    EXPECT_EQ(text(), "a 1\nb 2\n") << "the file changes only in write()";
 }
 
 TEST_F(Overrides, ShowTheFileAgainWhenAChangeIsDiscarded)
@@ -180,7 +180,7 @@ TEST_F(Overrides, KeepTheLastOfTwoChanges)
     data.setData("a", "2");
     EXPECT_EQ(data.getData("a"), "2");
     EXPECT_THROW(data.setData("a", "\n"), OstrelApiException);
-    EXPECT_EQ(data.getData("a"), "2") << "a refused one changes nothing";
+    EXPECT_EQ(data.getData("a"), "2") << "a refused change has no effect";
 }
 
 TEST_F(Overrides, AreLostWithTheObject)
@@ -190,7 +190,7 @@ TEST_F(Overrides, AreLostWithTheObject)
     EXPECT_EQ(OverwrittenData(m_path).getData("a"), "");
 }
 
-TEST_F(Overrides, OfACopyAreItsOwn)
+TEST_F(Overrides, OfACopyAreIndependent)
 {
     OverwrittenData data(m_path);
     data.setData("a", "1");

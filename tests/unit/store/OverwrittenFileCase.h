@@ -12,12 +12,13 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-/// A test with an ".overwrite" file, not there at first, whose modification
-/// time it sets by hand: nothing depends on when the test runs.
+/// A test of an ".overwrite" file, which does not exist at first. The test sets
+/// the modification time itself, so nothing depends on the time of the test
+/// run.
 class OverwrittenFileTest : public testing::Test
 {
 protected:
-    /// A time at which nothing has looked at the file yet.
+    /// A time before any look at the file.
     static constexpr std::int64_t longAgo = 1000000000;
 
     bool isThere() const { return std::filesystem::exists(m_path); }
@@ -40,7 +41,7 @@ protected:
         ASSERT_EQ(::utimensat(AT_FDCWD, m_path.c_str(), times, 0), 0) << m_path;
     }
 
-    /// In place of the file: one that can be found but not opened.
+    /// Replaces the file by one that exists but cannot be opened.
     void putUnopenable() const
     {
         std::filesystem::remove(m_path);

@@ -20,7 +20,7 @@ class OverwriteFile : public OverwrittenFileTest
 {
 };
 
-TEST_F(OverwriteFile, IsReadWhenItIsLaterThanTheLastLook)
+TEST_F(OverwriteFile, IsReadWhenItIsNewerThanTheLastLook)
 {
     put("a 1\n", longAgo);
     OpenData data(m_path);
@@ -33,7 +33,7 @@ TEST_F(OverwriteFile, IsReadWhenItIsLaterThanTheLastLook)
     EXPECT_EQ(data.getData("a"), "2");
 }
 
-TEST_F(OverwriteFile, IsNotReadWhenItChangedInTheSecondOfTheLastLookOrBefore)
+TEST_F(OverwriteFile, IsNotReadWhenItIsNotNewerThanTheLastLook)
 {
     put("a 1\n", longAgo);
     OpenData data(m_path);
@@ -56,7 +56,7 @@ TEST_F(OverwriteFile, OfTheYear1970IsNeverRead)
     EXPECT_EQ(OverwrittenData(m_path).getData("a"), "1");
 }
 
-TEST_F(OverwriteFile, ReplacesTheFormerViewAndDoesNotMerge)
+TEST_F(OverwriteFile, ReplacesTheFormerDataWithoutMerging)
 {
     put("a 1\nb 2\n", longAgo);
     OpenData data(m_path);
@@ -66,7 +66,7 @@ TEST_F(OverwriteFile, ReplacesTheFormerViewAndDoesNotMerge)
     EXPECT_EQ(data.getMap(), (Map{{"b", "new"}, {"c", "3"}}));
 }
 
-TEST_F(OverwriteFile, LeavesTheViewAsItWasWhenItIsGone)
+TEST_F(OverwriteFile, KeepsTheFormerDataWhenItIsMissing)
 {
     put("a 1\n", longAgo);
     OverwrittenData data(m_path);
@@ -76,7 +76,7 @@ TEST_F(OverwriteFile, LeavesTheViewAsItWasWhenItIsGone)
     EXPECT_EQ(data.getData("a"), "1");
 }
 
-TEST_F(OverwriteFile, IsStampedAtEachLookEvenWithoutReading)
+TEST_F(OverwriteFile, UpdatesTheTimeOfTheLastLookEvenWithoutReading)
 {
     OpenData data(m_path);
     const std::int64_t before = std::time(nullptr);
@@ -85,7 +85,7 @@ TEST_F(OverwriteFile, IsStampedAtEachLookEvenWithoutReading)
     EXPECT_LE(data.lastUpdate(), std::time(nullptr));
 }
 
-TEST_F(OverwriteFile, ThatCannotBeOpenedIsAnErrorAndTriedAgain)
+TEST_F(OverwriteFile, ThatCannotBeOpenedIsAnErrorAndIsTriedAgain)
 {
     put("a 1\n", longAgo);
     OpenData data(m_path);
@@ -109,7 +109,7 @@ TEST_F(OverwriteFile, ThatCannotBeOpenedIsAnErrorAndTriedAgain)
     EXPECT_EQ(data.getData("a"), "3");
 }
 
-TEST_F(OverwriteFile, ThatCannotBeOpenedIsReturnCode1)
+TEST_F(OverwriteFile, ThatCannotBeOpenedThrowsReturnCode1)
 {
     putUnopenable();
     try {
@@ -137,7 +137,7 @@ struct WriteRow {
     const char* expected;
 };
 
-TEST_F(OverwriteFile, HoldsTheFormerKeysFirstAndThenTheNewOnes)
+TEST_F(OverwriteFile, ContainsTheFormerKeysBeforeTheNewOnes)
 {
     const WriteRow rows[] = {
         {"new keys in order", "", {{"b", "2"}, {"a", "1"}}, "a 1\nb 2\n"},
@@ -147,8 +147,8 @@ TEST_F(OverwriteFile, HoldsTheFormerKeysFirstAndThenTheNewOnes)
         {"a removed key", "a 1\nb 2\n", {{"a", ""}}, "b 2\n"},
         {"the last key removed", "a 1\n", {{"a", ""}}, ""},
         {"the removal of an unknown key", "a 1\n", {{"b", ""}}, "a 1\n"},
-        {"former keys are put in order", "b 2\na 1\n", {{"c", "3"}}, "a 1\nb 2\nc 3\n"},
-        {"lines that are none are dropped", "a 1\n\nx\na 2\n", {{"c", "3"}}, "a 1\nc 3\n"},
+        {"former keys are sorted", "b 2\na 1\n", {{"c", "3"}}, "a 1\nb 2\nc 3\n"},
+        {"malformed lines are dropped", "a 1\n\nx\na 2\n", {{"c", "3"}}, "a 1\nc 3\n"},
         {"a former empty value stays", "a \n", {{"c", "3"}}, "a \nc 3\n"},
         {"a former empty key stays", " v\n", {{"c", "3"}}, " v\nc 3\n"},
         {"a value of two lines", "", {{"a", "1\n2"}}, "a 1\n2\n"},
@@ -166,7 +166,7 @@ TEST_F(OverwriteFile, HoldsTheFormerKeysFirstAndThenTheNewOnes)
     }
 }
 
-TEST_F(OverwriteFile, DoesNotGiveBackLeadingBlanks)
+TEST_F(OverwriteFile, LosesLeadingBlanksWhenReadBack)
 {
     OverwrittenData data(m_path);
     data.setData("a", "  1 ");
@@ -174,7 +174,7 @@ TEST_F(OverwriteFile, DoesNotGiveBackLeadingBlanks)
     EXPECT_EQ(OverwrittenData(m_path).getData("a"), "1 ");
 }
 
-TEST_F(OverwriteFile, IsMadeWhenSomethingIsPendingAndThenOnly)
+TEST_F(OverwriteFile, IsCreatedOnlyWhenAChangeIsPending)
 {
     OverwrittenData data(m_path);
     data.write();
@@ -184,7 +184,7 @@ TEST_F(OverwriteFile, IsMadeWhenSomethingIsPendingAndThenOnly)
     EXPECT_EQ(text(), "");
 }
 
-TEST_F(OverwriteFile, IsNotTouchedWithNothingPending)
+TEST_F(OverwriteFile, IsNotTouchedWhenNothingIsPending)
 {
     put("b 2\na 1", longAgo);
     OverwrittenData(m_path).write();
@@ -195,7 +195,7 @@ TEST_F(OverwriteFile, IsNotTouchedWithNothingPending)
     EXPECT_EQ(text(), "b 2\na 1");
 }
 
-TEST_F(OverwriteFile, IsMadeByTheRulesOfTheUmask)
+TEST_F(OverwriteFile, IsCreatedWithTheModeThatTheUmaskLeaves)
 {
     const mode_t former = ::umask(027);
     OverwrittenData data(m_path);
@@ -205,8 +205,8 @@ TEST_F(OverwriteFile, IsMadeByTheRulesOfTheUmask)
     EXPECT_EQ(std::filesystem::status(m_path).permissions(), std::filesystem::perms{0640});
 }
 
-// An object that is told whether the file changed.
-struct ToldData : OpenData {
+// An object whose isUpToDate() returns what the test sets.
+struct PresetData : OpenData {
     using OpenData::OpenData;
     bool isUpToDate() override { return m_isUpToDate; }
 
@@ -216,7 +216,7 @@ struct ToldData : OpenData {
 TEST_F(OverwriteFile, WrittenInTheSecondOfTheLookShowsTheFormerValues)
 {
     put("a 1\n");
-    ToldData data(m_path);
+    PresetData data(m_path);
     data.update();
     data.m_isUpToDate = true;
     data.setData("a", "2");
@@ -230,7 +230,7 @@ TEST_F(OverwriteFile, WrittenInTheSecondOfTheLookShowsTheFormerValues)
 TEST_F(OverwriteFile, WrittenInALaterSecondShowsTheNewValues)
 {
     put("a 1\n");
-    ToldData data(m_path);
+    PresetData data(m_path);
     data.setData("a", "2");
     data.setData("b", "3");
     data.write();
@@ -238,7 +238,7 @@ TEST_F(OverwriteFile, WrittenInALaterSecondShowsTheNewValues)
     EXPECT_EQ(data.pendingData(), Map());
 }
 
-TEST_F(OverwriteFile, ThatCannotBeMadeLeavesTheChangesPending)
+TEST_F(OverwriteFile, ThatCannotBeCreatedLeavesTheChangesPending)
 {
     OpenData data(m_directory / "none/1.overwrite");
     data.setData("a", "1");
@@ -249,7 +249,7 @@ TEST_F(OverwriteFile, ThatCannotBeMadeLeavesTheChangesPending)
     EXPECT_EQ(support::readText(m_directory / "none/1.overwrite"), "a 1\n");
 }
 
-TEST_F(OverwriteFile, ThatCannotBeWrittenToItsEndLeavesTheChangesPending)
+TEST_F(OverwriteFile, ThatCannotBeWrittenCompletelyLeavesTheChangesPending)
 {
     OpenData data(m_path);
     data.setData("a", "12345678");

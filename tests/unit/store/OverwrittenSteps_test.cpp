@@ -16,7 +16,7 @@ using ostrelApi::OverwrittenData;
 using support::slotOf;
 using Map = std::map<std::string, std::string>;
 
-// Writes down which operations run.
+// Records which operations run.
 class RecordedData : public OpenData
 {
 public:
@@ -95,7 +95,7 @@ TEST_F(OverwriteSteps, CallEachOtherVirtually)
         {"update", [](OverwrittenData& data) { data.update(); }, "update isUpToDate "},
         {"write with a change", [](OverwrittenData& data) { data.write(); },
          "write update isUpToDate update isUpToDate "},
-        {"write without one", [](OverwrittenData& data) { data.write(); },
+        {"write without a change", [](OverwrittenData& data) { data.write(); },
          "write update isUpToDate "},
         {"discard", [](OverwrittenData& data) { data.discard("a"); }, "discard "},
         {"discardAll", [](OverwrittenData& data) { data.discardAll(); }, "discardAll "},
@@ -107,13 +107,13 @@ TEST_F(OverwriteSteps, CallEachOtherVirtually)
     }
 }
 
-// A step of its own in place of reading the file.
+// Overrides the step that reads the file.
 struct FixedData : OverwrittenData {
     using OverwrittenData::OverwrittenData;
     void update() override { m_fileData = {{"a", "fixed"}}; }
 };
 
-TEST_F(OverwriteSteps, CanBeReplacedOneByOne)
+TEST_F(OverwriteSteps, CanBeOverriddenOneByOne)
 {
     FixedData data(m_path);
     EXPECT_EQ(data["a"], "fixed");
@@ -123,7 +123,7 @@ TEST_F(OverwriteSteps, CanBeReplacedOneByOne)
     EXPECT_EQ(text(), "a fixed\nb 2\n");
 }
 
-// Reads well once, and then no more.
+// Can be read once only.
 struct OnceReadable : OpenData {
     using OpenData::OpenData;
     void update() override
@@ -135,7 +135,7 @@ struct OnceReadable : OpenData {
     bool m_isRead = false;
 };
 
-TEST_F(OverwriteSteps, KeepWhatIsPendingWhenTheLastOneOfAWriteFails)
+TEST_F(OverwriteSteps, KeepPendingChangesWhenTheLastStepOfAWriteFails)
 {
     OnceReadable data(m_path);
     data.setData("a", "1");
@@ -158,7 +158,7 @@ TEST(OverwrittenData, HasItsOperationsInTheirFixedOrder)
     }
 }
 
-// What ends an object by the number of its destructor's slot.
+// Programs destroy an object through the number of its destructor's slot.
 TEST(OverwrittenData, HasItsDestructorLast)
 {
     static bool isDestroyed;
