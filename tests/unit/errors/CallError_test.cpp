@@ -12,7 +12,7 @@ using ostrelApi::OstrelApiException;
 
 static_assert(std::is_base_of<OstrelApiException, CallError>::value, "caught as the fixed type");
 
-TEST(CallError, HoldsItsReturnCodeTheDaemonsReturnCodeAndTheReason)
+TEST(CallError, ReturnsItsReturnCodeTheDaemonsReturnCodeAndTheReason)
 {
     const CallError error(1, "already there", 33);
     EXPECT_EQ(error.getReturnCode(), 1);
@@ -20,12 +20,12 @@ TEST(CallError, HoldsItsReturnCodeTheDaemonsReturnCodeAndTheReason)
     EXPECT_EQ(error.getReason(), "already there");
 }
 
-TEST(CallError, HasNoReturnCodeOfADaemonThatDidNotReply)
+TEST(CallError, ReturnsZeroForADaemonThatDidNotReply)
 {
     EXPECT_EQ(CallError(11, "no daemon").getDaemonReturnCode(), 0);
 }
 
-TEST(CallError, HasTheMessageAndTheCategoryOfItsReturnCodeAlone)
+TEST(CallError, HasOnlyTheMessageAndTheCategoryOfItsReturnCode)
 {
     const CallError error(1, "already there", 33);
     EXPECT_STREQ(error.what(), OstrelApiException(1).what());
@@ -33,7 +33,7 @@ TEST(CallError, HasTheMessageAndTheCategoryOfItsReturnCodeAlone)
     EXPECT_EQ(error.getErrorId(), OstrelApiException::GenericException);
 }
 
-TEST(CallError, KeepsAllInACopy)
+TEST(CallError, CanBeCopied)
 {
     const CallError copy = [] { return CallError(CallError(7, "no store", 7)); }();
     EXPECT_EQ(copy.getReturnCode(), 7);

@@ -36,7 +36,7 @@ TEST(Fail, ThrowsACallErrorWithItsArguments)
     EXPECT_EQ(error.getDaemonReturnCode(), 30);
 }
 
-TEST(Fail, NamesStepPathAndTheTextOfErrno)
+TEST(Fail, NamesTheStepThePathAndTheTextOfErrno)
 {
     const CallError error =
         callErrorOf([] { ostrelApi::fail(11, "cannot open", "/x.lock", ENOENT); });
@@ -54,11 +54,11 @@ TEST(Fail, KeepsTheReasonOnOneLine)
     const ReasonRow rows[] = {
         {"no words", "", ""},
         {"two lines", "a\nb\r\n", "a b  "},
-        {"a terminal's escape", "\x1b[2Ja\x7f", " [2Ja "},
+        {"an escape character", "\x1b[2Ja\x7f", " [2Ja "},
         {"a NUL", std::string("a\0b", 3), "a b"},
         {"UTF-8 stays", "schl\xc3\xbcssel", "schl\xc3\xbcssel"},
-        {"the longest", std::string(8192, 'x'), std::string(8192, 'x')},
-        {"one more is cut", std::string(8193, 'x'), std::string(8192, 'x')},
+        {"the longest reason", std::string(8192, 'x'), std::string(8192, 'x')},
+        {"one character more is cut off", std::string(8193, 'x'), std::string(8192, 'x')},
     };
     for (const ReasonRow& row : rows) {
         const CallError error = callErrorOf([&] { ostrelApi::fail(1, row.words); });
@@ -73,7 +73,7 @@ struct InFlightRow {
     int daemonReturnCode;
 };
 
-TEST(FailInstead, ThrowsActionFailedAndKeepsTheReason)
+TEST(FailInstead, ThrowsReturnCode1AndKeepsTheReason)
 {
     const InFlightRow rows[] = {
         {"a CallError", [] { throw CallError(33, "already there", 33); }, "already there", 33},
@@ -83,7 +83,7 @@ TEST(FailInstead, ThrowsActionFailedAndKeepsTheReason)
          "Error 4: No CSR pending (21 - The CSR doesn't exist)", 0},
         {"a standard exception without a text", [] { throw support::Textless(); }, "Unknown error",
          0},
-        {"anything else", [] { throw 1; }, "", 0},
+        {"any other type", [] { throw 1; }, "", 0},
     };
     for (const InFlightRow& row : rows) {
         const CallError error = insteadOf(row.failure);
@@ -93,7 +93,7 @@ TEST(FailInstead, ThrowsActionFailedAndKeepsTheReason)
     }
 }
 
-TEST(GroupReason, NamesTheGroupAndWhyTheFileCannotBeGivenToIt)
+TEST(GroupReason, NamesTheGroupTheFileAndTheCause)
 {
     EXPECT_EQ(ostrelApi::groupReasonOf("/x", "root", EPERM),
               "cannot give to the group 'root' the file /x: Operation not permitted");

@@ -15,14 +15,15 @@ namespace
 
 using ostrelApi::OstrelApiException;
 
-static_assert(std::is_base_of<std::exception, OstrelApiException>::value, "caught as any other");
+static_assert(std::is_base_of<std::exception, OstrelApiException>::value,
+              "caught like any standard exception");
 static_assert(std::has_virtual_destructor<OstrelApiException>::value, "deleted through its base");
 static_assert(
     std::is_same<std::underlying_type<OstrelApiException::ErrorId>::type, std::int32_t>::value,
     "an ErrorId is a signed 32-bit number");
 static_assert(noexcept(std::declval<const OstrelApiException&>().what()), "what() throws nothing");
 
-// The two members of the contract, in their order, and nothing else.
+// Exactly the two members of the contract, in their order.
 struct TwoMembers : std::exception {
     std::int32_t errorId;
     std::string message;
@@ -87,7 +88,7 @@ const std::map<int, int> idsOfReturnCodes = {
     {3, 7}, {9, 1}, {21, 4}, {26, 5}, {32, 0}, {33, 6}, {42, 0}, {43, 6},
 };
 
-/// Every number about the tables, and the farthest ones.
+/// Every number in and next to the tables, and the extreme ones.
 std::vector<int> numbers()
 {
     std::vector<int> result = {INT_MIN, INT_MIN + 1, INT_MAX - 1, INT_MAX, 256, 65536 + 7};
@@ -106,14 +107,14 @@ Value valueOr(const std::map<int, Value>& table, int key, const Value& otherwise
 
 const std::string unknown = "Unknown";
 
-TEST(ErrorIdToString, KnowsNineCategoriesAndCallsTheRestUnknown)
+TEST(ErrorIdToString, NamesNineCategoriesAndCallsTheRestUnknown)
 {
     for (const int id : numbers()) {
         EXPECT_EQ(ostrelApi::errorIdToString(id), valueOr(errorIds, id, unknown)) << id;
     }
 }
 
-TEST(GlobalOstrelMessage, KnowsTheDaemonsCodesAndCallsTheRestUnknown)
+TEST(GlobalOstrelMessage, NamesTheDaemonsReturnCodesAndCallsTheRestUnknown)
 {
     for (const int code : numbers()) {
         EXPECT_EQ(ostrelApi::globalOstrelMessage(code), valueOr(returnCodes, code, unknown))
@@ -121,7 +122,7 @@ TEST(GlobalOstrelMessage, KnowsTheDaemonsCodesAndCallsTheRestUnknown)
     }
 }
 
-TEST(ReturnCodeToErrorId, NamesEightCodesAndCallsTheRestGeneric)
+TEST(ReturnCodeToErrorId, MapsEightReturnCodesAndCallsTheRestGeneric)
 {
     const OstrelApiException any(OstrelApiException::AlreadyPresent);
     for (const int code : numbers()) {
@@ -129,7 +130,7 @@ TEST(ReturnCodeToErrorId, NamesEightCodesAndCallsTheRestGeneric)
     }
 }
 
-TEST(OstrelApiException, OfACategoryNamesItsNumberAndItsText)
+TEST(OstrelApiException, ForACategoryContainsItsNumberAndText)
 {
     for (const int number : numbers()) {
         const OstrelApiException exception(static_cast<OstrelApiException::ErrorId>(number));
@@ -140,7 +141,7 @@ TEST(OstrelApiException, OfACategoryNamesItsNumberAndItsText)
     }
 }
 
-TEST(OstrelApiException, OfAReturnCodeAddsTheCodeAndTheDaemonsText)
+TEST(OstrelApiException, ForAReturnCodeAddsTheCodeAndItsText)
 {
     for (const int code : numbers()) {
         const OstrelApiException exception(code);
@@ -159,7 +160,7 @@ struct MessageRow {
     const char* expected;
 };
 
-TEST(OstrelApiException, ReadsAsASentence)
+TEST(OstrelApiException, HasTheFixedFormOfText)
 {
     using Id = OstrelApiException::ErrorId;
     const MessageRow rows[] = {
@@ -167,12 +168,12 @@ TEST(OstrelApiException, ReadsAsASentence)
          "Error 6: Already present"},
         {"the generic category", OstrelApiException(OstrelApiException::GenericException),
          "Error -1: Generic exception"},
-        {"a category that no return code has",
+        {"a category without a return code",
          OstrelApiException(OstrelApiException::NotACertificate), "Error 2: Not a certificate"},
-        {"a number that is no category", OstrelApiException(Id(9)), "Error 9: Unknown"},
+        {"a number outside the categories", OstrelApiException(Id(9)), "Error 9: Unknown"},
         {"a return code with a category", OstrelApiException(33),
          "Error 6: Already present (33 - The certificate authority already exist)"},
-        {"a return code without one", OstrelApiException(7),
+        {"a return code without a category", OstrelApiException(7),
          "Error -1: Generic exception (7 - This target doesn't exist for this service)"},
         {"success used as an error", OstrelApiException(0),
          "Error -1: Generic exception (0 - Action Successfull)"},

@@ -17,13 +17,13 @@ const std::string badTarget = "std::runtime_error: format for command. Invalid t
 const std::string badArguments =
     "std::runtime_error: Bad format for command. Incorrect arguments received for: ";
 
-/// What the parser refuses a message with.
+/// The text with which the parser refuses a message.
 std::string refusalOf(const std::string& message)
 {
     return support::thrownBy([&] { const Commands command(message); });
 }
 
-TEST(CommandsParser, TakesUserPidTargetCommandAndArguments)
+TEST(CommandsParser, ReadsUserPidTargetCommandAndArguments)
 {
     const Commands command("alice\t812\tserver\tcreatecrt\tkey\tcnf\tdays");
     EXPECT_EQ(command.user, "alice");
@@ -33,7 +33,7 @@ TEST(CommandsParser, TakesUserPidTargetCommandAndArguments)
     EXPECT_EQ(command.arguments, (std::vector<std::string>{"key", "cnf", "days"}));
 }
 
-TEST(CommandsParser, TakesUserAndPidAsTheyAre)
+TEST(CommandsParser, AcceptsAnyUserAndPid)
 {
     const Commands command("\tno number\tconfig\tstatus");
     EXPECT_EQ(command.user, "");
@@ -49,12 +49,12 @@ struct ArgumentsRow {
 TEST(CommandsParser, SplitsTheArgumentsAtEveryTab)
 {
     const ArgumentsRow rows[] = {
-        {"none", "", {}},
-        {"a trailing tab gives none", "\t", {}},
+        {"no argument", "", {}},
+        {"a trailing tab gives no argument", "\t", {}},
         {"one", "\ta", {"a"}},
-        {"one and a trailing tab", "\ta\t", {"a"}},
-        {"of two trailing tabs the first gives an empty one", "\t\t", {""}},
-        {"an empty one between others", "\ta\t\tb", {"a", "", "b"}},
+        {"an argument and a trailing tab", "\ta\t", {"a"}},
+        {"two trailing tabs give one empty argument", "\t\t", {""}},
+        {"an empty argument between others", "\ta\t\tb", {"a", "", "b"}},
         {"line feeds and blanks", "\t a\nb ", {" a\nb "}},
         {"a NUL", std::string("\ta\0b", 4), {std::string("a\0b", 3)}},
     };
@@ -78,7 +78,7 @@ TEST(CommandsParser, RefusesAMalformedMessage)
         {"two fields", "alice\t812", badFormat},
         {"three fields", "alice\t812\tserver", badFormat},
         {"three fields and a tab", "alice\t812\tserver\t", badFormat},
-        {"the message of a command without anything", "\t\t\t", badFormat},
+        {"three tabs", "\t\t\t", badFormat},
         {"blanks in place of tabs", "alice 812 server getcsr", badFormat},
         {"a target in capitals", "alice\t812\tCA\tlist", badTarget},
         {"a target with a capital", "alice\t812\tServer\tgetcsr", badTarget},
@@ -88,19 +88,19 @@ TEST(CommandsParser, RefusesAMalformedMessage)
         {"a keyword in capitals", "alice\t812\tserver\tGETCSR", badArguments + "GETCSR"},
         {"the start of a keyword", "alice\t812\tserver\tgetcs", badArguments + "getcs"},
         {"an empty keyword", "alice\t812\tserver\t\targument", badArguments},
-        {"a line feed behind the keyword", "alice\t812\tserver\tgetcsr\n",
+        {"a line feed after the keyword", "alice\t812\tserver\tgetcsr\n",
          badArguments + "getcsr\n"},
         {"too few arguments for the trailing tab", "alice\t812\tserver\tcreatecrt\ta\tb\t",
          badArguments + "createcrt"},
-        {"a known keyword for another target", "alice\t812\tca\tgetcsr", badArguments + "getcsr"},
+        {"a keyword of another target", "alice\t812\tca\tgetcsr", badArguments + "getcsr"},
     };
     for (const RefusalRow& row : rows) {
         EXPECT_EQ(refusalOf(row.message), row.expected) << row.sentence;
     }
 }
 
-/// A keyword, its number, and the argument counts from 0 to 5 that it takes
-/// with each target.
+/// A keyword, its number, and the numbers of arguments, from 0 to 5, that it
+/// accepts with each target.
 struct KeywordRow {
     std::string keyword;
     int number;
@@ -123,7 +123,7 @@ const KeywordRow keywords[] = {
     {"add", 8, "", "1", "1", ""},
     {"list", 7, "", "0", "0", ""},
     {"listByCN", 17, "", "1", "1", ""},
-    // Intended: with two or more arguments "info" takes any target.
+    // Intended: with two or more arguments, "info" accepts any target.
     {"info", 9, "02345", "12345", "12345", "2345"},
     {"help", 1, "0", "0", "0", "0"},
     {"getOverwrittenData", 15, "0", "1", "1", ""},
@@ -147,13 +147,13 @@ void expectCounts(const KeywordRow& row, int target, const std::string& word,
             const Commands command(message);
             EXPECT_EQ(command.target, target);
             EXPECT_EQ(command.command, row.number);
-            EXPECT_EQ(command.toMessage(), message) << "it writes what it read";
+            EXPECT_EQ(command.toMessage(), message) << "the message can be written again";
         }
         message += "\targument";
     }
 }
 
-TEST(CommandsParser, AcceptsAKeywordWithItsTargetsAndArgumentCountsOnly)
+TEST(CommandsParser, AcceptsAKeywordOnlyWithItsTargetsAndNumbersOfArguments)
 {
     for (const KeywordRow& row : keywords) {
         expectCounts(row, 0, "server", row.server);
@@ -163,7 +163,7 @@ TEST(CommandsParser, AcceptsAKeywordWithItsTargetsAndArgumentCountsOnly)
     }
 }
 
-TEST(CommandsParser, TakesManyArgumentsWhereAnyNumberIsAllowed)
+TEST(CommandsParser, AcceptsManyArgumentsWhereAnyNumberIsAllowed)
 {
     std::string message = "u\t1\tserver\tcreatecsr";
     for (int i = 0; i < 1000; ++i) {
@@ -187,14 +187,14 @@ TEST(CommandsParser, RefusesEveryPrefixThatEndsBeforeTheKeyword)
     }
 }
 
-TEST(CommandsParser, TracesEachArgumentWithTheNumberOfItsFieldWhileDebugIsOn)
+TEST(CommandsParser, TracesEachArgumentWithTheNumberOfItsField)
 {
     const support::CapturedTrace trace;
     const Commands command("u\t1\tca\trevoke\ta\t\tc c");
     EXPECT_EQ(trace.text(), "number: 4 value:a\nnumber: 5 value:\nnumber: 6 value:c c\n");
 }
 
-TEST(CommandsParser, TracesTheArgumentsBeforeItRefusesTargetOrKeyword)
+TEST(CommandsParser, TracesTheArgumentsBeforeItRefusesATargetOrKeyword)
 {
     const support::CapturedTrace trace;
     EXPECT_EQ(refusalOf("u\t1\tstore\tlist\ta"), badTarget);
@@ -210,7 +210,7 @@ TEST(CommandsParser, TracesNothingWithoutArgumentsOrFields)
     EXPECT_EQ(trace.text(), "");
 }
 
-TEST(CommandsParser, TracesNothingWhileDebugIsOff)
+TEST(CommandsParser, TracesNothingWithoutTheDebugFlag)
 {
     const support::CapturedErrors errors;
     const Commands command("u\t1\tca\trevoke\ta");

@@ -39,12 +39,12 @@ TEST(Commands, StartsWithoutUserPidTargetCommandAndArguments)
     EXPECT_TRUE(command.arguments.empty());
 }
 
-TEST(Commands, ReadAsThreeTabsWhenNothingIsSet)
+TEST(Commands, WriteThreeTabsWhenNothingIsSet)
 {
     EXPECT_EQ(Commands().toMessage(), "\t\t\t");
 }
 
-TEST(Commands, PutOneTabBetweenTheFieldsAndNothingAtTheEnd)
+TEST(Commands, SeparateTheFieldsByTabsWithoutATrailingTab)
 {
     Commands command = commandOf(0, 4, {"key", "cnf", "days"});
     command.user = "alice";
@@ -61,13 +61,13 @@ struct WordRow {
 TEST(Commands, WriteTheWordOfTheTarget)
 {
     const WordRow rows[] = {
-        {"the server's store", 0, "server"},
+        {"the server store", 0, "server"},
         {"the CAs", 1, "ca"},
         {"the trusted clients", 2, "client"},
         {"the configuration", 3, "config"},
         {"no target", 4, ""},
-        {"the number above", 5, ""},
-        {"the number below", -1, ""},
+        {"the number above the targets", 5, ""},
+        {"the number below the targets", -1, ""},
         {"the greatest number", INT_MAX, ""},
         {"the least number", INT_MIN, ""},
     };
@@ -89,7 +89,7 @@ TEST(Commands, WriteTheKeywordOfTheCommand)
         {"revocation", 6, "revoke"},
         {"the list", 7, "list"},
         {"a certificate to add", 8, "add"},
-        {"the summary", 9, "info"},
+        {"the info", 9, "info"},
         {"the details", 10, "details"},
         {"the path", 11, "path"},
         {"the key", 12, "getkey"},
@@ -98,12 +98,12 @@ TEST(Commands, WriteTheKeywordOfTheCommand)
         {"the overrides", 15, "getOverwrittenData"},
         {"new overrides", 16, "setOverwrittenData"},
         {"the list by common name", 17, "listByCN"},
-        {"the state", 18, "status"},
+        {"the status", 18, "status"},
         {"the signing request's record", 19, "getcsrinfo"},
         {"the certificate's record", 20, "getcertinfo"},
         {"the signing request's time", 21, "getcsrtimestamp"},
         {"the number above the table", 22, ""},
-        {"the number below it", -1, ""},
+        {"the number below the table", -1, ""},
         {"the greatest number", INT_MAX, ""},
         {"the least number", INT_MIN, ""},
     };
@@ -118,14 +118,14 @@ struct ArgumentsRow {
     std::string expected;
 };
 
-TEST(Commands, WriteTheArgumentsAsTheyAre)
+TEST(Commands, WriteTheArgumentsUnchanged)
 {
     const ArgumentsRow rows[] = {
-        {"none", {}, "\t\tca\tadd"},
+        {"no arguments", {}, "\t\tca\tadd"},
         {"one", {"a"}, "\t\tca\tadd\ta"},
-        {"in their order", {"b", "a"}, "\t\tca\tadd\tb\ta"},
-        {"an empty one keeps its tab", {""}, "\t\tca\tadd\t"},
-        {"empty ones between others", {"", "a", ""}, "\t\tca\tadd\t\ta\t"},
+        {"several arguments, in order", {"b", "a"}, "\t\tca\tadd\tb\ta"},
+        {"an empty argument keeps its tab", {""}, "\t\tca\tadd\t"},
+        {"empty arguments around another", {"", "a", ""}, "\t\tca\tadd\t\ta\t"},
         {"blanks, quotes and line feeds", {" \"a'\\\n "}, "\t\tca\tadd\t \"a'\\\n "},
         {"a tab becomes one more field", {"a\tb"}, "\t\tca\tadd\ta\tb"},
         {"a NUL", {std::string("a\0b", 3)}, std::string("\t\tca\tadd\ta\0b", 12)},
@@ -135,12 +135,12 @@ TEST(Commands, WriteTheArgumentsAsTheyAre)
     }
 }
 
-TEST(Commands, WithoutTargetAndCommandStillWriteTheArguments)
+TEST(Commands, WriteTheArgumentsEvenWithoutTargetAndCommand)
 {
     EXPECT_EQ(commandOf(4, 14, {"a"}).toMessage(), "\t\t\t\ta");
 }
 
-TEST(Commands, TraceTheMessageWhileDebugIsOn)
+TEST(Commands, TraceTheMessageWithTheDebugFlag)
 {
     const support::CapturedTrace trace;
     Commands command = commandOf(1, 6, {"12"});
@@ -149,7 +149,7 @@ TEST(Commands, TraceTheMessageWhileDebugIsOn)
     EXPECT_EQ(trace.text(), "Commands::toMessage() :alice\t\tca\trevoke\t12\n");
 }
 
-TEST(Commands, TraceNothingWhileDebugIsOff)
+TEST(Commands, TraceNothingWithoutTheDebugFlag)
 {
     const support::CapturedErrors errors;
     commandOf(1, 6, {"12"}).toMessage();
@@ -159,7 +159,7 @@ TEST(Commands, TraceNothingWhileDebugIsOff)
 TEST(Commands, IdentifyATargetByItsExactWord)
 {
     const WordRow rows[] = {
-        {"the server's store", 0, "server"},
+        {"the server store", 0, "server"},
         {"the CAs", 1, "ca"},
         {"the trusted clients", 2, "client"},
         {"the configuration", 3, "config"},
@@ -167,11 +167,11 @@ TEST(Commands, IdentifyATargetByItsExactWord)
         {"an unknown word", 4, "store"},
         {"capitals", 4, "CA"},
         {"a capital at the start", 4, "Server"},
-        {"a blank in front", 4, " ca"},
-        {"a blank behind", 4, "ca "},
+        {"a blank before the word", 4, " ca"},
+        {"a blank after the word", 4, "ca "},
         {"the start of a word", 4, "serve"},
         {"more than a word", 4, "clients"},
-        {"a NUL behind", 4, std::string("ca\0", 3)},
+        {"a NUL after the word", 4, std::string("ca\0", 3)},
     };
     for (const WordRow& row : rows) {
         EXPECT_EQ(Commands().identifyTarget(row.word), row.number) << row.sentence;

@@ -22,7 +22,7 @@ struct PayloadRow {
 const PayloadRow goodReplies[] = {
     {"a code, a blank and a payload", "0 payload", "payload"},
     {"an empty payload", "0 ", ""},
-    {"no blank: the whole reply", "0", "0"},
+    {"without a blank, the whole reply", "0", "0"},
     {"a payload with blanks", "0 a b  c ", "a b  c "},
     {"a payload that starts with a blank", "0  a", " a"},
     {"a payload of blanks", "0   ", "  "},
@@ -32,16 +32,16 @@ const PayloadRow goodReplies[] = {
     {"several zeros", "000 a", "a"},
     {"a plus sign", "+0 a", "a"},
     {"a minus sign", "-0 a", "a"},
-    {"a tab in front of the code", "\t0 a", "a"},
-    {"line ends in front of the code", "\r\n\v\f0 a", "a"},
-    {"letters behind the code", "0abc a", "a"},
+    {"a tab before the code", "\t0 a", "a"},
+    {"line ends before the code", "\r\n\v\f0 a", "a"},
+    {"letters after the code", "0abc a", "a"},
     {"a hexadecimal code is read up to its x", "0x10 a", "a"},
     {"a decimal fraction is read up to its point", "0.9 a", "a"},
-    {"a line feed in place of the blank", "0\na", "0\na"},
+    {"a line feed instead of the blank", "0\na", "0\na"},
     {"a line feed before the first blank", "0\na b", "b"},
 };
 
-TEST(PayloadOf, IsWhatFollowsTheFirstBlankOfASuccess)
+TEST(PayloadOf, ReturnsTheTextAfterTheFirstBlankOfASuccess)
 {
     const support::CapturedTrace trace;
     for (const PayloadRow& row : goodReplies) {
@@ -91,13 +91,13 @@ const std::string leadingBlank = "Standard exception caught while sending comman
 const FailureRow badReplies[] = {
     {"a code with a text", "7 This target doesn't exist", 7, refused},
     {"a code with an empty payload", "33 ", 33, refused},
-    {"a code alone", "1", 1, refused},
-    {"a code in front of a line feed", "2\n", 2, refused},
-    {"a code that the library does not know", "99 a", 99, refused},
+    {"only a code", "1", 1, refused},
+    {"a code before a line feed", "2\n", 2, refused},
+    {"a code unknown to the library", "99 a", 99, refused},
     {"a negative code", "-5 a", -5, refused},
-    {"zeros in front of a code", "007 a", 7, refused},
-    {"a sign in front of a code", "+11 a", 11, refused},
-    {"letters behind a code", "12abc a", 12, refused},
+    {"zeros before a code", "007 a", 7, refused},
+    {"a sign before a code", "+11 a", 11, refused},
+    {"letters after a code", "12abc a", 12, refused},
     {"the greatest code", "2147483647 a", 2147483647, refused},
     {"the least code", "-2147483648 a", -2147483647 - 1, refused},
     {"one above the greatest", "2147483648 a", 1, noNumber},
@@ -106,29 +106,29 @@ const FailureRow badReplies[] = {
     {"an empty reply", "", 1, noNumber},
     {"no number", "abc", 1, noNumber},
     {"no number, a blank and a payload", "abc 0", 1, noNumber},
-    {"a sign alone", "- 0", 1, noNumber},
-    {"a sign apart from its number", "+\t0 a", 1, noNumber},
-    {"a line feed alone", "\n", 1, noNumber},
+    {"only a sign", "- 0", 1, noNumber},
+    {"a sign separated from its number", "+\t0 a", 1, noNumber},
+    {"only a line feed", "\n", 1, noNumber},
     {"a tab and a blank", "\t 0", 1, noNumber},
-    {"a NUL in front of the code",
+    {"a NUL before the code",
      std::string("\0"
                  "0 a",
                  4),
      1, noNumber},
-    {"a blank alone", " ", 1, leadingBlank},
-    {"a blank in front of a success", " 0 a", 1, leadingBlank},
-    {"a blank in front of a failure", " 7 a", 1, leadingBlank},
-    {"a blank in front of no number", " abc", 1, leadingBlank},
+    {"only a blank", " ", 1, leadingBlank},
+    {"a blank before a success", " 0 a", 1, leadingBlank},
+    {"a blank before a failure", " 7 a", 1, leadingBlank},
+    {"a blank before a word", " abc", 1, leadingBlank},
 };
 
-TEST(PayloadOf, ThrowsTheReturnCodeOfAFailureAndOneForAnIllegibleReply)
+TEST(PayloadOf, ThrowsTheReturnCodeOfAFailureAndOneForAMalformedReply)
 {
     for (const FailureRow& row : badReplies) {
         SCOPED_TRACE(row.sentence);
         const support::CapturedTrace trace;
         try {
             payloadOf(row.reply);
-            ADD_FAILURE() << "it throws nothing";
+            ADD_FAILURE() << "nothing was thrown";
         } catch (const OstrelApiException& caught) {
             EXPECT_EQ(caught.getErrorMessage(),
                       OstrelApiException(row.returnCode).getErrorMessage());
@@ -138,18 +138,18 @@ TEST(PayloadOf, ThrowsTheReturnCodeOfAFailureAndOneForAnIllegibleReply)
     }
 }
 
-TEST(PayloadOf, NamesTheDaemonsTextInTheMessage)
+TEST(PayloadOf, IncludesTheTextOfTheReturnCodeInTheMessage)
 {
     try {
         payloadOf("7 any text");
-        ADD_FAILURE() << "it throws nothing";
+        ADD_FAILURE() << "nothing was thrown";
     } catch (const OstrelApiException& caught) {
         EXPECT_STREQ(caught.what(), "Error -1: Generic exception (7 - This target doesn't exist "
                                     "for this service)");
     }
 }
 
-TEST(PayloadOf, TracesNothingWhileDebugIsOff)
+TEST(PayloadOf, TracesNothingWithoutTheDebugFlag)
 {
     const support::CapturedErrors errors;
     for (const FailureRow& row : badReplies) {
@@ -158,7 +158,7 @@ TEST(PayloadOf, TracesNothingWhileDebugIsOff)
     EXPECT_EQ(errors.text(), "");
 }
 
-TEST(PayloadOf, JudgesEveryPrefixOfAReplyByItself)
+TEST(PayloadOf, ReadsEveryPrefixOfAReplyByTheSameRules)
 {
     const std::string reply = "0 payload";
     EXPECT_THROW(payloadOf(""), OstrelApiException);

@@ -1,7 +1,7 @@
 #pragma once
 
-// What the tests of the transport share: a service with a peer at its pipes,
-// one call told in words, and what a call must leave behind.
+// Shared by the tests of the transport: a service with a peer at its pipes, a
+// call whose outcome is a text, and the state that every call must restore.
 
 #include "protocol/Transport.h"
 
@@ -27,7 +27,7 @@ inline std::string payload(const std::string& text)
     return "payload: " + text;
 }
 
-/// What a call returned or threw, in the words above and those of thrownBy().
+/// What a call returned or threw, in the words of payload() and thrownBy().
 inline std::string outcomeOf(ostrel::Commands& command, const ostrelApi::ServicePipes& pipes)
 {
     std::string reply;
@@ -36,16 +36,16 @@ inline std::string outcomeOf(ostrel::Commands& command, const ostrelApi::Service
     return thrown == "nothing" ? reply : thrown;
 }
 
-/// A service whose pipes a scripted peer holds.
+/// A service whose pipes are served by a scripted peer.
 class Transport : public testing::Test
 {
 protected:
     ~Transport() override { std::filesystem::remove(peer.outPath()); }
 
-    /// One call, "list" for the CAs.
+    /// Calls "list" for the CAs.
     std::string call() const { return callWith({}); }
 
-    /// One call with an argument of `length` bytes; a pipe holds 64 KiB.
+    /// Calls with an argument of `length` bytes. A pipe holds 64 KiB.
     std::string callWithLongMessage(std::size_t length = 200000) const
     {
         return callWith({std::string(length, 'x')});
@@ -60,7 +60,7 @@ protected:
         return outcomeOf(command, pipes);
     }
 
-    /// The line that a call traces when it has its message ready.
+    /// The line that a call traces before it sends its message.
     static std::string messageLine()
     {
         return "Commands::toMessage() :root\t" + std::to_string(::getpid()) + "\tca\tlist\n";
@@ -77,7 +77,7 @@ protected:
         return lock.isOpen() && ::flock(lock.get(), LOCK_EX | LOCK_NB) == 0;
     }
 
-    /// Names and kinds of the files of the service.
+    /// Names and types of the files of the service.
     std::set<std::pair<std::string, std::filesystem::file_type>> files() const
     {
         std::set<std::pair<std::string, std::filesystem::file_type>> result;
@@ -87,7 +87,7 @@ protected:
         return result;
     }
 
-    /// No reply FIFO, no lock held.
+    /// Expects that no reply FIFO exists and that the lock is free.
     void expectReleased() const
     {
         EXPECT_FALSE(std::filesystem::exists(pipes.out)) << "the reply FIFO is left";
@@ -98,7 +98,7 @@ protected:
     const std::string directory = device.pipesDirectory() + "/web";
     ostrelApi::ServicePipes pipes =
         ostrelApi::pipesOf(device.pipesDirectory() + "/web", "web", "root");
-    // Last, for its thread may look at all the others.
+    // Last, because its thread may use all the other members.
     support::ScriptedPeer peer{device, "web"};
 };
 

@@ -33,7 +33,7 @@ protected:
     }
 };
 
-TEST_F(TransportLock, HeldByAnotherDescriptorOfTheProcessEndsTheCallAtOnce)
+TEST_F(TransportLock, HeldByAnotherDescriptorEndsTheCallAtOnce)
 {
     peer.answer("0 a");
     for (const int kind : {LOCK_EX, LOCK_SH}) {
@@ -42,10 +42,10 @@ TEST_F(TransportLock, HeldByAnotherDescriptorOfTheProcessEndsTheCallAtOnce)
         expectLockedOut();
     }
     EXPECT_TRUE(peer.messages().empty());
-    EXPECT_EQ(call(), payload("a")) << "as soon as it is released";
+    EXPECT_EQ(call(), payload("a")) << "once it is released";
 }
 
-TEST_F(TransportLock, TracesNothingWhileDebugIsOff)
+TEST_F(TransportLock, TracesNothingWithoutTheDebugFlag)
 {
     const Descriptor holder = Descriptor::open(pipes.lock, O_RDONLY);
     ASSERT_EQ(::flock(holder.get(), LOCK_EX), 0);
@@ -54,7 +54,7 @@ TEST_F(TransportLock, TracesNothingWhileDebugIsOff)
     EXPECT_EQ(errors.text(), "");
 }
 
-TEST_F(TransportLock, HeldByAnotherDescriptorLeavesTheFifosOfTheOneCallUntouched)
+TEST_F(TransportLock, RefusalDoesNotTouchTheFifosOfTheOtherCall)
 {
     const Descriptor holder = Descriptor::open(pipes.lock, O_RDONLY);
     ASSERT_EQ(::flock(holder.get(), LOCK_EX), 0);
@@ -113,10 +113,10 @@ TEST_F(TransportLock, HeldByAnotherProcessEndsTheCallAtOnce)
         expectLockedOut();
     }
     peer.answer("0 a");
-    EXPECT_EQ(call(), payload("a")) << "the other process is gone";
+    EXPECT_EQ(call(), payload("a")) << "the other process has ended";
 }
 
-TEST_F(TransportLock, IsReleasedAlsoWhenAProcessForkedMeanwhileSharesIt)
+TEST_F(TransportLock, IsReleasedEvenIfAForkedProcessSharesIt)
 {
     std::unique_ptr<Child> child;
     peer.play([&](ScriptedPeer::Call& caller) {
@@ -129,20 +129,21 @@ TEST_F(TransportLock, IsReleasedAlsoWhenAProcessForkedMeanwhileSharesIt)
     expectReleased();
 }
 
-TEST_F(TransportLock, LetsOneOfTwoThreadsThroughAndTurnsTheOtherAwayAtOnce)
+TEST_F(TransportLock, AdmitsOneOfTwoThreadsAndRefusesTheOtherAtOnce)
 {
     for (int i = 0; i < 100; ++i) {
         std::promise<void> turnedAway;
-        const auto callAndTell = [&] {
+        const auto callAndReport = [&] {
             const std::string outcome = call();
             if (outcome == apiError(2)) {
                 turnedAway.set_value();
             }
             return outcome;
         };
-        auto first = std::async(std::launch::async, callAndTell);
-        auto second = std::async(std::launch::async, callAndTell);
-        // The winner waits meanwhile, for nobody takes its message.
+        auto first = std::async(std::launch::async, callAndReport);
+        auto second = std::async(std::launch::async, callAndReport);
+        // The admitted call waits meanwhile, because the peer does not read its
+        // message yet.
         turnedAway.get_future().wait();
         peer.answer("0 a");
         std::vector<std::string> outcomes = {first.get(), second.get()};
@@ -152,7 +153,7 @@ TEST_F(TransportLock, LetsOneOfTwoThreadsThroughAndTurnsTheOtherAwayAtOnce)
     EXPECT_EQ(peer.messages().size(), 100U);
 }
 
-TEST_F(TransportLock, LetsNoTwoOfManyCallsMix)
+TEST_F(TransportLock, SeparatesManyConcurrentCalls)
 {
     constexpr int threads = 6;
     constexpr int calls = 50;
@@ -188,7 +189,7 @@ TEST_F(TransportLock, LetsNoTwoOfManyCallsMix)
     expectReleased();
 }
 
-TEST_F(TransportLock, OfOneServiceDoesNotKeepAnotherFromItsDaemon)
+TEST_F(TransportLock, OfOneServiceDoesNotAffectAnother)
 {
     ScriptedPeer vpn(device, "vpn");
     vpn.answer("0 vpn");
@@ -200,7 +201,7 @@ TEST_F(TransportLock, OfOneServiceDoesNotKeepAnotherFromItsDaemon)
 }
 
 /// Names of the service's files that the process has open, and an empty name
-/// for each that a program it executes would inherit.
+/// for each that an executed program would inherit.
 std::set<std::string> openFilesOf(const std::string& directory)
 {
     std::set<std::string> names;
@@ -215,7 +216,7 @@ std::set<std::string> openFilesOf(const std::string& directory)
     return names;
 }
 
-TEST_F(Transport, KeepsItsDescriptorsFromTheProgramsThatTheProcessExecutes)
+TEST_F(Transport, PassesNoDescriptorToExecutedPrograms)
 {
     std::set<std::string> whileWriting;
     std::set<std::string> whileReading;

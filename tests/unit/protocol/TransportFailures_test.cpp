@@ -19,8 +19,8 @@ using ostrelApi::ServicePipes;
 using support::apiError;
 using transport_case::Transport;
 
-/// What stands in the way of a call, and how the call ends: its return code,
-/// and its line without the error text, which follows when there is one.
+/// What makes a call fail, and how it fails: its return code and its traced
+/// line. The text of errno follows that line, if there is one.
 struct Row {
     const char* sentence;
     void (*prepare)(ServicePipes& pipes);
@@ -87,9 +87,9 @@ std::string inNotOpened(const ServicePipes& pipes)
 
 const Row rows[] = {
     {"no lock file", [](ServicePipes& pipes) { fs::remove(pipes.lock); }, 11, lockMissing, 0},
-    {"a lock file that is a link to nothing",
+    {"a lock file that is a dangling link",
      [](ServicePipes& pipes) { replaceByLink(pipes.lock, "nothing"); }, 11, lockMissing, 0},
-    {"no directory of the service",
+    {"no service directory",
      [](ServicePipes& pipes) { pipes = ostrelApi::pipesOf("/nowhere/web", "web", "root"); }, 11,
      lockMissing, 0},
     {"a lock file that is a directory", [](ServicePipes& pipes) { replaceByDirectory(pipes.lock); },
@@ -100,14 +100,14 @@ const Row rows[] = {
      lockNotOpened, ENXIO},
     {"a service directory that is a file", [](ServicePipes& pipes) { pipes.lock += "/web.lock"; },
      3, lockNotOpened, ENOTDIR},
-    {"a reply FIFO left over",
+    {"a leftover reply FIFO",
      [](ServicePipes& pipes) { ASSERT_EQ(::mkfifo(pipes.out.c_str(), 0760), 0); }, 1, outNotCreated,
      EEXIST},
-    {"a file in the place of the reply FIFO",
+    {"a file instead of the reply FIFO",
      [](ServicePipes& pipes) { support::writeText(pipes.out, "text"); }, 1, outNotCreated, EEXIST},
-    {"a directory in the place of the reply FIFO",
+    {"a directory instead of the reply FIFO",
      [](ServicePipes& pipes) { fs::create_directory(pipes.out); }, 1, outNotCreated, EEXIST},
-    {"a link to nothing in the place of the reply FIFO",
+    {"a dangling link instead of the reply FIFO",
      [](ServicePipes& pipes) { fs::create_symlink("nothing", pipes.out); }, 1, outNotCreated,
      EEXIST},
     {"no directory for the reply FIFO", [](ServicePipes& pipes) { pipes.out = "/nowhere/web.out"; },
@@ -116,7 +116,7 @@ const Row rows[] = {
      groupNotChanged, 0},
     {"an empty group", [](ServicePipes& pipes) { pipes.group.clear(); }, 1, groupNotChanged, 0},
     {"no command FIFO", [](ServicePipes& pipes) { fs::remove(pipes.in); }, 11, inMissing, 0},
-    {"a command FIFO that is a link to nothing",
+    {"a command FIFO that is a dangling link",
      [](ServicePipes& pipes) { replaceByLink(pipes.in, "nothing"); }, 11, inMissing, 0},
     {"a command FIFO that is a directory",
      [](ServicePipes& pipes) { replaceByDirectory(pipes.in); }, 1, inNotOpened, EISDIR},
@@ -163,7 +163,7 @@ protected:
     }
 };
 
-TEST_P(TransportFailure, ThrowsItsReturnCodeAndLeavesEverythingAsItWas)
+TEST_P(TransportFailure, ThrowsItsReturnCodeAndChangesNothing)
 {
     const auto filesBefore = files();
     const std::size_t descriptorsBefore = support::openDescriptorCount();
@@ -176,7 +176,7 @@ TEST_P(TransportFailure, ThrowsItsReturnCodeAndLeavesEverythingAsItWas)
     }
 }
 
-TEST_P(TransportFailure, NamesTheFileAndTheSystemsTextInItsReason)
+TEST_P(TransportFailure, NamesTheFileAndTheTextOfErrnoInItsReason)
 {
     ostrel::Commands command;
     const ostrelApi::CallError error =
@@ -187,14 +187,14 @@ TEST_P(TransportFailure, NamesTheFileAndTheSystemsTextInItsReason)
                 testing::EndsWith(fileOf(GetParam()) + ": " + textOf(GetParam())));
 }
 
-TEST_P(TransportFailure, TracesOneLineWhileDebugIsOn)
+TEST_P(TransportFailure, TracesOneLineWithTheDebugFlag)
 {
     const support::CapturedTrace trace;
     call();
     EXPECT_EQ(trace.text(), expectedTrace());
 }
 
-TEST_P(TransportFailure, TracesNothingWhileDebugIsOff)
+TEST_P(TransportFailure, TracesNothingWithoutTheDebugFlag)
 {
     const support::CapturedErrors errors;
     call();
@@ -208,7 +208,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, TransportFailure, testing::ValuesIn(rows),
                              return name;
                          });
 
-TEST_F(Transport, WorksAgainAsSoonAsALeftOverReplyFifoIsRemoved)
+TEST_F(Transport, WorksAgainOnceALeftoverReplyFifoIsRemoved)
 {
     ASSERT_EQ(::mkfifo(pipes.out.c_str(), 0760), 0);
     peer.answer("0 a");
@@ -218,7 +218,7 @@ TEST_F(Transport, WorksAgainAsSoonAsALeftOverReplyFifoIsRemoved)
     EXPECT_EQ(call(), transport_case::payload("a"));
 }
 
-TEST_F(Transport, FailsWhenTheReplyFifoIsGoneBeforeTheReply)
+TEST_F(Transport, FailsWhenTheReplyFifoIsRemovedBeforeTheReply)
 {
     for (const bool isTraced : {true, false}) {
         peer.play([&](support::ScriptedPeer::Call& caller) {
@@ -240,7 +240,7 @@ TEST_F(Transport, FailsWhenTheReplyFifoIsGoneBeforeTheReply)
     }
 }
 
-TEST_F(Transport, SucceedsWhenTheReplyFifoIsRemovedByAnotherHandMeanwhile)
+TEST_F(Transport, SucceedsWhenAnotherProcessRemovesTheReplyFifo)
 {
     peer.play([&](support::ScriptedPeer::Call& caller) {
         caller.takeMessage();

@@ -1,5 +1,5 @@
-// Failures that only a fault of the system brings about: the kernel is told to
-// refuse a system call, or takes a privilege away, for the calling thread.
+// Failures of system calls: the kernel denies a system call, or a capability is
+// missing, in the calling thread.
 
 #include "unit/protocol/TransportCase.h"
 
@@ -37,7 +37,7 @@ const std::vector<long> removals = {
 class TransportFault : public Transport
 {
 protected:
-    /// One call of a thread that may not use these system calls.
+    /// Makes a call in a thread in which these system calls fail.
     void callWithout(const std::vector<long>& numbers, int error)
     {
         std::thread([&] {
@@ -51,7 +51,7 @@ protected:
         bool canDeny = false;
         std::thread([&] { canDeny = support::denySystemCalls({}, 0); }).join();
         if (!canDeny) {
-            GTEST_SKIP() << "no seccomp filters here, to have the kernel refuse a system call";
+            GTEST_SKIP() << "the kernel has no seccomp filters";
         }
     }
 
@@ -71,7 +71,7 @@ protected:
     const std::size_t descriptorsBefore = support::openDescriptorCount();
 };
 
-TEST_F(TransportFault, AModeThatCannotBeSetEndsTheCall)
+TEST_F(TransportFault, UnchangeableModeEndsTheCall)
 {
     callWithout(changingModes, EPERM);
     EXPECT_EQ(outcome, apiError(1));
@@ -81,7 +81,7 @@ TEST_F(TransportFault, AModeThatCannotBeSetEndsTheCall)
     expectReleased();
 }
 
-TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedIsTracedBehindAnUnknownGroup)
+TEST_F(TransportFault, UnremovableReplyFifoIsTracedAfterAnUnknownGroup)
 {
     pipes.group = "no such group";
     callWithout(removals, EACCES);
@@ -90,7 +90,7 @@ TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedIsTracedBehindAnUnknownGroup
                                 notRemoved());
 }
 
-TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedIsTracedBehindAModeThatCannotBeSet)
+TEST_F(TransportFault, UnremovableReplyFifoIsTracedAfterAnUnchangeableMode)
 {
     std::vector<long> both = changingModes;
     both.insert(both.end(), removals.begin(), removals.end());
@@ -102,7 +102,7 @@ TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedIsTracedBehindAModeThatCanno
             notRemoved());
 }
 
-TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedIsTracedBehindAMissingCommandFifo)
+TEST_F(TransportFault, UnremovableReplyFifoIsTracedAfterAMissingCommandFifo)
 {
     fs::remove(pipes.in);
     callWithout(removals, EACCES);
@@ -112,7 +112,7 @@ TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedIsTracedBehindAMissingComman
                                 notRemoved());
 }
 
-TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedIsTracedBehindACommandFifoThatDoesNotOpen)
+TEST_F(TransportFault, UnremovableReplyFifoIsTracedAfterAnUnopenableCommandFifo)
 {
     fs::remove(pipes.in);
     fs::create_directory(pipes.in);
@@ -122,18 +122,18 @@ TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedIsTracedBehindACommandFifoTh
                                 notRemoved());
 }
 
-// Intended: after the reply a failed removal is told in other words.
-TEST_F(TransportFault, AReplyFifoThatCannotBeRemovedAfterTheReplyIsTracedAndTheCallSucceeds)
+// Intended: after the reply, a failed removal has another text.
+TEST_F(TransportFault, UnremovableReplyFifoAfterTheReplyIsTracedAndTheCallSucceeds)
 {
     peer.answer("0 a");
     callWithout(removals, EACCES);
     EXPECT_EQ(outcome, payload("a"));
     EXPECT_EQ(trace.text(),
               messageLine() + line("Failed to remove file '" + pipes.out + "' : error: ", EACCES));
-    EXPECT_EQ(call(), apiError(1)) << "it is in the way of the next call";
+    EXPECT_EQ(call(), apiError(1)) << "it makes the next call fail";
 }
 
-TEST_F(TransportFault, ALockThatTheKernelRefusesIsToldAsALockedService)
+TEST_F(TransportFault, RefusedLockIsReportedAsALockedService)
 {
     callWithout({SYS_flock}, ENOLCK);
     EXPECT_EQ(outcome, apiError(2));
@@ -161,7 +161,7 @@ private:
     __user_cap_data_struct m_former[2] = {};
 };
 
-TEST_F(Transport, TellsAGroupThatTheCallerMayNotGiveAsAnUnknownOne)
+TEST_F(Transport, ReportsAForbiddenGroupAsAnUnknownOne)
 {
     const support::Accounts accounts;
     support::Accounts::addGroup("foreign:x:4242:");

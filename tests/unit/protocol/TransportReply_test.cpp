@@ -35,7 +35,7 @@ const Row replies[] = {
     {"no reply", "", apiError(1)},
     {"a leading blank", " 0 a", apiError(1)},
     {"no number", "abc 0", apiError(1)},
-    {"a number too great", "2147483648 a", apiError(1)},
+    {"a number too large", "2147483648 a", apiError(1)},
     {"one byte less than a chunk", filled(1022), payload(std::string(1020, 'x'))},
     {"a chunk", filled(1023), payload(std::string(1021, 'x'))},
     {"one byte more than a chunk", filled(1024), payload(std::string(1022, 'x'))},
@@ -63,7 +63,7 @@ std::vector<std::string> cut(const std::string& text, std::size_t length)
     return pieces;
 }
 
-TEST_F(Transport, ReadsTheSameReplyByteByByte)
+TEST_F(Transport, ReadsAReplyByteByByte)
 {
     for (const Row& row : replies) {
         if (row.reply.size() < 3000) {
@@ -74,7 +74,7 @@ TEST_F(Transport, ReadsTheSameReplyByteByByte)
     }
 }
 
-TEST_F(Transport, ReadsTheSameReplyInPiecesAboutAChunk)
+TEST_F(Transport, ReadsAReplyInPiecesOfAboutAChunk)
 {
     for (const std::size_t length : {2U, 511U, 512U, 1021U, 1022U, 1023U}) {
         for (const Row& row : replies) {
@@ -85,25 +85,25 @@ TEST_F(Transport, ReadsTheSameReplyInPiecesAboutAChunk)
     }
 }
 
-TEST_F(Transport, TakesAChunkUpToItsFirstNul)
+TEST_F(Transport, ReadsAChunkUpToItsFirstNul)
 {
     const std::string rest = std::string(1023 - 5, '.');
     const Row rows[] = {
         {"in the payload", "0 ab\0cd"_bytes, payload("ab")},
         {"at the end", "0 ab\0"_bytes, payload("ab")},
-        {"behind the blank", "0 \0ab"_bytes, payload("")},
-        {"in place of the blank", "0\0ab"_bytes, payload("0")},
-        {"in place of the blank of a failure", "7\0 ab"_bytes, apiError(7)},
+        {"after the blank", "0 \0ab"_bytes, payload("")},
+        {"instead of the blank", "0\0ab"_bytes, payload("0")},
+        {"instead of the blank of a failure", "7\0 ab"_bytes, apiError(7)},
         {"at the start",
          "\0"
          "0 ab"_bytes,
          apiError(1)},
         {"alone", "\0"_bytes, apiError(1)},
-        {"two of them", "0 a\0b\0c"_bytes, payload("a")},
-        {"the chunk behind is taken", "0 ab\0"_bytes + rest + "cd", payload("abcd")},
-        {"also when it is the very last byte of its chunk", "0 ab" + rest + "\0cd"_bytes,
-         payload("ab" + rest + "cd")},
-        {"or the first one of the next", "0 ab." + rest + "\0cd"_bytes, payload("ab." + rest)},
+        {"two NULs", "0 a\0b\0c"_bytes, payload("a")},
+        {"the next chunk is read", "0 ab\0"_bytes + rest + "cd", payload("abcd")},
+        {"at the last byte of a chunk", "0 ab" + rest + "\0cd"_bytes, payload("ab" + rest + "cd")},
+        {"at the first byte of the next chunk", "0 ab." + rest + "\0cd"_bytes,
+         payload("ab." + rest)},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.sentence);
@@ -112,7 +112,7 @@ TEST_F(Transport, TakesAChunkUpToItsFirstNul)
     }
 }
 
-TEST_F(Transport, TakesEachPieceUpToItsFirstNulWhenTheyComeApart)
+TEST_F(Transport, ReadsEachSeparatePieceUpToItsFirstNul)
 {
     peer.answerInPieces({"0 ab\0lost"_bytes, "\0lost"_bytes, "cd", "e\0lost"_bytes});
     EXPECT_EQ(call(), payload("abcde"));
@@ -120,7 +120,7 @@ TEST_F(Transport, TakesEachPieceUpToItsFirstNulWhenTheyComeApart)
     EXPECT_EQ(call(), payload("a"));
 }
 
-TEST_F(Transport, TakesWhatThereIsOfAReplyWhoseWriterGoesAway)
+TEST_F(Transport, UsesThePartOfAReplyThatArrivedBeforeItsWriterEnds)
 {
     const std::string reply = "0 ab";
     for (std::size_t length = 0; length <= reply.size(); ++length) {
@@ -137,13 +137,13 @@ struct TraceRow {
     std::string trace;
 };
 
-TEST_F(Transport, TracesWhyAReplyIsNoSuccess)
+TEST_F(Transport, TracesWhyAReplyIsNotASuccess)
 {
     const TraceRow rows[] = {
         {"a failure", "7 a", "Action failed while sending command to server.\n"},
         {"no number", "x", "Standard logic error caught while sending command to server: stoi\n"},
         {"no reply", "", "Standard logic error caught while sending command to server: stoi\n"},
-        {"a number too great", "2147483648",
+        {"a number too large", "2147483648",
          "Standard logic error caught while sending command to server: stoi\n"},
         {"a leading blank", " 0",
          "Standard exception caught while sending command to server: Error -1: Generic "

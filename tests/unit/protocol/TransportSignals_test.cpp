@@ -17,7 +17,7 @@ using support::ScriptedPeer;
 using transport_case::payload;
 using transport_case::Transport;
 
-TEST_F(Transport, IsEndedByASignalWhileItWaitsForAReaderOfItsMessage)
+TEST_F(Transport, IsEndedByASignalWhileItWaitsForAReader)
 {
     const auto filesBefore = files();
     for (const bool isTraced : {true, false}) {
@@ -35,13 +35,13 @@ TEST_F(Transport, IsEndedByASignalWhileItWaitsForAReaderOfItsMessage)
     }
 }
 
-TEST_F(Transport, TracesAReplyFifoThatIsGoneWhenASignalEndsTheWait)
+TEST_F(Transport, TracesAMissingReplyFifoWhenASignalEndsTheWait)
 {
     const support::CapturedTrace trace;
     Interruption interruption;
     const mode_t former = ::umask(077);
     std::thread signaller([&] {
-        // The mode is widened last, so the caller has nothing left to do with the file.
+        // Setting the mode is the caller's last step with the file.
         struct stat status = {};
         while (::stat(pipes.out.c_str(), &status) != 0 || (status.st_mode & 07777) != 0760) {
             std::this_thread::yield();
@@ -59,7 +59,7 @@ TEST_F(Transport, TracesAReplyFifoThatIsGoneWhenASignalEndsTheWait)
     expectReleased();
 }
 
-TEST_F(Transport, ThrowsTheTextOfTheSignalThatEndsItsWaitForTheReply)
+TEST_F(Transport, ThrowsTheTextOfEintrWhenASignalEndsItsWaitForTheReply)
 {
     for (const bool isTraced : {true, false}) {
         const support::CapturedTrace trace(isTraced);
@@ -82,7 +82,7 @@ TEST_F(Transport, ThrowsTheTextOfTheSignalThatEndsItsWaitForTheReply)
     }
 }
 
-TEST_F(Transport, TakesWhatThereIsOfAReplyWhoseReadingASignalEnds)
+TEST_F(Transport, UsesThePartOfAReplyThatArrivedBeforeASignal)
 {
     const std::pair<const char*, std::string> rows[] = {
         {"", apiError(1)},
@@ -107,12 +107,13 @@ TEST_F(Transport, TakesWhatThereIsOfAReplyWhoseReadingASignalEnds)
     }
 }
 
-TEST_F(Transport, WritesItsMessageOnceAndNotTheRestWhenASignalEndsTheWriting)
+TEST_F(Transport, DoesNotContinueAWriteThatASignalInterrupted)
 {
     const Interruption interruption;
     peer.play([&](ScriptedPeer::Call& caller) {
         caller.meet();
-        // The write has begun, and the pipe is too small for it to end.
+        // The write has begun and cannot complete, because the pipe is too
+        // small.
         caller.takeStart(1);
         interruption.once();
         caller.takeMessage();
@@ -124,10 +125,10 @@ TEST_F(Transport, WritesItsMessageOnceAndNotTheRestWhenASignalEndsTheWriting)
     EXPECT_EQ(trace.text().find("Error"), std::string::npos);
     const std::string message = peer.lastMessage();
     EXPECT_LT(message.size(), 200000U);
-    EXPECT_EQ(message.substr(message.size() - 3), "xxx") << "it breaks off in the argument";
+    EXPECT_EQ(message.substr(message.size() - 3), "xxx") << "the message ends within the argument";
 }
 
-/// How a caller may be set up for SIGPIPE.
+/// How a caller may have set up SIGPIPE.
 struct SigpipeRow {
     const char* sentence;
     void (*handler)(int);
@@ -143,7 +144,7 @@ void countSigpipe(int /*signal*/)
 }
 
 const SigpipeRow sigpipeRows[] = {
-    {"the default, which kills", SIG_DFL, false, false},
+    {"the default, which kills the process", SIG_DFL, false, false},
     {"ignored", SIG_IGN, false, false},
     {"handled", countSigpipe, false, false},
     {"blocked", SIG_DFL, true, false},
@@ -153,7 +154,8 @@ const SigpipeRow sigpipeRows[] = {
     {"already pending and handled", countSigpipe, true, true},
 };
 
-/// Sets the calling thread up for SIGPIPE, and tells afterwards what it finds.
+/// Sets SIGPIPE up for the calling thread, and checks afterwards that nothing
+/// has changed.
 class Sigpipe
 {
 public:
@@ -191,7 +193,7 @@ public:
         EXPECT_EQ(action.sa_handler, m_row.handler);
         EXPECT_EQ(::sigismember(&mask, SIGPIPE) == 1, m_row.isBlocked);
         EXPECT_EQ(::sigismember(&pending, SIGPIPE) == 1, m_row.isPending);
-        EXPECT_EQ(handled, 0) << "the caller's handler has run";
+        EXPECT_EQ(handled, 0) << "the caller's handler ran";
     }
 
 private:
@@ -199,7 +201,7 @@ private:
     sigset_t m_set;
 };
 
-TEST_F(Transport, SurvivesADaemonThatGoesAwayBeforeTheMessageAndStillReadsTheReply)
+TEST_F(Transport, ReadsTheReplyEvenIfTheDaemonDisconnectsBeforeTheMessage)
 {
     for (const SigpipeRow& row : sigpipeRows) {
         SCOPED_TRACE(row.sentence);
@@ -217,7 +219,7 @@ TEST_F(Transport, SurvivesADaemonThatGoesAwayBeforeTheMessageAndStillReadsTheRep
     EXPECT_TRUE(peer.messages().empty());
 }
 
-TEST_F(Transport, SurvivesADaemonThatGoesAwayAmidTheMessageAndStillReadsTheReply)
+TEST_F(Transport, ReadsTheReplyEvenIfTheDaemonDisconnectsDuringTheMessage)
 {
     for (const SigpipeRow& row : sigpipeRows) {
         SCOPED_TRACE(row.sentence);
@@ -231,13 +233,14 @@ TEST_F(Transport, SurvivesADaemonThatGoesAwayAmidTheMessageAndStillReadsTheReply
         });
         const support::CapturedTrace trace;
         EXPECT_EQ(callWithLongMessage(), apiError(7));
-        EXPECT_EQ(trace.text().find("Error"), std::string::npos) << "what was written counts";
+        EXPECT_EQ(trace.text().find("Error"), std::string::npos)
+            << "a partial write is not an error";
         sigpipe.expectUnchanged();
         expectReleased();
     }
 }
 
-TEST_F(Transport, TracesNoFailedWriteWhileDebugIsOff)
+TEST_F(Transport, TracesNoFailedWriteWithoutTheDebugFlag)
 {
     const support::CapturedErrors errors;
     peer.hangUpAndAnswer("0 late");

@@ -14,7 +14,7 @@ using transport_case::outcomeOf;
 using transport_case::payload;
 using transport_case::Transport;
 
-TEST(PipesOf, NameTheServiceTwice)
+TEST(PipesOf, ContainTheNameOfTheServiceTwice)
 {
     const ostrelApi::ServicePipes pipes = ostrelApi::pipesOf("/run/p/web", "web", "admin");
     EXPECT_EQ(pipes.lock, "/run/p/web/web.lock");
@@ -23,7 +23,7 @@ TEST(PipesOf, NameTheServiceTwice)
     EXPECT_EQ(pipes.group, "admin");
 }
 
-TEST(PipesOf, NormaliseNothing)
+TEST(PipesOf, AreNotNormalised)
 {
     EXPECT_EQ(ostrelApi::pipesOf("/run//a/b", "a/b", "").in, "/run//a/b/a/b.in");
 }
@@ -45,7 +45,7 @@ struct MessageRow {
     std::string expected;
 };
 
-TEST_F(Transport, WritesTheMessageOfTheUserAndTheProcessAndNothingElse)
+TEST_F(Transport, WritesExactlyTheMessageOfTheUserAndTheProcess)
 {
     const MessageRow rows[] = {
         {"no argument", ostrel::TargetConfig, ostrel::CommandStatus, {}, "config\tstatus"},
@@ -59,7 +59,7 @@ TEST_F(Transport, WritesTheMessageOfTheUserAndTheProcessAndNothingElse)
          ostrel::CommandAdd,
          {std::string("a\0b", 3)},
          std::string("ca\tadd\ta\0b", 10)},
-        {"nothing set", ostrel::TargetNone, ostrel::CommandNone, {}, "\t"},
+        {"an empty command", ostrel::TargetNone, ostrel::CommandNone, {}, "\t"},
         {"more than a pipe holds",
          ostrel::TargetCA,
          ostrel::CommandAdd,
@@ -79,7 +79,7 @@ TEST_F(Transport, WritesTheMessageOfTheUserAndTheProcessAndNothingElse)
     }
 }
 
-TEST_F(Transport, FillsInUserAndPidAndLeavesTheRestOfTheCommandAsItIs)
+TEST_F(Transport, SetsOnlyUserAndPidOfTheCommand)
 {
     Commands command("somebody\t1\tca\tadd\tpath");
     peer.answer("0 ");
@@ -91,7 +91,7 @@ TEST_F(Transport, FillsInUserAndPidAndLeavesTheRestOfTheCommandAsItIs)
     EXPECT_EQ(command.arguments, std::vector<std::string>{"path"});
 }
 
-TEST_F(Transport, FillsInUserAndPidAlsoWhenTheCallFails)
+TEST_F(Transport, SetsUserAndPidEvenIfTheCallFails)
 {
     Commands command("somebody\t1\tca\tadd\tpath");
     std::filesystem::remove(pipes.lock);
@@ -110,8 +110,8 @@ TEST_F(Transport, NamesTheUserAsTheDatabaseDoes)
 {
     const UserRow rows[] = {
         {"the effective user", "alice:x:0:0::/:/bin/sh\n", "alice"},
-        {"of two names the first", "alice:x:0:0::/:/bin/sh\nbob:x:0:0::/:/bin/sh\n", "alice"},
-        {"a user that the database does not know", "bob:x:1:1::/:/bin/sh\n", ""},
+        {"the first of two names", "alice:x:0:0::/:/bin/sh\nbob:x:0:0::/:/bin/sh\n", "alice"},
+        {"a user that the database lacks", "bob:x:1:1::/:/bin/sh\n", ""},
     };
     const support::Accounts accounts;
     for (const UserRow& row : rows) {
@@ -124,7 +124,7 @@ TEST_F(Transport, NamesTheUserAsTheDatabaseDoes)
     }
 }
 
-TEST_F(Transport, ServesOneCallAfterTheOther)
+TEST_F(Transport, MakesSeveralCallsInARow)
 {
     for (int i = 0; i < 50; ++i) {
         peer.answer("0 " + std::to_string(i));
@@ -137,7 +137,7 @@ TEST_F(Transport, ServesOneCallAfterTheOther)
     EXPECT_EQ(peer.messages().size(), 100U);
 }
 
-TEST_F(Transport, GivesTheReplyFifoTheServicesGroupAndItsModeWhateverTheUmask)
+TEST_F(Transport, CreatesTheReplyFifoWithTheServicesGroupAndAFixedMode)
 {
     const support::Accounts accounts;
     const gid_t group = support::Accounts::foreignGroup();
@@ -162,7 +162,7 @@ TEST_F(Transport, GivesTheReplyFifoTheServicesGroupAndItsModeWhateverTheUmask)
     }
 }
 
-TEST_F(Transport, LeavesTheLockFileAsItIs)
+TEST_F(Transport, DoesNotChangeTheLockFile)
 {
     support::writeText(pipes.lock, "the daemon's own");
     peer.answer("0 ");
@@ -170,7 +170,7 @@ TEST_F(Transport, LeavesTheLockFileAsItIs)
     EXPECT_EQ(support::readText(pipes.lock), "the daemon's own");
 }
 
-TEST_F(Transport, TracesTheMessageAloneOfASuccess)
+TEST_F(Transport, TracesOnlyTheMessageOfASuccess)
 {
     peer.answer("0 a");
     const support::CapturedTrace trace;
@@ -178,7 +178,7 @@ TEST_F(Transport, TracesTheMessageAloneOfASuccess)
     EXPECT_EQ(trace.text(), messageLine());
 }
 
-TEST_F(Transport, TracesNothingWhileDebugIsOff)
+TEST_F(Transport, TracesNothingWithoutTheDebugFlag)
 {
     const support::CapturedErrors errors;
     for (const char* reply : {"0 a", "7 a", " ", "", "x"}) {
@@ -188,8 +188,8 @@ TEST_F(Transport, TracesNothingWhileDebugIsOff)
     EXPECT_EQ(errors.text(), "");
 }
 
-// A reply FIFO is one of the descriptors that a call opens, so the peer has to
-// have closed its own before they are counted.
+// The peer runs in this process, so it must have ended before the descriptors
+// are counted.
 TEST(TransportDescriptors, AreAllClosedWhenTheCallsEnd)
 {
     const support::Device device;
