@@ -39,7 +39,7 @@ void failWithRuntimeError()
     throw std::runtime_error("injected");
 }
 
-void failWithAStranger()
+void failWithNonStandardException()
 {
     throw 1;
 }

@@ -12,7 +12,7 @@ namespace support
 /// The failures to choose from.
 [[noreturn]] void failAsOutOfMemory();
 [[noreturn]] void failWithRuntimeError();
-[[noreturn]] void failWithAStranger();
+[[noreturn]] void failWithNonStandardException();
 
 /// Runs `work` repeatedly: first its first allocation fails, then only its
 /// second, and so on until a run reaches no failing allocation. Returns what

@@ -54,7 +54,7 @@ std::string FailingOpen::path() const
 
 } // namespace support
 
-// The header names the function that the width of file offsets calls for.
+// <fcntl.h> renames this function to match the width of off_t.
 extern "C" int open(const char* path, int flags, ...)
 {
     va_list arguments;

@@ -5,9 +5,9 @@
 namespace support
 {
 
-/// While it lives, open() of a file whose name ends in `suffix` creates the file
-/// and then calls `fail`, which throws. For a program of its own: it replaces
-/// open().
+/// While the object lives, open() of a file whose name ends in `suffix` creates
+/// the file and then calls `fail`, which throws. Link it only into a program of
+/// its own, because it replaces open().
 class FailingOpen
 {
 public:
@@ -18,7 +18,7 @@ public:
     FailingOpen(const FailingOpen&) = delete;
     FailingOpen& operator=(const FailingOpen&) = delete;
 
-    /// The file that failed last.
+    /// The path of the last file that failed.
     std::string path() const;
 };
 

@@ -43,7 +43,7 @@ protected:
     ScriptedPeer peer{device, "web"};
 };
 
-/// What an import handed to the daemon.
+/// What an import sent to the daemon.
 struct Imported {
     std::string path;
     std::string text;
@@ -52,7 +52,7 @@ struct Imported {
 class ServerImportFile : public ServerImport
 {
 protected:
-    /// What `import` hands over; the peer accepts it.
+    /// What `import` sends; the peer accepts it.
     Imported handedOverBy(const std::function<void()>& import)
     {
         Imported imported;
@@ -69,7 +69,7 @@ protected:
     }
 };
 
-TEST_F(ServerImportFile, HandsTheTextOverInATemporaryFileOfTheService)
+TEST_F(ServerImportFile, WritesTheTextToATemporaryFileOfTheService)
 {
     const Imported imported =
         handedOverBy([&] { web.applyServerCertificate("text\r\n" + pem("a\r\nb\r")); });
@@ -80,8 +80,8 @@ TEST_F(ServerImportFile, HandsTheTextOverInATemporaryFileOfTheService)
     EXPECT_FALSE(fs::exists(imported.path));
 }
 
-// Intended: one line feed for the line behind the last, and one for the text.
-TEST_F(ServerImportFile, HandsAFileOverWithTwoMoreLineFeeds)
+// Intended: one line feed for the line after the last, and one for the text.
+TEST_F(ServerImportFile, WritesAFileWithTwoMoreLineFeeds)
 {
     const Imported imported = handedOverBy([&] { web.applyServerCertificateFile(newFile); });
     EXPECT_EQ(peer.lastMessage(), messageStart() + "server\tapplycrt\t" + imported.path);
@@ -89,7 +89,7 @@ TEST_F(ServerImportFile, HandsAFileOverWithTwoMoreLineFeeds)
     EXPECT_FALSE(fs::exists(imported.path));
 }
 
-TEST_F(ServerImport, WithoutAPendingRequestFailsBeforeTheCertificateIsReadOrSent)
+TEST_F(ServerImport, WithoutAPendingRequestFailsBeforeItReadsOrSendsAnything)
 {
     fs::remove(csr);
     const std::set<std::string> filesBefore = pipeFiles();
@@ -104,14 +104,14 @@ TEST_F(ServerImport, WithoutAPendingRequestFailsBeforeTheCertificateIsReadOrSent
     EXPECT_EQ(trace.text(), "");
 }
 
-/// An application's own service, which says itself when the request was made.
+/// An application's own service, which overrides the time of the request.
 struct OwnTimestamp : OstrelService {
     explicit OwnTimestamp(std::int64_t time) : OstrelService("web"), timestamp(time) {}
     std::int64_t getServerCsrTimestamp() override { return timestamp; }
     const std::int64_t timestamp;
 };
 
-TEST_F(ServerImport, AsksTheVirtualOperationWhetherARequestIsPending)
+TEST_F(ServerImport, UsesTheVirtualOperationToCheckForAPendingRequest)
 {
     OwnTimestamp none(0);
     EXPECT_EQ(thrownByText(none), apiError(21));
@@ -137,7 +137,8 @@ TEST_F(ServerImport, OfAFileThatCannotBeReadFailsAndSendsNothing)
 class ServerImportRefusal : public ServerImport
 {
 protected:
-    /// What the import itself traces of a daemon that refuses with `code`.
+    /// The trace lines of the import itself when the daemon refuses with
+    /// `code`.
     std::string importTrace(int code) const
     {
         return messageLine(peer.lastMessage()) +
@@ -147,8 +148,8 @@ protected:
     }
 };
 
-// Intended: of a refusal only the import's own code 1 is left by then.
-TEST_F(ServerImportRefusal, OfATextIsTracedTwiceAndTheCallerIsToldOne)
+// Intended: the second line has only the import's own code 1.
+TEST_F(ServerImportRefusal, OfATextIsTracedTwiceAndThrowsReturnCode1)
 {
     const CapturedTrace trace;
     peer.answer("26 ");
@@ -157,7 +158,7 @@ TEST_F(ServerImportRefusal, OfATextIsTracedTwiceAndTheCallerIsToldOne)
                                 OstrelApiException(1).what() + '\n');
 }
 
-TEST_F(ServerImportRefusal, OfAFileIsTracedByTheImportAlone)
+TEST_F(ServerImportRefusal, OfAFileIsTracedOnlyByTheImport)
 {
     const CapturedTrace trace;
     peer.answer("26 ");
@@ -165,7 +166,7 @@ TEST_F(ServerImportRefusal, OfAFileIsTracedByTheImportAlone)
     EXPECT_EQ(trace.text(), importTrace(26));
 }
 
-TEST_F(ServerImportRefusal, IsSilentWhileDebugIsOff)
+TEST_F(ServerImportRefusal, TracesNothingWithoutTheDebugFlag)
 {
     const support::CapturedErrors errors;
     peer.answer("26 ");
@@ -203,7 +204,7 @@ protected:
     const std::string expected = "std::runtime_error: " + interrupted;
 };
 
-TEST_F(ServerImportSignal, KeepsItsNameInAnImportOfAText)
+TEST_F(ServerImportSignal, KeepsItsTextInAnImportOfAText)
 {
     const CapturedTrace trace;
     EXPECT_EQ(thrownWhenInterrupted([&] { return thrownByText(web); }), expected);
@@ -211,24 +212,24 @@ TEST_F(ServerImportSignal, KeepsItsNameInAnImportOfAText)
                                 interrupted + '\n');
 }
 
-TEST_F(ServerImportSignal, KeepsItsNameInAnImportOfAFile)
+TEST_F(ServerImportSignal, KeepsItsTextInAnImportOfAFile)
 {
     const CapturedTrace trace;
     EXPECT_EQ(thrownWhenInterrupted([&] { return thrownByFile(web); }), expected);
     EXPECT_EQ(trace.text(), importTrace());
 }
 
-/// A failure of the system in the midst of an import of a text: what is traced
-/// of it at last.
+/// A failure of the system during the import of a text, and its last trace
+/// line.
 struct FaultRow {
     const char* sentence;
     support::Failure failure;
     const char* trace;
-    /// What the steps before the import itself let through.
+    /// What the steps before the import itself throw.
     const char* untold;
 };
 
-TEST_F(ServerImport, OfATextTurnsEveryFailureOfTheSystemIntoOne)
+TEST_F(ServerImport, OfATextThrowsReturnCode1ForEveryFailureOfTheSystem)
 {
     const FaultRow rows[] = {
         {"no memory", support::failAsOutOfMemory,
@@ -237,14 +238,15 @@ TEST_F(ServerImport, OfATextTurnsEveryFailureOfTheSystemIntoOne)
         {"another standard exception", support::failWithRuntimeError,
          "Standard exception caught while adding certificate. injected\n",
          "std::runtime_error: injected"},
-        {"no standard exception", support::failWithAStranger,
+        {"no standard exception", support::failWithNonStandardException,
          "Unknown exception caught while adding certificate.\n", "no standard exception"},
     };
     fs::remove(peer.lockPath());
     for (const FaultRow& row : rows) {
         const CapturedTrace trace;
         const auto import = [&] {
-            // A stream whose own memory failed says nothing from then on.
+            // A stream whose allocation failed prints nothing until it is
+            // cleared.
             std::cerr.clear();
             web.applyServerCertificate("text");
         };

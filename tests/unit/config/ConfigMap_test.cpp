@@ -32,20 +32,21 @@ const MapRow rows[] = {
      {{"a", "b"}, {"c", "d"}}},
     {"several words", "a b  c d\n", {{"a", "b  c d"}}, {{"a", "b  c d"}}},
     {"two lines for one key", "a b\na c\n", {{"a", "b"}}, {{"a", "b"}}},
-    {"keys of another case", "a b\nA c\n", {{"A", "c"}, {"a", "b"}}, {{"A", "c"}, {"a", "b"}}},
-    {"a key alone", "a\nc d\n", {{"c", "d"}}, {{"c", "d"}}},
+    {"keys that differ in case", "a b\nA c\n", {{"A", "c"}, {"a", "b"}}, {{"A", "c"}, {"a", "b"}}},
+    {"only a key", "a\nc d\n", {{"c", "d"}}, {{"c", "d"}}},
     {"a key and blanks", "a  \n", {}, {{"a", ""}}},
-    {"a tab between", "a\tb\n", {}, {}},
-    {"a tab and a space between", "a\t b\n", {{"a\t", "b"}}, {{"a\t", "b"}}},
-    {"an equals sign between", "a=b\n", {}, {}},
+    {"a tab instead of the space", "a\tb\n", {}, {}},
+    {"a tab before the space", "a\t b\n", {{"a\t", "b"}}, {{"a\t", "b"}}},
+    {"an equals sign instead of the space", "a=b\n", {}, {}},
     {"an equals sign as a word", "a = b\n", {{"a", "= b"}}, {{"a", "= b"}}},
     {"a blank at the end", "a b \n", {{"a", "b"}}, {{"a", "b "}}},
     {"an indented line", "  a b\n", {{"a", "b"}}, {{"", "a b"}}},
     {"a tab before the key", "\ta b\n", {{"a", "b"}}, {{"\ta", "b"}}},
     {"a comment", "# a b\n", {}, {{"#", "a b"}}},
-    {"a comment behind a value", "a b # c\n", {{"a", "b"}}, {{"a", "b # c"}}},
-    {"a comment in the place of the value", "a # c\n", {}, {{"a", "# c"}}},
-    // Intended: the comment keeps the indentation, and the first space is then the first character.
+    {"a comment after a value", "a b # c\n", {{"a", "b"}}, {{"a", "b # c"}}},
+    {"a comment instead of the value", "a # c\n", {}, {{"a", "# c"}}},
+    // Intended: with a comment, the line keeps its indentation, so its first space ends an empty
+    // key.
     {"an indented line with a comment", "  a b # c\n", {{"", "a b"}}, {{"", "a b # c"}}},
     {"an indented comment", "   # c\n", {{"", ""}}, {{"", "# c"}}},
     {"two indented comments", "   # c\n  a b # d\n", {{"", ""}}, {{"", "# c"}}},
@@ -54,27 +55,27 @@ const MapRow rows[] = {
      "a b\r\nc d\r\n",
      {{"a", "b\r"}, {"c", "d\r"}},
      {{"a", "b\r"}, {"c", "d\r"}}},
-    {"a carriage return alone on its line", "\r\n", {}, {}},
-    {"blanks alone", "   \n", {}, {{"", ""}}},
+    {"a line of one carriage return", "\r\n", {}, {}},
+    {"only blanks", "   \n", {}, {{"", ""}}},
     {"a NUL in a value",
      std::string("a b\0c\n", 6),
      {{"a", std::string("b\0c", 3)}},
      {{"a", std::string("b\0c", 3)}}},
 };
 
-TEST(ConfigMap, HoldsThePairsOfTheCleanedLines)
+TEST(ConfigMap, ContainsThePairsOfTheCleanedLines)
 {
     for (const MapRow& row : rows) {
         std::istringstream in(row.text);
         std::stringstream inMemory(row.text);
         EXPECT_EQ(Tools::getConfigMap(in), row.config) << row.sentence;
         EXPECT_EQ(Tools::getMapFromStringStream(inMemory), row.config)
-            << row.sentence << ", from memory";
+            << row.sentence << ", as a stream";
         EXPECT_EQ(ostrel::configMapOf(row.text), row.config) << row.sentence << ", as a text";
     }
 }
 
-TEST(RawMap, HoldsThePairsOfTheLinesAsTheyAre)
+TEST(RawMap, ContainsThePairsOfTheUnchangedLines)
 {
     for (const MapRow& row : rows) {
         std::istringstream in(row.text);
@@ -83,7 +84,7 @@ TEST(RawMap, HoldsThePairsOfTheLinesAsTheyAre)
     }
 }
 
-// The rules one by one, as a loop over a stream's lines applies them.
+// The rules one by one, as a loop over the lines of a stream applies them.
 std::string trimmedAtBeginning(const std::string& text)
 {
     std::size_t index = 0;
@@ -124,7 +125,7 @@ KeyValueMap readByLoop(const std::string& text, bool clean)
     return map;
 }
 
-TEST(ConfigMap, IsThatOfALoopOverLinesForEveryShortText)
+TEST(ConfigMap, MatchesALoopOverLinesForEveryShortText)
 {
     std::vector<std::string> texts = {""};
     for (std::size_t next = 0; next < texts.size(); ++next) {
@@ -140,7 +141,7 @@ TEST(ConfigMap, IsThatOfALoopOverLinesForEveryShortText)
     EXPECT_EQ(texts.size(), 19531U);
 }
 
-TEST(ConfigMap, IsReadFromWhereTheStreamStandsToItsEnd)
+TEST(ConfigMap, IsReadFromTheCurrentPositionToTheEnd)
 {
     std::stringstream in("a b\nc d\n");
     std::string line;
@@ -150,8 +151,8 @@ TEST(ConfigMap, IsReadFromWhereTheStreamStandsToItsEnd)
     EXPECT_THAT(Tools::getConfigMap(in), IsEmpty());
 }
 
-// An end-of-file flag alone ends the reading; these streams never set one.
-TEST(ConfigMap, OfAStreamThatFailsComesToAnEnd)
+// Reading normally ends at the end-of-file flag, which these streams never set.
+TEST(ConfigMap, EndsWhenTheStreamFails)
 {
     std::ifstream missing("/etc/ostrel/missing/file");
     std::ifstream directory("/etc");
@@ -161,7 +162,7 @@ TEST(ConfigMap, OfAStreamThatFailsComesToAnEnd)
     EXPECT_THAT(Tools::getMapKeyValue(directory), IsEmpty());
 }
 
-TEST(ConfigMap, MayBeReadByAnyThreadFromItsOwnStream)
+TEST(ConfigMap, CanBeReadByThreadsFromSeparateStreams)
 {
     std::vector<std::thread> threads;
     for (int number = 0; number < 4; ++number) {

@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <thread>
 
-// A construction that failed is tried again, so many bad files fit in one process.
+// After a failed construction the next call tries again, so one process can test many bad files.
 
 namespace
 {
@@ -71,17 +71,17 @@ TEST(BadDaemonConfiguration, IsRefusedWithItsReason)
 {
     const Row rows[] = {
         {"an empty file", "", allMissing},
-        {"comments alone", "# a b\n   # c d\n", allMissing},
-        {"nothing but unknown keys", "a b\n", allMissing},
+        {"only comments", "# a b\n   # c d\n", allMissing},
+        {"only unknown keys", "a b\n", allMissing},
         {"two keys missing", required.substr(0, required.find("lockFile")),
          bad + "'lockFile' is not defined; 'pidFile' is not defined; "},
-        {"a required key with blanks behind it", without("daemonUser") + "daemonUser  \t\n",
+        {"a required key followed by blanks", without("daemonUser") + "daemonUser  \t\n",
          bad + "'daemonUser' is not defined; "},
-        {"a required key with a comment behind it", without("daemonUser") + "daemonUser # root\n",
+        {"a required key followed by a comment", without("daemonUser") + "daemonUser # root\n",
          bad + "'daemonUser' is not defined; "},
         {"a required key that is commented out", without("pidFile") + "#pidFile /pid\n",
          bad + "'pidFile' is not defined; "},
-        {"a required key in another case", without("lockFile") + "lockfile /lock\n",
+        {"a required key that differs in case", without("lockFile") + "lockfile /lock\n",
          bad + "'lockFile' is not defined; "},
         {"a required key with an equals sign", without("lockFile") + "lockFile=/lock\n",
          bad + "'lockFile' is not defined; "},
@@ -97,7 +97,7 @@ TEST(BadDaemonConfiguration, IsRefusedWithItsReason)
         {"TimeDriftSleepTime too large", required + "TimeDriftSleepTime 2147483648\n", outOfRange},
         {"TimeDriftThresholdValue too small", required + "TimeDriftThresholdValue -2147483649\n",
          outOfRange},
-        {"a sign alone", required + "TimeDriftSleepTime -\n", noNumber},
+        {"only a sign", required + "TimeDriftSleepTime -\n", noNumber},
         {"a bad number and missing keys", "TimeDriftSleepTime abc\n", noNumber},
         {"a bad date and missing keys", "minDateForGeneratingCert abc\n",
          "std::invalid_argument: stoll"},
@@ -111,7 +111,7 @@ TEST(BadDaemonConfiguration, IsRefusedWithItsReason)
         EXPECT_EQ(thrownBy(getLockFile), row.expected) << row.sentence;
     }
     Device::writeDaemonConfiguration(required);
-    EXPECT_EQ(thrownBy(getLockFile), "nothing") << "a good file at last";
+    EXPECT_EQ(thrownBy(getLockFile), "nothing") << "with a good file";
 }
 
 TEST(BadDaemonConfiguration, NamesEachMissingKey)
@@ -124,7 +124,7 @@ TEST(BadDaemonConfiguration, NamesEachMissingKey)
     }
 }
 
-TEST(BadDaemonConfiguration, IsAFileThatCannotBeOpened)
+TEST(BadDaemonConfiguration, IncludesAFileThatCannotBeOpened)
 {
     const std::string expected = "std::runtime_error: Failed to open configuration file : " + file;
     Device::writeDaemonConfiguration("");
@@ -136,7 +136,7 @@ TEST(BadDaemonConfiguration, IsAFileThatCannotBeOpened)
     EXPECT_EQ(thrownBy(getLockFile), expected) << "a link to itself";
     fs::remove(file);
     fs::create_directory(file);
-    EXPECT_EQ(thrownBy(getLockFile), allMissing) << "a directory opens, and has no lines";
+    EXPECT_EQ(thrownBy(getLockFile), allMissing) << "a directory can be opened and has no lines";
     fs::remove(file);
     EXPECT_EQ(thrownBy(getLockFile), expected);
     Device::writeDaemonConfiguration(required);
@@ -149,7 +149,7 @@ std::string thrownByGetter(Result (*getter)())
     return thrownBy([getter] { getter(); });
 }
 
-TEST(BadDaemonConfiguration, ReachesTheCallerOfEveryGetter)
+TEST(BadDaemonConfiguration, IsPassedOnUnchangedByTheOtherGetters)
 {
     using Class = DaemonConfiguration;
     Device::writeDaemonConfiguration("minDateForGeneratingCert x\n");
@@ -169,7 +169,7 @@ TEST(BadDaemonConfiguration, ReachesTheCallerOfEveryGetter)
 const std::string whileOstrel = "caught while getting ostreld directory";
 const std::string whilePipes = "caught while getting named pipes directory";
 
-// Intended: two of the getters say what they were getting, one by "Std", one by "Standard".
+// Intended: two getters name what they were getting; one writes "Std", the other "Standard".
 TEST(BadDaemonConfiguration, IsTranslatedByTwoGetters)
 {
     using Class = DaemonConfiguration;
@@ -195,7 +195,7 @@ TEST(BadDaemonConfiguration, IsNotPrinted)
     EXPECT_EQ(errors.text(), "");
 }
 
-TEST(BadDaemonConfiguration, FailsEveryThreadUntilAGoodOneIsThere)
+TEST(BadDaemonConfiguration, FailsInEveryThreadUntilTheFileIsGood)
 {
 #ifdef __SANITIZE_THREAD__
     GTEST_SKIP() << "g++'s thread sanitizer does not follow a one-time initialisation that fails: "
@@ -215,19 +215,19 @@ TEST(BadDaemonConfiguration, FailsEveryThreadUntilAGoodOneIsThere)
     EXPECT_EQ(DaemonConfiguration::getLockFile(), "/lock");
 }
 
-// What fails behind the last tier of each text is the memory.
-TEST(DaemonConfigurationWithoutMemory, TellsAFailureThatIsNoStandardException)
+// Only a failed allocation reaches the last tier of each text.
+TEST(DaemonConfigurationWithoutMemory, ReportsAFailureThatIsNotAStandardException)
 {
     Device::writeDaemonConfiguration(required + "TimeDriftSleepTime abc\n");
-    EXPECT_THAT(thrownWithoutMemory(getLockFile, support::failWithAStranger),
+    EXPECT_THAT(thrownWithoutMemory(getLockFile, support::failWithNonStandardException),
                 Contains("std::runtime_error: Generic exception caught while getting value for "
                          "TimeDriftSleepTime."));
     Device::writeDaemonConfiguration(required);
     EXPECT_THAT(thrownWithoutMemory([] { DaemonConfiguration::getOstrelDirectory(); },
-                                    support::failWithAStranger),
+                                    support::failWithNonStandardException),
                 Contains("std::runtime_error: Generic exception " + whileOstrel + '.'));
     EXPECT_THAT(thrownWithoutMemory([] { DaemonConfiguration::getNamePipesDirectory(); },
-                                    support::failWithAStranger),
+                                    support::failWithNonStandardException),
                 Contains("std::runtime_error: Generic exception " + whilePipes + '.'));
 }
 

@@ -64,15 +64,15 @@ std::string readInChild(const std::string& text, std::string (*values)())
 TEST(DaemonConfiguration, GivesTheTextsAsTheFileHasThem)
 {
     const Row rows[] = {
-        {"each key its getter", required, allRequired},
+        {"one getter for each key", required, allRequired},
         {"unknown keys, comments and empty lines", "# c\n\nunknown a\n" + required + "more b\n",
          allRequired},
         {"repeated keys keep their first value", required + "lockFile /b\npidFile /c\n",
          allRequired},
-        {"keys of another case are other keys", "lockfile /b\nLockFile /c\n" + required,
+        {"keys that differ in case are other keys", "lockfile /b\nLockFile /c\n" + required,
          allRequired},
-        {"equals signs and tabs make no pair", "lockFile=/b\nlockFile\t/b\n" + required,
-         allRequired},
+        {"equals signs and tabs do not separate key and value",
+         "lockFile=/b\nlockFile\t/b\n" + required, allRequired},
         {"blanks around a value are dropped", "lockFile   /a b \t\n" + required,
          "/store|notifiers|/services|/pipes|keeper|/scripts|/a b|/pid"},
         {"a comment is cut off", "lockFile /a#b\n" + required,
@@ -81,18 +81,18 @@ TEST(DaemonConfiguration, GivesTheTextsAsTheFileHasThem)
          "/a//|notifiers|/services|/pipes|keeper|/scripts|/lock|/pid"},
         {"carriage returns stay", "daemonUser root\r\n" + required,
          "/store|notifiers|/services|/pipes|root\r|/scripts|/lock|/pid"},
-        {"the last line needs no line feed", required.substr(0, required.size() - 1), allRequired},
+        {"the last line without a line feed", required.substr(0, required.size() - 1), allRequired},
     };
     for (const Row& row : rows) {
         EXPECT_EQ(readInChild(row.text, allTexts), row.expected) << row.sentence;
     }
 }
 
-TEST(DaemonConfiguration, GivesTheNumbersOrZero)
+TEST(DaemonConfiguration, ReturnsTheNumbersOrZero)
 {
     const Row rows[] = {
         {"absent", "", "0 0 0"},
-        {"each key its getter",
+        {"one getter for each key",
          "minDateForGeneratingCert 1700000000\nTimeDriftSleepTime 30\nTimeDriftThresholdValue 5\n",
          "1700000000 30 5"},
         {"signs",
@@ -101,10 +101,10 @@ TEST(DaemonConfiguration, GivesTheNumbersOrZero)
         {"trailing text is ignored",
          "minDateForGeneratingCert 12x\nTimeDriftSleepTime 30s\nTimeDriftThresholdValue 5 6\n",
          "12 30 5"},
-        {"decimal alone",
+        {"only decimal numbers",
          "minDateForGeneratingCert 0x10\nTimeDriftSleepTime 010\nTimeDriftThresholdValue 0b1\n",
          "0 10 0"},
-        {"white space that is no blank of the syntax",
+        {"white space that the syntax does not treat as blanks",
          "minDateForGeneratingCert \v7\nTimeDriftSleepTime \r8\nTimeDriftThresholdValue \f9\n",
          "7 8 9"},
         {"the largest",
@@ -118,7 +118,7 @@ TEST(DaemonConfiguration, GivesTheNumbersOrZero)
         {"the first occurrence counts", "TimeDriftSleepTime 1\nTimeDriftSleepTime x\n", "0 1 0"},
         {"a key without a value is absent",
          "minDateForGeneratingCert\nTimeDriftSleepTime  \nTimeDriftThresholdValue # x\n", "0 0 0"},
-        {"keys of another case are unknown",
+        {"keys that differ in case are unknown",
          "MinDateForGeneratingCert x\ntimeDriftSleepTime x\ntimeDriftThresholdValue x\n", "0 0 0"},
     };
     for (const Row& row : rows) {
@@ -126,7 +126,7 @@ TEST(DaemonConfiguration, GivesTheNumbersOrZero)
     }
 }
 
-TEST(DaemonConfiguration, HasTheTypesThatItsCallersStore)
+TEST(DaemonConfiguration, ReturnsTheTypesThatItsCallersStore)
 {
     using Class = DaemonConfiguration;
     EXPECT_TRUE((std::is_same_v<decltype(Class::getMinDateForGeneratingCert()), std::int64_t>));
@@ -154,7 +154,7 @@ TEST(DaemonConfiguration, LeavesNoDescriptorOpen)
     EXPECT_EQ(support::openDescriptorCount(), before);
 }
 
-TEST(DaemonConfiguration, IsOneForAllThreadsThatAskFirst)
+TEST(DaemonConfiguration, IsCreatedOnceForConcurrentFirstCalls)
 {
     Device::writeDaemonConfiguration(required);
     std::mutex mutex;

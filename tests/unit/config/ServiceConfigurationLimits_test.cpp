@@ -25,10 +25,10 @@ const LimitRow rows[] = {
     {"no digits", "many", 0},
     {"trailing text", "12 of them", 12},
     {"the largest", "65535", 65535},
-    {"too large a number becomes the largest", "65536", 65535},
-    {"far too large a number", "99999999999999999999", 65535},
+    {"a number too large becomes the largest", "65536", 65535},
+    {"a number far too large", "99999999999999999999", 65535},
     {"minus one wraps", "-1", 65535},
-    {"a minus and too large a number", "-65536", 65535},
+    {"a negative number out of range", "-65536", 65535},
     {"leading zeros", "007", 7},
 };
 
@@ -48,7 +48,7 @@ TEST(CaSection, LimitsTheNumberOfAuthorities)
     EXPECT_EQ(file.read("ca yes\nmaximumca 5\n").m_maximumCA, 0) << "another key";
 }
 
-TEST(CaSection, HasItsOwnFlag)
+TEST(CaSection, HasItsOwnFlagForUniqueNames)
 {
     const ServiceFile file;
     const ServiceConfiguration service =
@@ -65,12 +65,12 @@ TEST(TrustedClientsSection, LimitsTheNumberOfClients)
         const ServiceConfiguration service = file.read("trustedClients yes\nmaximumCA 3\n" +
                                                        line("maximumTrustedClients", row.value));
         EXPECT_EQ(service.m_maximumTrustedClients, row.expected) << row.sentence;
-        EXPECT_EQ(service.m_maximumCA, 0) << "the section of the authorities is off";
+        EXPECT_EQ(service.m_maximumCA, 0) << "the section of the CAs is disabled";
     }
 }
 
 // Intended: without "maximumCA", "maximumTrustedClients" has no effect.
-TEST(TrustedClientsSection, HasItsLimitOnlyInAFileThatLimitsTheAuthoritiesToo)
+TEST(TrustedClientsSection, HasItsLimitOnlyTogetherWithALimitForAuthorities)
 {
     const struct {
         const char* sentence;
@@ -82,8 +82,8 @@ TEST(TrustedClientsSection, HasItsLimitOnlyInAFileThatLimitsTheAuthoritiesToo)
         {"a maximumCA", "maximumTrustedClients 10\nmaximumCA 1\n", 10},
         {"a maximumCA of zero", "maximumTrustedClients 10\nmaximumCA 0\n", 10},
         {"a maximumCA without digits", "maximumTrustedClients 10\nmaximumCA x\n", 10},
-        {"a maximumCA alone", "maximumCA 7\n", 0},
-        {"a maximumCA in a section that is on", "ca yes\nmaximumTrustedClients 10\nmaximumCA 1\n",
+        {"only a maximumCA", "maximumCA 7\n", 0},
+        {"a maximumCA in an enabled section", "ca yes\nmaximumTrustedClients 10\nmaximumCA 1\n",
          10},
     };
     const ServiceFile file;
@@ -93,7 +93,7 @@ TEST(TrustedClientsSection, HasItsLimitOnlyInAFileThatLimitsTheAuthoritiesToo)
     }
 }
 
-TEST(TrustedClientsSection, HasItsOwnFlag)
+TEST(TrustedClientsSection, HasItsOwnFlagForUniqueNames)
 {
     const ServiceFile file;
     const ServiceConfiguration service =

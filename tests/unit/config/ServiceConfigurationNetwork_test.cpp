@@ -16,7 +16,7 @@ using testing::IsEmpty;
 
 const std::string server = "server yes\ncnfFile /cnf\n";
 
-/// The flags that are on, in the order of the members.
+/// The flags that are set, in the order of the members.
 std::string flagsOf(const ServiceNetworkConfiguration& interface)
 {
     return std::string(interface.m_regenerateIfOff ? "regenerate " : "") +
@@ -53,7 +53,7 @@ TEST(NetworkInterfaces, HaveAFlagForEachNumberedKey)
     }
 }
 
-TEST(NetworkInterfaces, TakeTheExactValueYesAlone)
+TEST(NetworkInterfaces, AcceptOnlyTheExactValueYes)
 {
     const ServiceFile file;
     const ServiceConfiguration service =
@@ -61,7 +61,7 @@ TEST(NetworkInterfaces, TakeTheExactValueYesAlone)
     EXPECT_EQ(flagsOf(service.getNetworkInterfaces("eth0")), "");
 }
 
-TEST(NetworkInterfaces, AreNumberedAndNotNamedInTheirKeys)
+TEST(NetworkInterfaces, HaveNumbersNotNamesInTheirKeys)
 {
     const ServiceFile file;
     const ServiceConfiguration service =
@@ -95,7 +95,7 @@ TEST(NetworkInterfaces, EndAtTheFirstGapInTheirNumbers)
     }
 }
 
-TEST(NetworkInterfaces, AreListedInTheOrderOfTheirNumbersBeyondTen)
+TEST(NetworkInterfaces, AreListedInNumericOrderBeyondTen)
 {
     const ServiceFile file;
     std::string text = server;
@@ -120,7 +120,7 @@ TEST(NetworkInterfaces, NamedTwiceKeepTheLastFlagsAndBothNames)
     EXPECT_EQ(flagsOf(service.getNetworkInterfaces("eth0")), "6 ");
 }
 
-TEST(NetworkInterfaces, AreCopiesOfKnownOnesAlone)
+TEST(NetworkInterfaces, AreReturnedAsCopiesAndOnlyIfKnown)
 {
     const ServiceFile file;
     ServiceConfiguration service = file.read(server + allKeysOf("0", "eth0"));
@@ -133,7 +133,7 @@ TEST(NetworkInterfaces, AreCopiesOfKnownOnesAlone)
     EXPECT_EQ(flagsOf(service.getNetworkInterfaces("eth0")), allFlags);
 }
 
-TEST(NetworkInterfaces, LoseTheirAddressesAndNothingElseWhenExcluded)
+TEST(NetworkInterfaces, LoseOnlyTheirAddressesWhenExcluded)
 {
     const ServiceFile file;
     ServiceConfiguration service =
@@ -147,7 +147,7 @@ TEST(NetworkInterfaces, LoseTheirAddressesAndNothingElseWhenExcluded)
     EXPECT_THAT(service.m_networkInterfaces, ElementsAre("eth0", "wlan0", "usb0"));
 }
 
-TEST(NetworkInterfaces, MayBeExcludedWhereThereAreNone)
+TEST(NetworkInterfaces, CanBeExcludedWhenNoneIsConfigured)
 {
     const ServiceFile file;
     ServiceConfiguration service = file.read(server);

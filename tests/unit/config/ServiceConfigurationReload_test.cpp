@@ -53,7 +53,7 @@ TEST(Reload, ResetsTheLimitsThatTheFileNoLongerSets)
     EXPECT_FALSE(service.m_uniqueTrustedClientByCn);
 }
 
-TEST(Reload, LeavesTheMembersOfASectionThatIsNowOff)
+TEST(Reload, KeepsTheMembersOfASectionThatIsNowDisabled)
 {
     const ServiceFile file;
     ServiceConfiguration service = file.read(full);
@@ -85,7 +85,7 @@ TEST(Reload, AddsNetworkInterfacesToThoseAlreadyThere)
     EXPECT_FALSE(service.getNetworkInterfaces("eth0").m_includeIPv4) << "replaced";
 }
 
-TEST(Reload, ThatFailsLeavesWhatItHasReadSoFar)
+TEST(Reload, ThatFailsKeepsTheValuesReadBeforeTheFault)
 {
     const ServiceFile file;
     ServiceConfiguration service = file.read(full);
@@ -102,7 +102,7 @@ TEST(Reload, ThatFailsLeavesWhatItHasReadSoFar)
     EXPECT_EQ(service.m_maximumCA, 5) << "not yet read";
 }
 
-TEST(Reload, OfARefusedExpiryCheckKeepsTheRefusedValue)
+TEST(Reload, ThatRefusesTheExpiryCheckOffsetKeepsIt)
 {
     const ServiceFile file;
     ServiceConfiguration service = file.read(full);
@@ -112,7 +112,7 @@ TEST(Reload, OfARefusedExpiryCheckKeepsTheRefusedValue)
     EXPECT_EQ(service.m_certDailyExpiryChkTimeOffsetSecs, 86400U);
 }
 
-TEST(Reload, OfAFileThatIsGoneFailsAndChangesNothing)
+TEST(Reload, OfAMissingFileFailsAndChangesNothing)
 {
     const ServiceFile file;
     ServiceConfiguration service = file.read(full);
@@ -123,7 +123,8 @@ TEST(Reload, OfAFileThatIsGoneFailsAndChangesNothing)
     EXPECT_TRUE(service.m_server);
 }
 
-// Numbers too long to be held without an allocation, which is what can fail.
+// The numbers are so long that reading them allocates memory: only an
+// allocation can fail there.
 const std::string paddedSeven = " 0000000000000000000000007\n";
 const std::string longNumbers =
     "CertDailyExpiryChkTimeOffsetSecs" + paddedSeven +
@@ -138,7 +139,8 @@ TEST(ReloadWithoutMemory, NamesTheValueThatItWasReading)
     ServiceConfiguration service = file.read(longNumbers);
     const auto reload = [&] { service.reload(); };
     const auto standard = support::thrownWithoutMemory(reload, support::failAsOutOfMemory);
-    const auto generic = support::thrownWithoutMemory(reload, support::failWithAStranger);
+    const auto generic =
+        support::thrownWithoutMemory(reload, support::failWithNonStandardException);
     for (const char* name :
          {" certificate expiry check offset time", ": self-signed validity",
           ": self-signed validity offset", ": CA-signed validity", ": CA-signed validity offset",

@@ -15,7 +15,7 @@ using support::thrownBy;
 
 const std::string server = "server yes\ncnfFile /cnf\n";
 
-// Intended: the hook file is called "cnf File" here.
+// Intended: this text names the hook file "cnf File".
 const std::string noCnfFile =
     "std::runtime_error: Invalid config parameter: cnf File or cnfFile must be defined";
 const std::string selfSignedRange = "std::runtime_error: Invalid config parameter: selfsigned "
@@ -63,7 +63,7 @@ TEST(ServerSection, HasAFlagForEachOfTheseKeys)
         const ServiceConfiguration service = file.read(server + row.key + " yes\n");
         for (const auto& other : rows) {
             EXPECT_EQ(service.*other.flag, other.key == row.key)
-                << other.key << " while only " << row.key << " is on";
+                << other.key << " when only " << row.key << " is set";
         }
         EXPECT_FALSE(file.read(server + row.key + " Yes\n").*row.flag) << row.key;
     }
@@ -81,8 +81,8 @@ TEST(ServerSection, NeedsACnfFileOrAHookFile)
         {"neither, before any number", "server yes\nselfSignedValidityOffset 99\n", noCnfFile},
         {"the file", "server yes\ncnfFile /cnf\n", "nothing"},
         {"the hook file", "server yes\ncnfHookFile /hook\n", "nothing"},
-        {"neither, but the section is off", "server no\n", "nothing"},
-        {"neither, but there is no such section", "ca yes\n", "nothing"},
+        {"neither, but the section is disabled", "server no\n", "nothing"},
+        {"neither, but the section is missing", "ca yes\n", "nothing"},
     };
     const ServiceFile file;
     for (const auto& row : rows) {
@@ -125,7 +125,7 @@ struct ValidityRow {
     std::uint32_t expectedOffset;
 };
 
-TEST(Validity, IsThirtyDaysWithoutAnOffsetUnlessTheFileSaysOtherwise)
+TEST(Validity, DefaultsToThirtyDaysWithoutAnOffset)
 {
     const ValidityRow rows[] = {
         {"both absent", nullptr, nullptr, 30, 0},
@@ -141,7 +141,7 @@ TEST(Validity, IsThirtyDaysWithoutAnOffsetUnlessTheFileSaysOtherwise)
         {"a negative offset", nullptr, "-5", 30, 0},
         {"an offset without digits", nullptr, "abc", 30, 0},
         {"the largest that fits", "4294967295", "4294967294", 4294967295U, 4294967294U},
-        // Intended: the low 32 bits of a 64-bit number are stored.
+        // Intended: only the low 32 bits of a 64-bit number are stored.
         {"one more than 32 bits", "4294967297", nullptr, 1, 0},
         {"a multiple of 32 bits", "4294967296", nullptr, 0, 0},
         {"more than 64 bits", "99999999999999999999", nullptr, 4294967295U, 0},

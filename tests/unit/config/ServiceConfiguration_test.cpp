@@ -64,7 +64,7 @@ bool hasAnyFlag(const ServiceConfiguration& service)
            service.m_includeFQDN || service.m_uniqueCaByCn || service.m_uniqueTrustedClientByCn;
 }
 
-TEST(ServiceConfiguration, OfAnEmptyFileIsEmptyOffAndZero)
+TEST(ServiceConfiguration, OfAnEmptyFileIsEmptyDisabledAndZero)
 {
     const ServiceFile file;
     const ServiceConfiguration service = file.read("");
@@ -75,8 +75,8 @@ TEST(ServiceConfiguration, OfAnEmptyFileIsEmptyOffAndZero)
     EXPECT_TRUE(service.m_networkInterfaces.empty());
 }
 
-// A section that is off is not read at all, its faults included.
-TEST(ServiceConfiguration, LeavesTheSectionsThatAreOff)
+// A disabled section is not read at all, so its faults do not matter.
+TEST(ServiceConfiguration, DoesNotReadDisabledSections)
 {
     const ServiceFile file;
     const ServiceConfiguration service = file.read("server no\n"
@@ -111,14 +111,14 @@ struct FlagRow {
     bool expected;
 };
 
-TEST(ServiceConfiguration, TakesTheThreeLettersYesAndNothingElseForTrue)
+TEST(ServiceConfiguration, AcceptsOnlyYesAsTrue)
 {
     const FlagRow rows[] = {
         {"yes", "ca yes\n", true},
         {"yes with blanks around it", "ca   yes \t\n", true},
         {"yes with a comment", "ca yes # really\n", true},
         {"the first of two", "ca yes\nca no\n", true},
-        {"the first of two, the other way round", "ca no\nca yes\n", false},
+        {"the first of two, in the other order", "ca no\nca yes\n", false},
         {"capitalised", "ca Yes\n", false},
         {"capitals", "ca YES\n", false},
         {"true", "ca true\n", false},
@@ -128,7 +128,7 @@ TEST(ServiceConfiguration, TakesTheThreeLettersYesAndNothingElseForTrue)
         {"a carriage return", "ca yes\r\n", false},
         {"no value", "ca\n", false},
         {"an equals sign", "ca = yes\n", false},
-        {"a key of another case", "CA yes\n", false},
+        {"a key that differs in case", "CA yes\n", false},
         {"another flag", "server no\n", false},
     };
     const ServiceFile file;
@@ -152,10 +152,10 @@ struct OffsetRow {
     std::uint32_t expected;
 };
 
-TEST(ExpiryCheckOffset, IsWhatAStreamExtractsUpToTheLastSecondOfTheDay)
+TEST(ExpiryCheckOffset, IsTheNumberThatAStreamExtracts)
 {
     const OffsetRow rows[] = {
-        // Intended: zero passes, although the text of the refusal says otherwise.
+        // Intended: zero is accepted, although the text of the refusal excludes it.
         {"zero", "0", "0", 0},
         {"one", "1", "1", 1},
         {"the last second", "86399", "86399", 86399},
@@ -165,7 +165,7 @@ TEST(ExpiryCheckOffset, IsWhatAStreamExtractsUpToTheLastSecondOfTheDay)
         {"a sign", "+5", "5", 5},
         {"a minus before zero", "-0", "0", 0},
         {"leading zeros are decimal", "0010", "10", 10},
-        {"no hexadecimal", "0x10", "0", 0},
+        {"hexadecimal is not read", "0x10", "0", 0},
     };
     const ServiceFile file;
     for (const OffsetRow& row : rows) {
@@ -184,7 +184,7 @@ TEST(ExpiryCheckOffset, IsRefusedBeyondTheDay)
     const OffsetRow rows[] = {
         {"the first second of the next day", "86400", "86400", 0},
         {"minus one wraps", "-1", "4294967295", 0},
-        {"too large a number becomes the largest", "99999999999999999999", "4294967295", 0},
+        {"a number too large becomes the largest", "99999999999999999999", "4294967295", 0},
     };
     const ServiceFile file;
     for (const OffsetRow& row : rows) {
@@ -197,7 +197,7 @@ TEST(ExpiryCheckOffset, IsRefusedBeyondTheDay)
     }
 }
 
-TEST(ExpiryCheckOffset, IsReadWhateverStoresTheServiceHas)
+TEST(ExpiryCheckOffset, IsReadForAnyStoresOfTheService)
 {
     const ServiceFile file;
     for (const char* stores : {"", "ca yes\n", "server yes\ncnfFile /cnf\n"}) {
@@ -206,7 +206,7 @@ TEST(ExpiryCheckOffset, IsReadWhateverStoresTheServiceHas)
     }
 }
 
-TEST(ExpiryCheckOffset, IsTracedAlsoWhenTheFileLacksIt)
+TEST(ExpiryCheckOffset, IsTracedEvenIfTheFileLacksIt)
 {
     const ServiceFile file;
     const support::CapturedTrace errors;
@@ -214,7 +214,7 @@ TEST(ExpiryCheckOffset, IsTracedAlsoWhenTheFileLacksIt)
     EXPECT_EQ(errors.text(), "value for CertDailyExpiryChkTimeOffsetSecs :0\n");
 }
 
-TEST(ServiceConfiguration, IsNotPrintedWhileTheDebugFlagIsClear)
+TEST(ServiceConfiguration, IsNotPrintedWithoutTheDebugFlag)
 {
     const ServiceFile file;
     file.write("CertDailyExpiryChkTimeOffsetSecs 5\nserver yes\n");
@@ -235,14 +235,14 @@ TEST(ServiceConfiguration, OfAServiceWithoutAFileFails)
     }
 }
 
-TEST(ServiceConfiguration, OfADirectoryIsThatOfAnEmptyFile)
+TEST(ServiceConfiguration, OfADirectoryEqualsThatOfAnEmptyFile)
 {
     const ServiceFile file;
     fs::create_directory(file.device.serviceDirectory() + "/folder.conf");
     EXPECT_FALSE(hasAnyFlag(ServiceConfiguration("folder")));
 }
 
-TEST(ServiceConfiguration, PassesOnTheFailureOfTheDaemonsConfiguration)
+TEST(ServiceConfiguration, PassesOnTheFailureOfTheDaemonConfiguration)
 {
     support::Device::writeDaemonConfiguration("TimeDriftSleepTime x\n");
     EXPECT_EQ(thrownBy([] { ServiceConfiguration("web"); }),

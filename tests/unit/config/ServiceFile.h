@@ -14,7 +14,7 @@ struct ServiceFile {
     /// Writes the service's configuration.
     void write(const std::string& text) const { device.addService("web", text); }
 
-    /// Writes it and reads it by the library.
+    /// Writes the configuration and makes the library read it.
     ostrel::ServiceConfiguration read(const std::string& text) const
     {
         write(text);

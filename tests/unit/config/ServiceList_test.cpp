@@ -41,7 +41,7 @@ protected:
     const Device device;
 };
 
-TEST_F(ServiceList, NamesEveryRegularFileWhoseFirstDotStartsItsEnding)
+TEST_F(ServiceList, NamesEveryRegularFileWhoseOnlyDotStartsTheSuffix)
 {
     for (const char* name :
          {"web.conf", "web.conf.bak", "a.b.conf", ".conf", ".hidden.conf", "vpn.config", "vpn.Conf",
@@ -52,7 +52,7 @@ TEST_F(ServiceList, NamesEveryRegularFileWhoseFirstDotStartsItsEnding)
                 UnorderedElementsAre("web", "mail-2_x", "with space", ""));
 }
 
-TEST_F(ServiceList, SkipsWhatIsNoRegularFile)
+TEST_F(ServiceList, SkipsFilesThatAreNotRegular)
 {
     writeText(pathOf("web.conf"), "");
     fs::create_directory(pathOf("folder.conf"));
@@ -62,13 +62,13 @@ TEST_F(ServiceList, SkipsWhatIsNoRegularFile)
     EXPECT_THAT(ServiceConfiguration::getServiceList(), ElementsAre("web"));
 }
 
-TEST_F(ServiceList, DoesNotLookIntoTheFiles)
+TEST_F(ServiceList, DoesNotReadTheFiles)
 {
     writeText(pathOf("bad.conf"), "CertDailyExpiryChkTimeOffsetSecs 86400\n");
     EXPECT_THAT(ServiceConfiguration::getServiceList(), ElementsAre("bad"));
 }
 
-TEST_F(ServiceList, IsInTheOrderOfTheDirectory)
+TEST_F(ServiceList, HasTheOrderOfTheDirectory)
 {
     std::vector<std::string> expected;
     for (const char* name : {"m", "z", "a", "k", "b", "y", "c", "x"}) {
@@ -87,7 +87,7 @@ TEST_F(ServiceList, IsInTheOrderOfTheDirectory)
     EXPECT_EQ(expected.size(), 8U);
 }
 
-TEST_F(ServiceList, IsMadeAnewByEachCall)
+TEST_F(ServiceList, IsReadAgainByEachCall)
 {
     EXPECT_THAT(ServiceConfiguration::getServiceList(), IsEmpty());
     writeText(pathOf("web.conf"), "");
@@ -96,7 +96,7 @@ TEST_F(ServiceList, IsMadeAnewByEachCall)
     EXPECT_THAT(ServiceConfiguration::getServiceList(), IsEmpty());
 }
 
-TEST_F(ServiceList, IsEmptyWhereTheDirectoryCannotBeOpened)
+TEST_F(ServiceList, IsEmptyWhenTheDirectoryCannotBeOpened)
 {
     fs::remove_all(device.serviceDirectory());
     EXPECT_THAT(ServiceConfiguration::getServiceList(), IsEmpty());
@@ -115,7 +115,7 @@ TEST_F(ServiceList, LeavesNoDescriptorOpen)
     EXPECT_EQ(support::openDescriptorCount(), before);
 }
 
-TEST_F(ServiceList, TellsAFailureOfTheDaemonsConfiguration)
+TEST_F(ServiceList, ReportsAFailureOfTheDaemonConfiguration)
 {
     const std::string text =
         "std::runtime_error: Std exception caught while getting service list: ";
@@ -126,7 +126,7 @@ TEST_F(ServiceList, TellsAFailureOfTheDaemonsConfiguration)
               text + "Failed to open configuration file : /etc/ostrel/config.daemon");
 }
 
-TEST_F(ServiceList, TellsEveryFailureOfTheScan)
+TEST_F(ServiceList, ReportsEveryFailureOfTheScan)
 {
     writeText(pathOf("a-service-with-a-long-name.conf"), "");
     getServiceList();
@@ -134,10 +134,10 @@ TEST_F(ServiceList, TellsEveryFailureOfTheScan)
     EXPECT_THAT(support::thrownWithoutMemory(getServiceList, support::failAsOutOfMemory),
                 Contains("std::runtime_error: Std exception caught while getting service list: "
                          "std::bad_alloc"));
-    EXPECT_THAT(support::thrownWithoutMemory(getServiceList, support::failWithAStranger),
+    EXPECT_THAT(support::thrownWithoutMemory(getServiceList, support::failWithNonStandardException),
                 Contains("std::runtime_error: Generic exception caught while getting service "
                          "list."));
-    EXPECT_EQ(support::openDescriptorCount(), before) << "the directory is closed all the same";
+    EXPECT_EQ(support::openDescriptorCount(), before) << "the directory is closed nevertheless";
 }
 
 } // namespace

@@ -13,8 +13,8 @@ using service_file::ServiceFile;
 using support::thrownWithoutMemory;
 using testing::Contains;
 
-// Intended: two slashes behind the directory, one of its own and one of the file's.
-TEST(ServicePaths, LieBelowTheServiceConfigurationDirectory)
+// Intended: two slashes after the directory, one from the directory and one from the file.
+TEST(ServicePaths, AreBelowTheServiceConfigurationDirectory)
 {
     const ServiceFile file;
     const ServiceConfiguration service = file.read("");
@@ -24,7 +24,7 @@ TEST(ServicePaths, LieBelowTheServiceConfigurationDirectory)
     EXPECT_EQ(service.getTrustedClientsPath(), "/etc/ostrel/services//web/client");
 }
 
-TEST(ServicePaths, GoByTheNameOfTheServiceAndNotTheNameForPeople)
+TEST(ServicePaths, UseTheServiceNameNotTheDisplayName)
 {
     const ServiceFile file;
     ServiceConfiguration service = file.read("name Web server\n");
@@ -33,8 +33,8 @@ TEST(ServicePaths, GoByTheNameOfTheServiceAndNotTheNameForPeople)
     EXPECT_EQ(service.getCAPath(), "/etc/ostrel/services//vpn/ca");
 }
 
-// The daemon's configuration has been read by then, so what fails is the memory.
-TEST(ServicePaths, TellEveryFailureInTheirOwnWords)
+// The daemon configuration is already read, so only an allocation can fail here.
+TEST(ServicePaths, ReportEveryFailureWithTheirName)
 {
     const ServiceFile file;
     const ServiceConfiguration service = file.read("");
@@ -53,7 +53,7 @@ TEST(ServicePaths, TellEveryFailureInTheirOwnWords)
                     Contains("std::runtime_error: Runtime error" + rest + ": injected"));
         EXPECT_THAT(thrownWithoutMemory(work, support::failAsOutOfMemory),
                     Contains("std::runtime_error: Std exception" + rest + ": std::bad_alloc"));
-        EXPECT_THAT(thrownWithoutMemory(work, support::failWithAStranger),
+        EXPECT_THAT(thrownWithoutMemory(work, support::failWithNonStandardException),
                     Contains("std::runtime_error: Generic exception" + rest + "."));
     }
 }

@@ -25,7 +25,7 @@ TEST(FilesWithoutMemory, CreateDirectoryTranslatesEveryFailureToChangeTheMode)
     EXPECT_THAT(thrownWithoutMemory(failToChangeMode, support::failAsOutOfMemory),
                 Contains("std::runtime_error: Caught standard exception. Faied to change the mode. "
                          "Reason: std::bad_alloc"));
-    EXPECT_THAT(thrownWithoutMemory(failToChangeMode, support::failWithAStranger),
+    EXPECT_THAT(thrownWithoutMemory(failToChangeMode, support::failWithNonStandardException),
                 Contains("std::runtime_error: Caught unknown exception while changing the mode"));
 }
 
@@ -40,7 +40,7 @@ TEST(FilesWithoutMemory, ChangeGroupByNameTranslatesEveryFailure)
         thrownWithoutMemory(work, support::failAsOutOfMemory),
         Contains("std::runtime_error: Std exception caught while changing group for file '" + path +
                  "': std::bad_alloc"));
-    EXPECT_THAT(thrownWithoutMemory(work, support::failWithAStranger),
+    EXPECT_THAT(thrownWithoutMemory(work, support::failWithNonStandardException),
                 Contains("std::runtime_error: Generic exception caught while changing group for "
                          "file '" +
                          path + "'."));

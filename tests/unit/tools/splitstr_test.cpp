@@ -19,24 +19,24 @@ struct Row {
 TEST(Splitstr, CutsAtEveryDelimiter)
 {
     const Row rows[] = {
-        {"an empty text has no piece", "", ',', {}},
+        {"an empty text gives no piece", "", ',', {}},
         {"a text without delimiter is one piece", "a", ',', {"a"}},
-        {"a delimiter parts two pieces", "a,b", ',', {"a", "b"}},
+        {"a delimiter separates two pieces", "a,b", ',', {"a", "b"}},
         {"two adjacent delimiters have an empty piece between them", "a||b", '|', {"a", "", "b"}},
         {"a leading delimiter gives an empty piece", ",a", ',', {"", "a"}},
-        {"a trailing delimiter gives none", "a|b|", '|', {"a", "b"}},
-        {"of two trailing delimiters only the last gives none", "a,,", ',', {"a", ""}},
-        {"a lone delimiter gives one empty piece", ",", ',', {""}},
+        {"a trailing delimiter gives no piece", "a|b|", '|', {"a", "b"}},
+        {"two trailing delimiters give one empty piece", "a,,", ',', {"a", ""}},
+        {"a single delimiter gives one empty piece", ",", ',', {""}},
         {"other separators are text", "a,b|c", '|', {"a,b", "c"}},
         {"blanks stay", " a , b ", ',', {" a ", " b "}},
-        {"the line feed is a delimiter as any other", "a\nb\n", '\n', {"a", "b"}},
-        {"so is the tab", "a\t\tb", '\t', {"a", "", "b"}},
-        {"so is the NUL", std::string("a\0b", 3), '\0', {"a", "b"}},
-        {"a NUL that is no delimiter is text",
+        {"the line feed can be a delimiter", "a\nb\n", '\n', {"a", "b"}},
+        {"the tab can be a delimiter", "a\t\tb", '\t', {"a", "", "b"}},
+        {"the NUL can be a delimiter", std::string("a\0b", 3), '\0', {"a", "b"}},
+        {"a NUL that is not the delimiter is text",
          std::string("a\0,b", 4),
          ',',
          {std::string("a\0", 2), "b"}},
-        {"a character above 127 is a delimiter too",
+        {"a character above 127 can be a delimiter",
          "a\xE9"
          "b",
          '\xE9',
@@ -57,7 +57,7 @@ Pieces splitByGetline(const std::string& text)
     return pieces;
 }
 
-TEST(Splitstr, AgreesWithGetlineOnEveryShortText)
+TEST(Splitstr, MatchesGetlineOnEveryShortText)
 {
     constexpr unsigned int longest = 10;
     for (unsigned int length = 0; length <= longest; ++length) {
