@@ -12,7 +12,7 @@ using service_case::testNameOf;
 using support::apiError;
 using support::thrownBy;
 
-/// Which certificate of a store is the one in a file.
+/// Finds the certificate of a store that equals the certificate in a file.
 class LookUp : public service_case::ExternalStoreCase
 {
 protected:
@@ -38,16 +38,16 @@ TEST_P(LookUp, FindsTheCertificateWithTheSameLines)
 {
     putList("1\n2\n3\n");
     put("1", pem("AA\n"));
-    put("2", "text before\n" + pem("BB\nbb\n") + "text behind\n");
+    put("2", "text before\n" + pem("BB\nbb\n") + "text after\n");
     put("3", "-----BEGIN CERTIFICATE-----\nCC\n");
     const SameRow rows[] = {
         {"the first", pem("AA\n"), "1"},
-        {"text around the stored one", pem("BB\nbb\n"), "2"},
-        {"other text around the wanted one", "x\n" + pem("BB\nbb\n") + pem("AA\n"), "2"},
-        {"the wanted one is cut off", "-----BEGIN CERTIFICATE-----\nBB\n", "2"},
-        {"the stored one is cut off", pem("CC\ncc\n"), "3"},
+        {"text around the stored certificate", pem("BB\nbb\n"), "2"},
+        {"other text around the wanted certificate", "x\n" + pem("BB\nbb\n") + pem("AA\n"), "2"},
+        {"the wanted certificate is cut off", "-----BEGIN CERTIFICATE-----\nBB\n", "2"},
+        {"the stored certificate is cut off", pem("CC\ncc\n"), "3"},
         {"another certificate", pem("DD\n"), ""},
-        {"another wrapping", pem("B\nBbb\n"), ""},
+        {"another line length", pem("B\nBbb\n"), ""},
         {"other line ends", "-----BEGIN CERTIFICATE-----\r\nAA\r\n", ""},
         {"no certificate", "AA\n", ""},
         {"an empty file", "", ""},
@@ -65,7 +65,7 @@ TEST_P(LookUp, PrefersTheSmallestIdOfDuplicates)
     EXPECT_EQ(idOf(pem("AA\n")), "10");
 }
 
-TEST_P(LookUp, LooksAtTheListedCertificatesAlone)
+TEST_P(LookUp, ReadsOnlyTheListedCertificates)
 {
     putList("");
     put("1", pem("AA\n"));
@@ -74,15 +74,15 @@ TEST_P(LookUp, LooksAtTheListedCertificatesAlone)
     EXPECT_EQ(idOf(pem("AA\n")), "1");
 }
 
-TEST_P(LookUp, PassesOverListedCertificatesThatCannotBeRead)
+TEST_P(LookUp, SkipsListedCertificatesThatCannotBeRead)
 {
     putList("1\n2\n3\n4\n");
     fs::create_directories(certificates + "/2");
     support::makeUnopenable(certificates + "/3");
-    EXPECT_EQ(idOf(pem("AA\n")), "") << "the first is missing, and the last too";
+    EXPECT_EQ(idOf(pem("AA\n")), "") << "the first and the last are missing";
     put("4", pem("AA\n"));
     EXPECT_EQ(idOf(pem("AA\n")), "4");
-    EXPECT_EQ(idOf(""), "") << "what cannot be read is not the same as an empty file";
+    EXPECT_EQ(idOf(""), "") << "an unreadable file does not equal an empty file";
 }
 
 TEST_P(LookUp, FindsNothingForAFileThatCannotBeRead)
@@ -98,7 +98,7 @@ TEST_P(LookUp, FindsNothingForAFileThatCannotBeRead)
     }
 }
 
-TEST_P(LookUp, NeedsTheList)
+TEST_P(LookUp, RequiresTheList)
 {
     put("1", pem("AA\n"));
     EXPECT_EQ(thrownBy([&] { idOf(pem("AA\n")); }), apiError(1));
@@ -114,7 +114,7 @@ TEST_P(LookUp, ChangesNeitherTheFileNorTheStore)
     EXPECT_EQ(support::readText(certificates + "/1"), pem("AA\n"));
 }
 
-/// A service that lists its certificates in a way of its own.
+/// A service that overrides the list operations.
 class OwnList : public OstrelService
 {
 public:
@@ -125,20 +125,20 @@ public:
     Ids ids;
 };
 
-TEST_P(LookUp, FollowsTheListThatASubclassGives)
+TEST_P(LookUp, UsesTheListOfASubclass)
 {
     OwnList own("web");
     own.ids = {"9", "10"};
     put("9", pem("AA\n"));
     put("10", pem("AA\n"));
     support::writeText(wanted, pem("AA\n"));
-    EXPECT_EQ(store.idOfFile(own, wanted), "9") << "in the order that it gives";
+    EXPECT_EQ(store.idOfFile(own, wanted), "9") << "in the order of that list";
     EXPECT_EQ(store.idOfText(own, pem("AA\n")), "9");
     own.ids.clear();
     EXPECT_EQ(store.idOfFile(own, wanted), "");
 }
 
-/// A service that says by itself what it has.
+/// A service that overrides the capabilities.
 class OwnCapabilities : public OstrelService
 {
 public:
@@ -149,7 +149,7 @@ public:
     bool hasBoth = true;
 };
 
-TEST_P(LookUp, FollowsTheCapabilityThatASubclassTells)
+TEST_P(LookUp, UsesTheCapabilityOfASubclass)
 {
     device.addService("bare", "");
     OwnCapabilities own("bare");

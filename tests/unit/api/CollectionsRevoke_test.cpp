@@ -50,14 +50,14 @@ struct MessageRow {
     std::string arguments;
 };
 
-TEST_P(Revocation, SendsTheIdsAsTheyAreGiven)
+TEST_P(Revocation, SendsTheIdsUnchanged)
 {
     const MessageRow rows[] = {
         {"one", {"7"}, "\t7"},
-        {"several, in the caller's order and as often as he says", {"b", "a", "b"}, "\tb\ta\tb"},
-        {"none", {}, ""},
-        {"an empty one", {""}, "\t"},
-        {"blanks", {" a b "}, "\t a b "},
+        {"several, in the caller's order and with repetitions", {"b", "a", "b"}, "\tb\ta\tb"},
+        {"no ids", {}, ""},
+        {"an empty id", {""}, "\t"},
+        {"an id with blanks", {" a b "}, "\t a b "},
     };
     for (const MessageRow& row : rows) {
         peer.answer("0 ");
@@ -72,19 +72,19 @@ struct ReplyRow {
     Ids expected;
 };
 
-TEST_P(Revocation, GivesTheIdsThatTheDaemonTellsAscendingAndOnce)
+TEST_P(Revocation, ReturnsEachRepliedIdOnceInAscendingOrder)
 {
     const ReplyRow rows[] = {
-        {"none", "0 ", {}},
+        {"no ids", "0 ", {}},
         {"one", "0 7", {"7"}},
-        {"several, in no order and one of them twice", "0 9 10 9", {"10", "9"}},
-        {"ids that nobody asked for", "0 x y", {"x", "y"}},
+        {"several, out of order and one of them twice", "0 9 10 9", {"10", "9"}},
+        {"other ids than requested", "0 x y", {"x", "y"}},
         {"a blank at the end", "0 a ", {"a"}},
         {"a blank at the start", "0  a", {"", "a"}},
         {"two blanks between", "0 b  a", {"", "a", "b"}},
-        {"blanks alone", "0   ", {""}},
-        {"other separators, which are none", "0 a\nb\tc,d", {"a\nb\tc,d"}},
-        {"no payload, so that the whole reply stands for it", "0", {"0"}},
+        {"only blanks", "0   ", {""}},
+        {"other characters do not separate", "0 a\nb\tc,d", {"a\nb\tc,d"}},
+        {"without a blank, the whole reply is the payload", "0", {"0"}},
     };
     for (const ReplyRow& row : rows) {
         peer.answer(row.reply);
@@ -99,18 +99,18 @@ struct SingleRow {
     bool isRevoked;
 };
 
-TEST_P(Revocation, OfOneIdSucceedsWhenThatIsTheSmallestOfTheRevoked)
+TEST_P(Revocation, OfOneIdSucceedsIfItIsTheSmallestRepliedId)
 {
     const SingleRow rows[] = {
-        {"it alone", "7", "0 7", true},
-        {"it and greater ones", "7", "0 9 7 8", true},
-        {"it and a smaller one", "7", "0 10 7", false},
-        {"it behind a blank, which makes a smaller one", "7", "0  7", false},
-        {"another one", "7", "0 8", false},
-        {"a longer one", "7", "0 77", false},
-        {"none", "7", "0 ", false},
-        {"none, for an empty id", "", "0 ", false},
-        {"an empty one, for an empty id", "", "0  7", true},
+        {"only that id", "7", "0 7", true},
+        {"that id and greater ones", "7", "0 9 7 8", true},
+        {"that id and a smaller one", "7", "0 10 7", false},
+        {"that id after a blank, which adds an empty id", "7", "0  7", false},
+        {"another id", "7", "0 8", false},
+        {"a longer id", "7", "0 77", false},
+        {"no ids", "7", "0 ", false},
+        {"no ids, for an empty id", "", "0 ", false},
+        {"an empty id, for an empty id", "", "0  7", true},
     };
     const std::string failure = "ostrelApi::CallError: " + std::string(store.badCertificateText);
     for (const SingleRow& row : rows) {
@@ -130,7 +130,7 @@ TEST_P(Revocation, PassesOnEveryRefusalOfTheDaemon)
     }
 }
 
-TEST_P(Revocation, PassesOnWhatKeepsItFromTheDaemon)
+TEST_P(Revocation, PassesOnEveryFailureToReachTheDaemon)
 {
     {
         const auto holder = ostrel::Descriptor::open(peer.lockPath(), O_RDONLY);
@@ -143,7 +143,7 @@ TEST_P(Revocation, PassesOnWhatKeepsItFromTheDaemon)
     expectBothThrow(apiError(11));
 }
 
-TEST_P(Revocation, ChangesNothingInTheStoreByItself)
+TEST_P(Revocation, DoesNotChangeTheStoreItself)
 {
     putList("7\n");
     put("7", "certificate");
@@ -154,7 +154,7 @@ TEST_P(Revocation, ChangesNothingInTheStoreByItself)
     EXPECT_EQ(pipeFiles(), (std::set<std::string>{"web.in", "web.lock"}));
 }
 
-TEST_P(Revocation, TracesItsMessageAlone)
+TEST_P(Revocation, TracesOnlyItsMessage)
 {
     const support::CapturedTrace trace;
     peer.answer("0 8");
@@ -162,7 +162,7 @@ TEST_P(Revocation, TracesItsMessageAlone)
     EXPECT_EQ(trace.text(), messageLine(message("\t7")));
 }
 
-/// A service that revokes in a way of its own.
+/// A service that overrides the revocation of several ids.
 class OwnRevocation : public OstrelService
 {
 public:
@@ -183,7 +183,7 @@ private:
     }
 };
 
-TEST_P(Revocation, OfOneIdGoesTheWayThatASubclassGivesEvenWithoutAStore)
+TEST_P(Revocation, OfOneIdUsesTheRevocationOfASubclassEvenWithoutAStore)
 {
     device.addService("bare", "");
     OwnRevocation own("bare");
@@ -192,7 +192,7 @@ TEST_P(Revocation, OfOneIdGoesTheWayThatASubclassGivesEvenWithoutAStore)
     EXPECT_EQ(own.asked, Ids{"7"});
     own.revoked = {"1", "7"};
     EXPECT_EQ(thrownBy([&] { store.revoke(own, "7"); }), apiError(store.badCertificate))
-        << "the first counts, in whatever order they come";
+        << "only the first one counts, in any order";
 }
 
 } // namespace

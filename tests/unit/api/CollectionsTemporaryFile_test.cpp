@@ -19,7 +19,7 @@ using service_case::testNameOf;
 using support::apiError;
 using support::thrownBy;
 
-/// A service whose look-up by file is the test's.
+/// A service whose look-up by file is supplied by the test.
 class OwnLookUp : public OstrelService
 {
 public:
@@ -30,14 +30,14 @@ public:
     std::function<std::string(const std::string&)> look;
 };
 
-/// A certificate given as text goes through a file, which a look-up reads.
+/// A look-up of a text writes a temporary file, which a look-up by file reads.
 class LookUpOfText : public service_case::ExternalStoreCase
 {
 protected:
     std::string idOf(const std::string& text) { return store.idOfText(web, text); }
     std::string ownIdOf(const std::string& text) { return store.idOfText(own, text); }
 
-    /// Nothing but the store's own directory.
+    /// Expects only the store's own directory.
     void expectNoFileLeft() const
     {
         for (const std::string& name : pipeFiles()) {
@@ -65,7 +65,7 @@ TEST_P(LookUpOfText, FindsWhatTheLookUpOfAFileFindsAndLeavesNoFile)
     EXPECT_EQ(trace.text(), "");
 }
 
-TEST_P(LookUpOfText, ShowsTheTextAsItIsGiven)
+TEST_P(LookUpOfText, WritesTheTextUnchanged)
 {
     const std::string texts[] = {
         "",
@@ -85,7 +85,7 @@ TEST_P(LookUpOfText, ShowsTheTextAsItIsGiven)
     expectNoFileLeft();
 }
 
-TEST_P(LookUpOfText, NamesItsFileAnewEachTimeInTheServicesPipeDirectory)
+TEST_P(LookUpOfText, CreatesAnotherFileInTheServicesPipeDirectoryEachTime)
 {
     std::set<std::string> paths;
     own.look = [&](const std::string& path) {
@@ -99,7 +99,7 @@ TEST_P(LookUpOfText, NamesItsFileAnewEachTimeInTheServicesPipeDirectory)
     EXPECT_EQ(paths.size(), 100U);
 }
 
-TEST_P(LookUpOfText, LeavesTheFilesModeAndGroupAsTheyAreMade)
+TEST_P(LookUpOfText, DoesNotSetTheModeAndGroupOfTheFile)
 {
     for (const mode_t mask : {0U, 022U, 077U}) {
         struct stat status = {};
@@ -120,13 +120,13 @@ struct ThrowRow {
     void (*fail)();
 };
 
-// Intended: unlike a file that could not be written, one whose look-up failed stays.
-TEST_P(LookUpOfText, LeavesTheFileBehindWhenTheLookUpThrowsAndPassesThatOn)
+// Intended: the file stays when its look-up fails, but not when its writing fails.
+TEST_P(LookUpOfText, LeavesTheFileAndPassesTheExceptionOnWhenTheLookUpThrows)
 {
     const ThrowRow rows[] = {
-        {"the API's own exception", [] { throw ostrelApi::OstrelApiException(33); }},
+        {"an exception of the API", [] { throw ostrelApi::OstrelApiException(33); }},
         {"a standard exception", [] { throw std::out_of_range("text"); }},
-        {"anything else", [] { throw 1; }},
+        {"any other type", [] { throw 1; }},
     };
     for (const ThrowRow& row : rows) {
         SCOPED_TRACE(row.sentence);
@@ -144,14 +144,14 @@ TEST_P(LookUpOfText, LeavesTheFileBehindWhenTheLookUpThrowsAndPassesThatOn)
     EXPECT_EQ(pipeFiles().size(), std::size(rows));
 }
 
-TEST_P(LookUpOfText, LeavesTheFileBehindWhenThereIsNoList)
+TEST_P(LookUpOfText, LeavesTheFileWhenTheListIsMissing)
 {
     EXPECT_EQ(thrownBy([&] { idOf(pem("AA\n")); }), apiError(1));
     ASSERT_EQ(pipeFiles().size(), 1U);
     EXPECT_EQ(support::readText(pipes + '/' + *pipeFiles().begin()), pem("AA\n"));
 }
 
-TEST_P(LookUpOfText, TracesAFileThatIsGoneByItsEndAndKeepsTheResult)
+TEST_P(LookUpOfText, TracesAFileThatWasRemovedMeanwhileAndKeepsTheResult)
 {
     for (const bool isTraced : {true, false}) {
         const support::CapturedTrace trace(isTraced);
@@ -166,7 +166,7 @@ TEST_P(LookUpOfText, TracesAFileThatIsGoneByItsEndAndKeepsTheResult)
     }
 }
 
-TEST_P(LookUpOfText, FindsNothingWhereTheFileCannotBeMade)
+TEST_P(LookUpOfText, FindsNothingWhenTheFileCannotBeCreated)
 {
     putList("1\n");
     put("1", pem("AA\n"));
@@ -180,7 +180,7 @@ TEST_P(LookUpOfText, FindsNothingWhereTheFileCannotBeMade)
     EXPECT_EQ(text, start + path + "'.\n");
 }
 
-/// Lets no file of this process grow beyond a size.
+/// Limits the size of files that this process writes.
 class FileSizeLimit
 {
 public:
@@ -203,8 +203,9 @@ private:
     rlimit m_former;
 };
 
-// The start of a certificate alone would be the same as any other one.
-TEST_P(LookUpOfText, FindsNothingWhereTheWritingFails)
+// A truncated certificate would equal any certificate that starts in the same
+// way.
+TEST_P(LookUpOfText, FindsNothingWhenTheWritingFails)
 {
     putList("1\n");
     put("1", pem("AA\n"));

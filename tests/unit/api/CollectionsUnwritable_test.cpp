@@ -22,17 +22,17 @@ struct FailureRow {
     const char* sentence;
     void (*fail)();
     bool isFileLeft;
-    /// What the trace adds to the name of the tier, and to the text about the file.
+    /// What the traced line contains after the tier and the certificate's word.
     std::string traced;
     const char* reason;
 };
 
-// Intended: a standard exception removes the file, any other leaves it behind.
+// Intended: only after a standard exception the file is removed.
 const FailureRow rows[] = {
     {"a standard exception", [] { throw std::out_of_range("why"); }, false, ": why\n", "why"},
     {"a standard exception without a text", [] { throw support::Textless<>(); }, false,
      ": Unknown error\n", "Unknown error"},
-    {"any other exception", [] { throw 1; }, true, ".\n", ""},
+    {"any other type", [] { throw 1; }, true, ".\n", ""},
 };
 
 std::string tierOf(const FailureRow& row)
@@ -40,7 +40,7 @@ std::string tierOf(const FailureRow& row)
     return row.isFileLeft ? "Generic" : "Standard";
 }
 
-TEST_P(UnwritableLookUp, FailsWithActionFailedAndRemovesItsFileAfterAStandardException)
+TEST_P(UnwritableLookUp, ThrowsReturnCode1AndRemovesItsFileAfterAStandardException)
 {
     for (const FailureRow& row : rows) {
         SCOPED_TRACE(row.sentence);
@@ -64,7 +64,7 @@ TEST_P(UnwritableLookUp, TracesAFileThatItCannotRemove)
                                 store.certificate + ": why\n");
 }
 
-TEST_P(UnwritableLookUp, HasTheTextOfTheExceptionAsItsReason)
+TEST_P(UnwritableLookUp, ReportsTheTextOfTheExceptionAsTheReason)
 {
     for (const FailureRow& row : rows) {
         const support::FailingOpen failure(".crt", row.fail);

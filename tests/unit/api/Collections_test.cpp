@@ -16,7 +16,7 @@ using service_case::testNameOf;
 using support::apiError;
 using support::thrownBy;
 
-/// What is read from a store without asking the daemon, which does not run.
+/// Queries that read a store without the daemon, which does not run here.
 class Collection : public service_case::ExternalStoreCase
 {
 protected:
@@ -38,7 +38,7 @@ struct TextRow {
     std::string expected;
 };
 
-TEST_P(Collection, GivesTheFirstCertificateOfAFileAlone)
+TEST_P(Collection, ReturnsOnlyTheFirstCertificateOfAFile)
 {
     const TextRow rows[] = {
         {"one certificate", pem("AA\n"), pem("AA\n")},
@@ -47,12 +47,13 @@ TEST_P(Collection, GivesTheFirstCertificateOfAFileAlone)
         {"no line feed at the end", "x\n-----BEGIN CERTIFICATE-----\n-----END CERTIFICATE-----",
          pem("")},
         {"no END line", "-----BEGIN CERTIFICATE-----\nAA\n", "-----BEGIN CERTIFICATE-----\nAA\n\n"},
-        {"a BEGIN line with a blank behind", "-----BEGIN CERTIFICATE----- \nAA\nlast", "last\n"},
-        {"carriage returns, so no marker matches", "-----BEGIN CERTIFICATE-----\r\nAA\r\n", "\n"},
+        {"a BEGIN line with a blank after it", "-----BEGIN CERTIFICATE----- \nAA\nlast", "last\n"},
+        {"carriage returns, which hide the BEGIN line", "-----BEGIN CERTIFICATE-----\r\nAA\r\n",
+         "\n"},
         {"no certificate", "text\nlast", "last\n"},
         {"no certificate, and a line feed at the end", "text\nlast\n", "\n"},
         {"an empty file", "", "\n"},
-        {"a NUL in it", pem(std::string("A\0A\n", 4)), pem(std::string("A\0A\n", 4))},
+        {"a NUL in the certificate", pem(std::string("A\0A\n", 4)), pem(std::string("A\0A\n", 4))},
     };
     for (const TextRow& row : rows) {
         put("7", row.text);
@@ -60,25 +61,26 @@ TEST_P(Collection, GivesTheFirstCertificateOfAFileAlone)
     }
 }
 
-TEST_P(Collection, TakesAnIdAsAPathBelowTheStore)
+TEST_P(Collection, ReadsAnIdAsAPathBelowTheStore)
 {
     put("sub/7.crt", pem("AA\n"));
     EXPECT_EQ(get("sub/7.crt"), pem("AA\n"));
     EXPECT_EQ(get("../" + std::string(store.word) + "/sub/7.crt"), pem("AA\n"));
 }
 
-TEST_P(Collection, HasNoCertificateWhereNoneCanBeRead)
+TEST_P(Collection, HasNoCertificateWhenTheFileCannotBeRead)
 {
     const std::string expected = "ostrelApi::CallError: " + std::string(store.badCertificateText);
-    EXPECT_EQ(thrownByGet("7"), expected) << "there is no store";
+
+    EXPECT_EQ(thrownByGet("7"), expected) << "missing store";
     putList("");
     support::makeUnopenable(certificates + "/unopenable");
     fs::create_symlink("nowhere", certificates + "/broken");
-    EXPECT_EQ(thrownByGet("7"), expected) << "a missing file";
-    EXPECT_EQ(thrownByGet("unopenable"), expected) << "one that cannot be opened";
-    EXPECT_EQ(thrownByGet("broken"), expected) << "a broken link";
-    EXPECT_EQ(thrownByGet(""), expected) << "the store's own directory";
-    EXPECT_EQ(thrownByGet(".cacheddata"), expected) << "a directory in it";
+    EXPECT_EQ(thrownByGet("7"), expected) << "missing file";
+    EXPECT_EQ(thrownByGet("unopenable"), expected) << "file that cannot be opened";
+    EXPECT_EQ(thrownByGet("broken"), expected) << "dangling link";
+    EXPECT_EQ(thrownByGet(""), expected) << "the directory of the store";
+    EXPECT_EQ(thrownByGet(".cacheddata"), expected) << "a directory in the store";
     EXPECT_EQ(expected, apiError(store.badCertificate));
 }
 
@@ -88,14 +90,14 @@ struct ListRow {
     Ids expected;
 };
 
-TEST_P(Collection, ListsTheIdsOfItsListAscendingAndOnce)
+TEST_P(Collection, ReturnsEachIdOnceInAscendingOrder)
 {
     const ListRow rows[] = {
         {"an empty list", "", {}},
         {"one id", "7\n", {"7"}},
-        {"several, in no order, one of them twice", "10\n9\n9\n1", {"1", "10", "9"}},
+        {"several ids, out of order and one of them twice", "10\n9\n9\n1", {"1", "10", "9"}},
         {"empty lines", "\n\nb\n\na\n\n", {"a", "b"}},
-        {"blanks and carriage returns, which count", " a\na \na\r\na", {" a", "a", "a\r", "a "}},
+        {"blanks and carriage returns belong to an id", " a\na \na\r\na", {" a", "a", "a\r", "a "}},
     };
     for (const ListRow& row : rows) {
         putList(row.list);
@@ -110,24 +112,27 @@ struct CnRow {
     Ids expected;
 };
 
-TEST_P(Collection, FindsIdsByTheirWholeCommonNameByteByByte)
+TEST_P(Collection, FindsIdsByAnExactMatchOfTheCommonName)
 {
     const CnRow rows[] = {
-        {"one of several", "1 Root\n2 Other\n", "Root", {"1"}},
-        {"all that have it, by id", "9 Root\n10 Root\n1 Other\n", "Root", {"10", "9"}},
-        {"blanks within", "1 My Root CA\n", "My Root CA", {"1"}},
+        {"one of several names", "1 Root\n2 Other\n", "Root", {"1"}},
+        {"all ids with the name, in ascending order",
+         "9 Root\n10 Root\n1 Other\n",
+         "Root",
+         {"10", "9"}},
+        {"blanks within the name", "1 My Root CA\n", "My Root CA", {"1"}},
         {"no match", "1 Root\n", "Leaf", {}},
-        {"another case", "1 Root\n", "root", {}},
-        {"a start of it", "1 Root\n", "Roo", {}},
-        {"more than it", "1 Root\n", "Root CA", {}},
-        {"a NUL and more", "1 Root\n", std::string("Root\0", 5), {}},
-        {"blanks before it in the file, which are dropped", "1   Root\n", "Root", {"1"}},
-        {"a blank before it in the question", "1  Root\n", " Root", {}},
-        {"a blank behind it in the file", "1 Root \n", "Root", {}},
-        {"a blank behind it in both", "1 Root \n", "Root ", {"1"}},
-        {"a carriage return behind it in the file", "1 Root\r\n", "Root", {}},
-        {"an id twice, whose first line counts", "1 Root\n1 Other\n", "Other", {}},
-        {"a line without a blank, which is skipped", "Root\n1 Root\n", "Root", {"1"}},
+        {"a name that differs in case", "1 Root\n", "root", {}},
+        {"a prefix of the name", "1 Root\n", "Roo", {}},
+        {"a longer name", "1 Root\n", "Root CA", {}},
+        {"a NUL after the name", "1 Root\n", std::string("Root\0", 5), {}},
+        {"blanks before the name in the file are dropped", "1   Root\n", "Root", {"1"}},
+        {"a blank before the requested name", "1  Root\n", " Root", {}},
+        {"a blank after the name in the file", "1 Root \n", "Root", {}},
+        {"a blank after both names", "1 Root \n", "Root ", {"1"}},
+        {"a carriage return after the name in the file", "1 Root\r\n", "Root", {}},
+        {"the first of two lines with one id counts", "1 Root\n1 Other\n", "Other", {}},
+        {"a line without a blank is skipped", "Root\n1 Root\n", "Root", {"1"}},
         {"no name", "1 \n2 Root\n", "", {"1"}},
         {"no id", " Root\n", "Root", {""}},
         {"an empty map", "", "Root", {}},
@@ -138,7 +143,7 @@ TEST_P(Collection, FindsIdsByTheirWholeCommonNameByteByByte)
     }
 }
 
-TEST_P(Collection, CannotBeListedWithoutItsListNorSearchedWithoutItsMap)
+TEST_P(Collection, CannotBeListedWithoutItsListOrSearchedWithoutItsMap)
 {
     const auto expectFailures = [&] {
         EXPECT_EQ(thrownBy([&] { ids(); }), apiError(1));
@@ -151,7 +156,7 @@ TEST_P(Collection, CannotBeListedWithoutItsListNorSearchedWithoutItsMap)
     EXPECT_EQ(apiError(1), "ostrelApi::CallError: Error -1: Generic exception (1 - Action Failed)");
 }
 
-TEST_P(Collection, IsEmptyWhereItsListAndItsMapAreDirectories)
+TEST_P(Collection, IsEmptyWhenItsListAndItsMapAreDirectories)
 {
     fs::create_directories(list);
     fs::create_directories(map);
@@ -159,13 +164,13 @@ TEST_P(Collection, IsEmptyWhereItsListAndItsMapAreDirectories)
     EXPECT_EQ(idsByCN("Root"), Ids());
 }
 
-TEST_P(Collection, TellsItsDirectoryWhetherThatIsThereOrNot)
+TEST_P(Collection, ReturnsItsDirectoryEvenIfItDoesNotExist)
 {
     EXPECT_EQ(store.directory(web), device.storeDirectory() + "/web/" + store.word + '/');
     EXPECT_FALSE(fs::exists(certificates));
 }
 
-TEST_P(Collection, IsReadAnewByEveryCall)
+TEST_P(Collection, IsReadAgainByEachCall)
 {
     putList("1\n");
     put("1", pem("AA\n"));
@@ -177,7 +182,7 @@ TEST_P(Collection, IsReadAnewByEveryCall)
     EXPECT_EQ(get("1"), pem("BB\n"));
 }
 
-TEST_P(Collection, AnswersSeveralThreadsAtOnce)
+TEST_P(Collection, CanBeReadByThreadsInParallel)
 {
     putList("1\n2\n");
     putMap("1 Root\n2 Root\n");
@@ -199,7 +204,7 @@ TEST_P(Collection, AnswersSeveralThreadsAtOnce)
     EXPECT_EQ(pipeFiles(), std::set<std::string>{store.word}) << "no temporary file is left";
 }
 
-TEST_P(Collection, LeavesNoDescriptorAndWritesNothing)
+TEST_P(Collection, LeavesNoDescriptorOpenAndTracesNothing)
 {
     putList("1\n2\n");
     put("1", pem("AA\n"));
@@ -215,14 +220,14 @@ TEST_P(Collection, LeavesNoDescriptorAndWritesNothing)
     EXPECT_EQ(trace.text(), "");
 }
 
-/// The workers that the queries of every store share.
+/// The workers that the queries of all stores share.
 class CollectionWorker : public service_case::ServiceCase
 {
 protected:
     OstrelService bare = bareService();
 
 private:
-    /// They ask for no store.
+    /// The workers do not require a store.
     OstrelService bareService() const
     {
         device.addService("bare", "");
@@ -236,7 +241,7 @@ struct TargetRow {
     const char* text;
 };
 
-TEST_F(CollectionWorker, ReadsAnyFileAndNamesTheTargetOfOneThatIsMissing)
+TEST_F(CollectionWorker, ReadsAnyFileAndThrowsTheReturnCodeOfTheTarget)
 {
     const TargetRow rows[] = {
         {0, 20, "Error -1: Generic exception (20 - The server certificate doesn't exist)"},

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the tests of the import share: a service with a peer at its pipes, and
+// Shared by the tests of the import: a service with a peer at its pipes, and
 // the temporary file as the peer finds it.
 
 #include "unit/api/ServiceCase.h"
@@ -12,7 +12,7 @@
 namespace service_case
 {
 
-/// The file that an import names, at the moment at which the daemon reads it.
+/// The file that an import names, as the daemon reads it.
 struct SeenFile {
     std::string path;
     std::string text;
@@ -30,7 +30,7 @@ protected:
         return support::thrownBy([&] { add(certificate); });
     }
 
-    /// Has the peer look at the file that the next message names, and reply.
+    /// Makes the peer record the file that the next message names, and reply.
     void lookAndAnswer(const std::string& reply)
     {
         actAndAnswer(reply, [this] {
@@ -39,7 +39,7 @@ protected:
         });
     }
 
-    /// Has the peer remove the file that the next message names, and reply.
+    /// Makes the peer remove the file that the next message names, and reply.
     void removeAndAnswer(const std::string& reply)
     {
         actAndAnswer(reply, [this] { std::filesystem::remove(seen.path); });
@@ -50,14 +50,14 @@ protected:
         return messageStart() + store.word + "\tadd\t" + path;
     }
 
-    /// Nothing but the daemon's own files.
+    /// Expects only the daemon's own files in the pipe directory.
     void expectNoFileLeft() const
     {
         EXPECT_EQ(pipeFiles(), (std::set<std::string>{"web.in", "web.lock"}));
     }
 
     SeenFile seen;
-    // Last, for its thread may look at all the others.
+    // Last, because its thread may use all the other members.
     support::ScriptedPeer peer{device, "web"};
 
 private:

@@ -33,7 +33,8 @@ using support::thrownBy;
 class ImportFailure : public service_case::ImportCase
 {
 protected:
-    /// A service of another group, with pipes of its own but no daemon.
+    /// A service with another group and its own pipe directory, but without a
+    /// daemon.
     OstrelService serviceOf(const std::string& group) const
     {
         device.addService("odd", "managmentGroup " + group + "\nca yes\ntrustedClients yes\n");
@@ -57,8 +58,8 @@ std::string messageOf(int returnCode)
 
 const std::string caughtLine = "Exception caught while adding certificate.";
 
-// Intended: the daemon's own code is told by the trace alone.
-TEST_P(ImportFailure, IsErrorOneForWhateverCodeTheDaemonRefusesWith)
+// Intended: only the trace contains the daemon's own return code.
+TEST_P(ImportFailure, ThrowsReturnCode1ForAnyCodeOfTheDaemon)
 {
     for (int code = 1; code <= 43; ++code) {
         for (const bool isTraced : {true, false}) {
@@ -75,7 +76,7 @@ TEST_P(ImportFailure, IsErrorOneForWhateverCodeTheDaemonRefusesWith)
     }
 }
 
-TEST_P(ImportFailure, KeepsTheDaemonsReturnCodeAndItsWordsInTheException)
+TEST_P(ImportFailure, ThrowsTheDaemonsReturnCodeAndReason)
 {
     lookAndAnswer("33 already there");
     const ostrelApi::CallError error = support::callErrorOf([&] { store.add(web, pem("AA\n")); });
@@ -113,7 +114,7 @@ TEST_P(ImportFailure, NamesAGroupThatDoesNotExist)
                                               oddPipes + "/[^/]+[.]crt: no such group"));
 }
 
-TEST_P(ImportFailure, TellsWhyInItsTrace)
+TEST_P(ImportFailure, TracesTheReturnCodeOfTheDaemon)
 {
     const support::CapturedTrace trace;
     lookAndAnswer("33 ");
@@ -124,7 +125,7 @@ TEST_P(ImportFailure, TellsWhyInItsTrace)
               "(33 - The certificate authority already exist)\n");
 }
 
-TEST_P(ImportFailure, TracesAFileThatTheDaemonHasRemovedBeforeItsRefusal)
+TEST_P(ImportFailure, TracesAFileThatTheDaemonRemovedBeforeItsRefusal)
 {
     const support::CapturedTrace trace;
     removeAndAnswer("9 ");
@@ -135,7 +136,7 @@ TEST_P(ImportFailure, TracesAFileThatTheDaemonHasRemovedBeforeItsRefusal)
                                 messageOf(9) + '\n');
 }
 
-TEST_P(ImportFailure, ByASignalKeepsItsOwnText)
+TEST_P(ImportFailure, ByASignalKeepsTheTextOfEintr)
 {
     support::Interruption interruption;
     const support::CapturedTrace trace;
@@ -154,7 +155,7 @@ TEST_P(ImportFailure, ByASignalKeepsItsOwnText)
     expectNoFileLeft();
 }
 
-TEST_P(ImportFailure, OfTheReplyIsErrorOne)
+TEST_P(ImportFailure, ThrowsReturnCode1ForAMalformedReply)
 {
     for (const char* reply : {"", " ", "x", "x 7"}) {
         peer.answer(reply);
@@ -163,7 +164,7 @@ TEST_P(ImportFailure, OfTheReplyIsErrorOne)
     }
 }
 
-TEST_P(ImportFailure, IsAllThatADaemonThatDiesBringsAbout)
+TEST_P(ImportFailure, ThrowsReturnCode1WhenTheDaemonEnds)
 {
     peer.hangUpAndAnswer("");
     EXPECT_EQ(thrownByAdd(pem("AA\n")), apiError(1));
@@ -171,7 +172,7 @@ TEST_P(ImportFailure, IsAllThatADaemonThatDiesBringsAbout)
     expectNoFileLeft();
 }
 
-TEST_P(ImportFailure, WithoutADaemonIsErrorOneToo)
+TEST_P(ImportFailure, ThrowsReturnCode1WithoutADaemon)
 {
     fs::remove(peer.lockPath());
     const support::CapturedTrace trace;
@@ -182,7 +183,7 @@ TEST_P(ImportFailure, WithoutADaemonIsErrorOneToo)
     EXPECT_EQ(pipeFiles(), std::set<std::string>{"web.in"});
 }
 
-TEST_P(ImportFailure, OfTheSecondOfTwoAtOnceIsErrorOneAndLeavesTheFirstItsFile)
+TEST_P(ImportFailure, OfASecondConcurrentImportDoesNotAffectTheFirst)
 {
     service_case::HeldCall held(peer, "0 first");
     auto first = std::async(std::launch::async, [&] { return add(pem("AA\n")); });
@@ -202,7 +203,7 @@ TEST_P(ImportFailure, OfTheSecondOfTwoAtOnceIsErrorOneAndLeavesTheFirstItsFile)
     expectNoFileLeft();
 }
 
-TEST_P(ImportFailure, OfAnUnknownGroupComesBeforeTheDaemonIsAsked)
+TEST_P(ImportFailure, ForAnUnknownGroupComesBeforeTheMessage)
 {
     OstrelService odd = serviceOf("nobody-knows-it");
     const support::CapturedTrace trace;
@@ -213,7 +214,7 @@ TEST_P(ImportFailure, OfAnUnknownGroupComesBeforeTheDaemonIsAsked)
     EXPECT_TRUE(fs::is_empty(oddPipes));
 }
 
-TEST_P(ImportFailure, OfAFileThatCannotBeMadeIsToldByTheChangeOfItsGroup)
+TEST_P(ImportFailure, ToCreateTheFileIsTracedByTheChangeOfItsGroup)
 {
     OstrelService odd = serviceOf("root");
     fs::remove(oddPipes);
@@ -229,7 +230,7 @@ TEST_P(ImportFailure, OfAFileThatCannotBeMadeIsToldByTheChangeOfItsGroup)
     EXPECT_FALSE(fs::exists(oddPipes));
 }
 
-TEST_P(ImportFailure, OfAFileThatCannotBeReadComesBeforeAnythingIsDone)
+TEST_P(ImportFailure, ToReadTheGivenFileComesBeforeAnyChange)
 {
     const std::string socket = device.storeDirectory() + "/socket";
     support::makeUnopenable(socket);
@@ -250,22 +251,23 @@ struct TierRow {
     std::string thrown;
 };
 
-TEST(FailImport, TracesTheTierAndKeepsAnInterruptionAlone)
+TEST(FailImport, TracesTheTierAndKeepsOnlyAnInterruption)
 {
     const std::string interrupted = std::strerror(EINTR);
     const std::string asInterrupted = "std::runtime_error: " + interrupted;
     const TierRow rows[] = {
-        {"the API's own", [] { throw ostrelApi::OstrelApiException(2); }, "a: " + messageOf(2),
-         apiError(1)},
-        {"the API's own without a text", [] { throw Textless<ostrelApi::OstrelApiException>(2); },
-         "a: Unknown error", apiError(1)},
+        {"an exception of the API", [] { throw ostrelApi::OstrelApiException(2); },
+         "a: " + messageOf(2), apiError(1)},
+        {"an exception of the API without a text",
+         [] { throw Textless<ostrelApi::OstrelApiException>(2); }, "a: Unknown error", apiError(1)},
         {"a standard exception", [] { throw std::out_of_range("why"); }, "b: why", apiError(1)},
-        {"one without a text", [] { throw Textless<>(); }, "b: Unknown error", apiError(1)},
+        {"a standard exception without a text", [] { throw Textless<>(); }, "b: Unknown error",
+         apiError(1)},
         {"an interruption by a signal", [] { throw ostrelApi::Interrupted(); }, "b: " + interrupted,
          asInterrupted},
-        {"another one with the same text", [] { throw std::runtime_error(std::strerror(EINTR)); },
-         "b: " + interrupted, apiError(1)},
-        {"anything else", [] { throw 1; }, "c.", apiError(1)},
+        {"another exception with the same text",
+         [] { throw std::runtime_error(std::strerror(EINTR)); }, "b: " + interrupted, apiError(1)},
+        {"any other type", [] { throw 1; }, "c.", apiError(1)},
     };
     for (const TierRow& row : rows) {
         SCOPED_TRACE(row.sentence);

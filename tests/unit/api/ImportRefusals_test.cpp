@@ -12,7 +12,8 @@ using support::apiError;
 using support::ScriptedPeer;
 using support::thrownBy;
 
-/// A store that takes certificates, and the keyword that hands it one.
+/// A store that accepts certificates, and the keyword of the command that adds
+/// one.
 struct Row {
     ostrel::TypeTarget target;
     const char* words;
@@ -45,7 +46,7 @@ protected:
     ScriptedPeer peer{device, "web"};
 };
 
-TEST_F(ImportCertificate, HandsTheCertificateToTheStoreAndGivesBackTheReply)
+TEST_F(ImportCertificate, SendsTheCertificateToTheStoreAndReturnsTheReply)
 {
     for (const Row& row : rows) {
         peer.answer("0 the id");
@@ -55,7 +56,7 @@ TEST_F(ImportCertificate, HandsTheCertificateToTheStoreAndGivesBackTheReply)
     }
 }
 
-TEST_F(ImportCertificate, LetsTheDaemonsOwnCodePass)
+TEST_F(ImportCertificate, ThrowsTheReturnCodeOfTheDaemon)
 {
     for (const Row& row : rows) {
         for (int code = 1; code <= 43; ++code) {
@@ -66,14 +67,14 @@ TEST_F(ImportCertificate, LetsTheDaemonsOwnCodePass)
     }
 }
 
-TEST_F(ImportCertificate, NeedsAPendingRequestForTheServer)
+TEST_F(ImportCertificate, RequiresAPendingRequestForTheServer)
 {
     std::filesystem::remove(csr);
     EXPECT_EQ(thrownByImport(ostrel::TargetServer), apiError(21));
     EXPECT_TRUE(peer.messages().empty());
 }
 
-TEST_F(ImportCertificate, NeedsTheStore)
+TEST_F(ImportCertificate, RequiresTheStore)
 {
     device.addService("bare", "managmentGroup root\n");
     OstrelService bare("bare");

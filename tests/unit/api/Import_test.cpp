@@ -27,16 +27,16 @@ const TextRow textRows[] = {
     {"a certificate", pem("AA\n"), pem("AA\n") + "\n"},
     {"no line feed at the end", "AA", "AA\n"},
     {"an empty text", "", "\n"},
-    {"carriage returns before line feeds, which go", "A\r\nB\r\n\r\n", "A\nB\n\n\n"},
-    {"two carriage returns before a line feed, of which one goes", "A\r\r\nB", "A\r\nB\n"},
-    {"carriage returns alone, which stay", "\rA\rB", "\rA\rB\n"},
+    {"carriage returns before line feeds are dropped", "A\r\nB\r\n\r\n", "A\nB\n\n\n"},
+    {"one of two carriage returns before a line feed is dropped", "A\r\r\nB", "A\r\nB\n"},
+    {"other carriage returns stay", "\rA\rB", "\rA\rB\n"},
     {"several certificates and text around", "x\n" + pem("AA\n") + "y\n" + pem("BB\n") + "z",
      "x\n" + pem("AA\n") + "y\n" + pem("BB\n") + "z\n"},
     {"a NUL", std::string("A\0\r\nB", 5), std::string("A\0\nB\n", 5)},
     {"much", std::string(1 << 20, 'x'), std::string(1 << 20, 'x') + "\n"},
 };
 
-TEST_P(Import, ShowsTheDaemonTheTextWithUnixLineEndsAndALineFeedMore)
+TEST_P(Import, WritesTheTextWithUnixLineEndsAndOneMoreLineFeed)
 {
     for (const TextRow& row : textRows) {
         SCOPED_TRACE(row.sentence);
@@ -47,7 +47,7 @@ TEST_P(Import, ShowsTheDaemonTheTextWithUnixLineEndsAndALineFeedMore)
     }
 }
 
-TEST_P(Import, OfAFileShowsTheSameWithALineFeedMore)
+TEST_P(Import, OfAFileWritesOneMoreLineFeed)
 {
     const std::string path = device.storeDirectory() + "/given.pem";
     for (const TextRow& row : textRows) {
@@ -61,12 +61,12 @@ TEST_P(Import, OfAFileShowsTheSameWithALineFeedMore)
     }
 }
 
-TEST_P(Import, TakesACarriageReturnAtTheEndOfAFileForALineEnd)
+TEST_P(Import, TreatsACarriageReturnAtTheEndOfAFileAsALineEnd)
 {
     lookAndAnswer("0 7");
     add("A\r");
     EXPECT_EQ(seen.text, "A\r\n");
-    // Of a file every line is ended first, and line ends are looked for then.
+    // Every line of a file gets its line feed before line ends are converted.
     const std::string path = device.storeDirectory() + "/given.pem";
     support::writeText(path, "A\r");
     lookAndAnswer("0 7");
@@ -74,7 +74,7 @@ TEST_P(Import, TakesACarriageReturnAtTheEndOfAFileForALineEnd)
     EXPECT_EQ(seen.text, "A\n\n");
 }
 
-TEST_P(Import, NamesTheFileAloneInItsMessage)
+TEST_P(Import, SendsOnlyThePathOfTheFile)
 {
     for (int i = 0; i < 2; ++i) {
         lookAndAnswer("0 ");
@@ -82,10 +82,10 @@ TEST_P(Import, NamesTheFileAloneInItsMessage)
         EXPECT_EQ(peer.lastMessage(), addMessage(seen.path));
         EXPECT_TRUE(isTemporaryPath(seen.path)) << seen.path;
     }
-    EXPECT_NE(peer.messages()[0], peer.messages()[1]) << "another name for each";
+    EXPECT_NE(peer.messages()[0], peer.messages()[1]) << "each file has a new name";
 }
 
-TEST_P(Import, OpensTheFileToTheServicesGroupWhateverTheUmask)
+TEST_P(Import, CreatesTheFileForTheServicesGroupDespiteTheUmask)
 {
     const support::Accounts accounts;
     const gid_t group = support::Accounts::foreignGroup();
@@ -103,7 +103,7 @@ TEST_P(Import, OpensTheFileToTheServicesGroupWhateverTheUmask)
     }
 }
 
-TEST_P(Import, GivesTheDaemonsReplyAsItIs)
+TEST_P(Import, ReturnsThePayloadUnchanged)
 {
     const std::pair<const char*, const char*> rows[] = {
         {"0 7", "7"},
@@ -117,7 +117,7 @@ TEST_P(Import, GivesTheDaemonsReplyAsItIs)
     }
 }
 
-TEST_P(Import, TracesItsMessageAlone)
+TEST_P(Import, TracesOnlyItsMessage)
 {
     for (const bool isTraced : {true, false}) {
         const support::CapturedTrace trace(isTraced);
@@ -127,20 +127,20 @@ TEST_P(Import, TracesItsMessageAlone)
     }
 }
 
-TEST_P(Import, SucceedsAlsoWhenTheDaemonHasRemovedTheFile)
+TEST_P(Import, SucceedsEvenIfTheDaemonRemovedTheFile)
 {
     for (const bool isTraced : {true, false}) {
         const support::CapturedTrace trace(isTraced);
         removeAndAnswer("0 7");
         EXPECT_EQ(add(pem("AA\n")), "7");
-        // Intended: no blank behind the colon.
+        // Intended: no blank after the colon.
         const std::string notRemoved =
             "Error: Failed to remove temporary file :" + seen.path + '\n';
         EXPECT_EQ(trace.text(), isTraced ? messageLine(peer.lastMessage()) + notRemoved : "");
     }
 }
 
-TEST_P(Import, LeavesNoDescriptor)
+TEST_P(Import, LeavesNoDescriptorOpen)
 {
     const auto attempt = [&] {
         peer.answer("0 7");
@@ -169,7 +169,7 @@ struct TargetRow {
     const char* words;
 };
 
-TEST_P(Import, AsAWorkerAsksForNoStoreAndSendsTheServersCertificateByAnotherKeyword)
+TEST_P(Import, AsAWorkerNeedsNoStoreAndUsesAnotherKeywordForTheServer)
 {
     const TargetRow rows[] = {
         {0, "server\tapplycrt\t"}, {1, "ca\tadd\t"}, {2, "client\tadd\t"},

@@ -1,5 +1,5 @@
-// What an application learns of a certificate, or of the pending request, from
-// the daemon.
+// The records of a certificate and of the pending request, which the daemon
+// supplies.
 
 #include "unit/api/StockedService.h"
 
@@ -20,17 +20,17 @@ using service_case::StockedService;
 using support::apiError;
 using support::thrownBy;
 
-/// The query of one store; in that of the server it takes no id.
+/// The query of one store. The query of the server store takes no id.
 struct Store {
     const char* testName;
-    /// Its directories, and its target on the wire.
+    /// The name of its directories, and of its target in a message.
     const char* word;
-    /// Told when the certificate is missing.
+    /// Thrown when the certificate is missing.
     int returnCode;
     CCertificateData (*query)(OstrelService& web, const std::string& id);
 };
 
-// The id of the server's is what the test names the certificate in use.
+// For the server store, the test makes the id the active one.
 const Store stores[] = {
     {"Server", "server", 20,
      [](OstrelService& web, const std::string& /*id*/) { return web.getServerCertInfo(); }},
@@ -55,7 +55,7 @@ protected:
 class CertificateFromDaemon : public FromDaemon, public testing::WithParamInterface<Store>
 {
 protected:
-    /// Asks for the certificate `id`.
+    /// Requests the record of the certificate `id`.
     CCertificateData ask(const std::string& id)
     {
         support::writeText(active, id + '\n');
@@ -68,7 +68,7 @@ protected:
     }
 };
 
-TEST_P(CertificateFromDaemon, IsAskedForByItsPathAndTakenFromThePayload)
+TEST_P(CertificateFromDaemon, IsRequestedByItsPathAndReadFromThePayload)
 {
     peer.answer(
         "0 subject_name CN=two\nissuer_name CN=root\npublic_key_size_bits 4096\n"
@@ -89,7 +89,7 @@ TEST_P(CertificateFromDaemon, IsAskedForByItsPathAndTakenFromThePayload)
     EXPECT_EQ(peer.lastMessage(), message("2"));
 }
 
-TEST_P(CertificateFromDaemon, IsTheDefaultOneWhereThePayloadSaysNothing)
+TEST_P(CertificateFromDaemon, HasItsDefaultsWhenThePayloadLacksTheFields)
 {
     std::string expected;
     CCertificateData().to(expected);
@@ -101,7 +101,7 @@ TEST_P(CertificateFromDaemon, IsTheDefaultOneWhereThePayloadSaysNothing)
     }
 }
 
-TEST_P(CertificateFromDaemon, IsNotAskedForWhereItIsMissing)
+TEST_P(CertificateFromDaemon, IsNotRequestedWhenItIsMissing)
 {
     for (const char* id : {"none", "1/1", "../none"}) {
         EXPECT_EQ(thrownBy([&] { ask(id); }), apiError(GetParam().returnCode)) << id;
@@ -111,8 +111,8 @@ TEST_P(CertificateFromDaemon, IsNotAskedForWhereItIsMissing)
     EXPECT_TRUE(peer.messages().empty());
 }
 
-// Of an empty id, what there is is the directory of the store.
-TEST_P(CertificateFromDaemon, OfAnyFileThereIsIsLeftToTheDaemon)
+// The path of an empty id is the directory of the store.
+TEST_P(CertificateFromDaemon, IsRequestedForAnyExistingFile)
 {
     support::writeText(kept(GetParam().word, "no certificate"), "text");
     for (const char* id : {"no certificate", "1.key", ""}) {
@@ -122,7 +122,7 @@ TEST_P(CertificateFromDaemon, OfAnyFileThereIsIsLeftToTheDaemon)
     }
 }
 
-TEST_P(CertificateFromDaemon, IsTracedByTheExchangeAndTheRecordAlone)
+TEST_P(CertificateFromDaemon, IsTracedOnlyByTheExchangeAndTheRecord)
 {
     const std::string record = "v3Extention0 obj_id 2.5.29.15|comment usage\n";
     std::string recordTrace;
@@ -138,12 +138,12 @@ TEST_P(CertificateFromDaemon, IsTracedByTheExchangeAndTheRecordAlone)
     EXPECT_EQ(trace.text(), messageLine(message("2")) + recordTrace);
 }
 
-TEST_P(CertificateFromDaemon, CannotBeAskedForWithoutTheDaemon)
+TEST_P(CertificateFromDaemon, CannotBeRequestedWithoutTheDaemon)
 {
     fs::remove(peer.lockPath());
     EXPECT_EQ(thrownBy([&] { ask("1"); }), apiError(11));
     EXPECT_EQ(thrownBy([&] { ask("none"); }), apiError(GetParam().returnCode))
-        << "it is looked for first";
+        << "the file is checked first";
 }
 
 INSTANTIATE_TEST_SUITE_P(Stores, CertificateFromDaemon, testing::ValuesIn(stores),
@@ -151,7 +151,7 @@ INSTANTIATE_TEST_SUITE_P(Stores, CertificateFromDaemon, testing::ValuesIn(stores
 
 using ServerFromDaemon = FromDaemon;
 
-TEST_F(ServerFromDaemon, IsNotAskedForWithoutTheFileOfTheIdInUse)
+TEST_F(ServerFromDaemon, IsNotRequestedWithoutTheFileOfTheActiveId)
 {
     fs::remove(active);
     EXPECT_EQ(thrownBy([&] { web.getServerCertInfo(); }), apiError(1));
@@ -160,7 +160,7 @@ TEST_F(ServerFromDaemon, IsNotAskedForWithoutTheFileOfTheIdInUse)
 
 using CsrFromDaemon = FromDaemon;
 
-TEST_F(CsrFromDaemon, IsAskedForWithoutAnArgumentAndTakenFromThePayload)
+TEST_F(CsrFromDaemon, IsRequestedWithoutAnArgumentAndReadFromThePayload)
 {
     peer.answer("0 subject_name CN=web\npublic_key_size_bits 256\ncsr_version 1\n"
                 "public_key_type EC\nsignatureAlgorithm_type ecdsa\nissuer_name CN=nobody\n");
@@ -179,7 +179,7 @@ TEST_F(CsrFromDaemon, IsAskedForWithoutAnArgumentAndTakenFromThePayload)
     EXPECT_EQ(text, expected);
 }
 
-TEST_F(CsrFromDaemon, IsTheDefaultOneWhereThePayloadSaysNothing)
+TEST_F(CsrFromDaemon, HasItsDefaultsWhenThePayloadLacksTheFields)
 {
     peer.answer("0 ");
     const CCSRData record = web.getCsrInfo();
@@ -190,7 +190,7 @@ TEST_F(CsrFromDaemon, IsTheDefaultOneWhereThePayloadSaysNothing)
     EXPECT_TRUE(record.v3Extensions.empty());
 }
 
-TEST_F(CsrFromDaemon, IsNotAskedForWhereNoneIsPending)
+TEST_F(CsrFromDaemon, IsNotRequestedWhenNoRequestIsPending)
 {
     fs::remove(csr);
     EXPECT_EQ(thrownBy([&] { web.getCsrInfo(); }), apiError(21));
@@ -199,7 +199,7 @@ TEST_F(CsrFromDaemon, IsNotAskedForWhereNoneIsPending)
     EXPECT_TRUE(peer.messages().empty());
 }
 
-TEST_F(CsrFromDaemon, IsNotReadHere)
+TEST_F(CsrFromDaemon, IsNotReadFromItsFile)
 {
     fs::remove(csr);
     ASSERT_EQ(::mknod(csr.c_str(), S_IFSOCK | 0600, 0), 0);

@@ -1,4 +1,4 @@
-// What an application learns of one certificate from the files of its store.
+// What an application reads about one certificate from the files of its store.
 
 #include "unit/api/StockedService.h"
 
@@ -20,9 +20,9 @@ using Map = std::map<std::string, std::string>;
 
 struct Store {
     const char* testName;
-    /// Its directories.
+    /// The name of its directories.
     const char* word;
-    /// Told when the certificate is missing; 0 where nobody looks for it.
+    /// Thrown when the certificate is missing; 0 where that is not checked.
     int badCertificate;
     Map (OstrelService::*info)(const std::string&);
     std::string (OstrelService::*details)(const std::string&);
@@ -58,7 +58,7 @@ protected:
     const std::string overrideFile = kept(GetParam().word, ".cacheddata/2.overwrite");
 };
 
-TEST_P(Information, OfASummaryIsAMap)
+TEST_P(Information, FromTheInfoIsAMap)
 {
     const Map expected = {{"issuedTo", "CN=2"}, {"issuedBy", "CN=root"}, {"CA", "no"},
                           {"CASigned", "yes"},  {"selfSigned", "no"},    {"validFrom", "1"},
@@ -67,7 +67,7 @@ TEST_P(Information, OfASummaryIsAMap)
     EXPECT_EQ(info(), expected);
 }
 
-TEST_P(Information, OfASummaryOfNoVersionIsThatOfNothing)
+TEST_P(Information, FromAnInfoOfVersion0IsEmpty)
 {
     const Map expected = {{"issuedTo", ""},    {"issuedBy", ""},     {"CA", "no"},
                           {"CASigned", "yes"}, {"selfSigned", "no"}, {"validFrom", "0"},
@@ -76,8 +76,8 @@ TEST_P(Information, OfASummaryOfNoVersionIsThatOfNothing)
     EXPECT_EQ(info(), expected);
 }
 
-// Intended: unlike all other failures, this one is no exception of the API.
-TEST_P(Information, OfASummaryFailsInTheWordsOfTheSummary)
+// Intended: unlike all other failures, this one is not an exception of the API.
+TEST_P(Information, FromTheInfoFailsWithTheTextOfTheInfo)
 {
     fs::remove(infoFile);
     EXPECT_EQ(thrownBy([&] { info(); }), "std::runtime_error: Error: Impossible to open " +
@@ -92,19 +92,19 @@ TEST_P(Information, OfASummaryFailsInTheWordsOfTheSummary)
     }
 }
 
-TEST_P(Information, OfDetailsIsTheirText)
+TEST_P(Information, FromTheDetailsIsTheirText)
 {
     support::writeText(detailFile, "a\nb\n");
     EXPECT_EQ(details(), "a\nb\n\n");
 }
 
-TEST_P(Information, OfDetailsFailsWithoutThem)
+TEST_P(Information, FromTheDetailsFailsWithoutTheFile)
 {
     fs::remove(detailFile);
     EXPECT_EQ(thrownBy([&] { details(); }), apiError(1));
 }
 
-TEST_P(Information, OfOverridesIsAnObjectOnTheirFile)
+TEST_P(Information, FromTheOverridesIsAnObjectForTheirFile)
 {
     EXPECT_EQ(overrides().getMap(), (Map{{"own", "2"}}));
     OverwrittenData data = overrides();
@@ -113,7 +113,7 @@ TEST_P(Information, OfOverridesIsAnObjectOnTheirFile)
     EXPECT_EQ(support::readText(overrideFile), "own 2\ncolour red\n");
 }
 
-TEST_P(Information, OfOverridesIsReadAtTheirFirstUse)
+TEST_P(Information, FromTheOverridesIsReadAtTheirFirstUse)
 {
     fs::remove(overrideFile);
     OverwrittenData data = overrides();
@@ -121,14 +121,14 @@ TEST_P(Information, OfOverridesIsReadAtTheirFirstUse)
     EXPECT_EQ(data.getData("own"), "later");
 }
 
-TEST_P(Information, OfOverridesNeedsNoFile)
+TEST_P(Information, FromTheOverridesNeedsNoFile)
 {
     fs::remove(overrideFile);
     EXPECT_EQ(overrides().getMap(), Map());
     EXPECT_FALSE(fs::exists(overrideFile));
 }
 
-TEST_P(Information, NeedsTheCertificateInTheStoresFromOutsideAlone)
+TEST_P(Information, RequiresTheCertificateExceptInTheServerStore)
 {
     fs::remove(certificate);
     const int code = GetParam().badCertificate;
@@ -137,13 +137,13 @@ TEST_P(Information, NeedsTheCertificateInTheStoresFromOutsideAlone)
     EXPECT_EQ(thrownBy([&] { details(); }), expected);
     EXPECT_EQ(thrownBy([&] { overrides(); }), expected);
     fs::create_symlink("nothing", certificate);
-    EXPECT_EQ(thrownBy([&] { info(); }), expected) << "a link to nothing";
+    EXPECT_EQ(thrownBy([&] { info(); }), expected) << "dangling link";
     fs::remove(certificate);
     fs::create_directory(certificate);
-    EXPECT_EQ(thrownBy([&] { info(); }), "nothing") << "anything of that name will do";
+    EXPECT_EQ(thrownBy([&] { info(); }), "nothing") << "any file of that name is enough";
 }
 
-TEST_P(Information, LooksForTheCertificateBeforeItsFiles)
+TEST_P(Information, ChecksForTheCertificateBeforeItsFiles)
 {
     for (const std::string& file : {certificate, infoFile, detailFile}) {
         fs::remove(file);

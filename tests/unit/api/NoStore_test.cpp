@@ -1,5 +1,5 @@
-// A store that the service does not have: every operation on it fails before
-// it does anything.
+// Every operation on a store that the service lacks fails before it does
+// anything.
 
 #include "unit/api/StockedService.h"
 
@@ -22,7 +22,7 @@ using support::thrownBy;
 struct StoreRow {
     const char* testName;
     On store;
-    /// The service's configuration without that store and with all others.
+    /// The service's configuration with all stores except that one.
     const char* configuration;
     std::ptrdiff_t operations;
 };
@@ -39,7 +39,7 @@ void PrintTo(const StoreRow& row, std::ostream* out)
     *out << row.testName;
 }
 
-/// Every directory that the service's operations know of.
+/// Every directory that the service's operations use.
 std::set<std::string> directoriesBelow(const std::set<std::string>& roots)
 {
     std::set<std::string> all = roots;
@@ -62,7 +62,7 @@ protected:
             directoriesBelow({device.storeDirectory(), device.pipesDirectory(), scratch.path()}));
     }
 
-    /// What `operation` throws: with an empty argument and with a good one.
+    /// What `operation` throws with an empty argument, and with a valid one.
     std::vector<std::string> thrownBoth(const Operation& operation, OstrelService& service) const
     {
         std::vector<std::string> thrown;
@@ -81,7 +81,7 @@ protected:
     MissingStore() { device.addService("web", GetParam().configuration); }
 };
 
-TEST_P(MissingStore, EndsEachOfItsOperationsBeforeAFileOrAPipeIsTouched)
+TEST_P(MissingStore, EndsEachOfItsOperationsBeforeTheyTouchAFileOrAPipe)
 {
     OstrelService web("web");
     const support::FileWatch watch = watchEverything();
@@ -93,7 +93,7 @@ TEST_P(MissingStore, EndsEachOfItsOperationsBeforeAFileOrAPipeIsTouched)
     }
 }
 
-TEST_P(MissingStore, LeavesTheOtherStoresToTheirOperations)
+TEST_P(MissingStore, DoesNotAffectTheOperationsOnOtherStores)
 {
     OstrelService web("web");
     for (const Operation& operation : operations()) {
@@ -108,7 +108,7 @@ class StoreAtHand : public Store
 {
 };
 
-TEST_P(StoreAtHand, IsThatOfAsManyOperationsAsTheRowSays)
+TEST_P(StoreAtHand, HasTheExpectedNumberOfOperations)
 {
     const auto isOnStore = [](const Operation& operation) {
         return operation.on == GetParam().store;
@@ -129,7 +129,8 @@ TEST_P(StoreAtHand, LetsItsQueriesTouchFiles)
     EXPECT_FALSE(watch.touched().empty());
 }
 
-/// An application's own service, which denies what the configuration grants.
+/// An application's own service, which denies the stores that the configuration
+/// enables.
 struct DeniedService : OstrelService {
     using OstrelService::OstrelService;
     bool hasServer() const override { return false; }
@@ -137,7 +138,7 @@ struct DeniedService : OstrelService {
     bool hasTrustedClient() const override { return false; }
 };
 
-TEST_P(StoreAtHand, IsAskedForThroughTheVirtualOperations)
+TEST_P(StoreAtHand, IsCheckedThroughTheVirtualOperations)
 {
     DeniedService web("web");
     for (const Operation& operation : operations()) {

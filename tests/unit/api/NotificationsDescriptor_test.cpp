@@ -1,4 +1,4 @@
-// The descriptor of a notification, while it is open and at its end.
+// The descriptor of a notification, while it is open and when it is closed.
 
 #include <ostrelApi/OstrelService.h>
 
@@ -27,7 +27,8 @@ namespace
 int watched = -1;
 int closings = 0;
 
-/// Looks at the descriptor when the line comes that is traced while it is open.
+/// Inspects the descriptor when the notification traces its line: the
+/// descriptor is open then.
 class Watch : public std::stringbuf
 {
 public:
@@ -71,11 +72,11 @@ protected:
     {
         ::mkfifo(fifo.c_str(), 0622);
         reader = ostrel::Descriptor::open(fifo, O_RDONLY | O_NONBLOCK);
-        // The first call of a process reads the daemon's configuration, too.
+        // The first call of a process also reads the daemon configuration.
         ostrelApi::OstrelService::notifyTime();
     }
 
-    /// The next one that the process gets.
+    /// The number of the next descriptor that the process opens.
     static int next() { return ostrel::Descriptor::open("/dev/null", O_RDONLY).get(); }
 
     const support::Device device;
@@ -83,7 +84,7 @@ protected:
     ostrel::Descriptor reader;
 };
 
-TEST_F(NotificationDescriptor, IsClosedInProgramsThatTheProcessExecutesMeanwhile)
+TEST_F(NotificationDescriptor, IsClosedInProgramsThatTheProcessExecutes)
 {
     const Watch watch(next());
     ostrelApi::OstrelService::notifyTime();
@@ -126,7 +127,7 @@ TEST_F(NotificationDescriptor, IsClosedAfterTheTraceWhereThereIsNoStreamForIt)
 
 } // namespace
 
-// What the library itself closes comes by here; what fclose() closes does not.
+// The library's own calls of close() come here; those of fclose() do not.
 extern "C" int close(int descriptor)
 {
     closings += descriptor == watched ? 1 : 0;

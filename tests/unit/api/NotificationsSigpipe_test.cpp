@@ -1,4 +1,4 @@
-// The daemon goes away between the opening of its FIFO and the write.
+// The daemon closes its FIFO between the open and the write of a notification.
 
 #include <ostrelApi/OstrelService.h>
 
@@ -22,7 +22,8 @@ namespace
 using ostrel::Descriptor;
 using ostrelApi::OstrelService;
 
-/// Goes away when the line comes that is traced between the two.
+/// Closes the FIFO when the notification traces its line, between the open and
+/// the write.
 class LeavingReader : public std::stringbuf
 {
 public:
@@ -53,7 +54,7 @@ private:
     std::streambuf* const m_former;
 };
 
-/// How a caller may be set up for SIGPIPE.
+/// How a caller may have set up SIGPIPE.
 struct CallerRow {
     const char* sentence;
     bool isBlocked;
@@ -103,7 +104,7 @@ protected:
     sigset_t sigpipe;
 };
 
-// With the default disposition, a signal that came through would end this test's process.
+// SIGPIPE has its default disposition here, so a delivered signal ends the test's process.
 TEST_P(NotificationSigpipe, DoesNotReachTheCallerAndTheLossIsNotReported)
 {
     const LeavingReader reader(fifo);

@@ -31,14 +31,14 @@ using support::CapturedTrace;
 using support::openDescriptorCount;
 using support::thrownBy;
 
-/// A device on which nobody listens yet.
+/// A device on which no process reads the notifications yet.
 class Notification : public testing::Test
 {
 protected:
     void makeFifo() const { ASSERT_EQ(::mkfifo(fifo.c_str(), 0622), 0); }
     Descriptor listen() const { return Descriptor::open(fifo, O_RDONLY | O_NONBLOCK); }
 
-    /// What has come since the last look.
+    /// The bytes that arrived since the last call.
     static std::string receivedBy(const Descriptor& reader)
     {
         std::string text(100000, '\0');
@@ -64,11 +64,11 @@ const SentRow sentRows[] = {
     {"any other byte", [] { OstrelService::sendNotification('x'); }, "x", "Send -> 120\n"},
     {"a line feed", [] { OstrelService::sendNotification('\n'); }, "\n", "Send -> 10\n"},
     {"a NUL", [] { OstrelService::sendNotification('\0'); }, std::string(1, '\0'), "Send -> 0\n"},
-    {"the highest byte, also where char has a sign",
-     [] { OstrelService::sendNotification('\xff'); }, "\xff", "Send -> 255\n"},
+    {"the highest byte, even if char is signed", [] { OstrelService::sendNotification('\xff'); },
+     "\xff", "Send -> 255\n"},
 };
 
-TEST_F(Notification, IsOneByteAndOneLineOfTheTrace)
+TEST_F(Notification, IsOneByteAndTracesOneLine)
 {
     makeFifo();
     const Descriptor reader = listen();
@@ -80,7 +80,7 @@ TEST_F(Notification, IsOneByteAndOneLineOfTheTrace)
     }
 }
 
-TEST_F(Notification, FollowsTheOneBefore)
+TEST_F(Notification, IsReceivedInOrder)
 {
     makeFifo();
     const Descriptor reader = listen();
@@ -90,7 +90,7 @@ TEST_F(Notification, FollowsTheOneBefore)
     EXPECT_EQ(receivedBy(reader), "tnt");
 }
 
-TEST_F(Notification, IsSilentWhileDebugIsOff)
+TEST_F(Notification, TracesNothingWithoutTheDebugFlag)
 {
     const support::CapturedErrors errors;
     EXPECT_EQ(thrownBy(OstrelService::notifyTime), apiError(11));
@@ -105,7 +105,7 @@ struct FailureRow {
     const char* sentence;
     void (*put)(const std::string& fifo);
     int returnCode;
-    /// What is traced before and behind the path.
+    /// The traced text before and after the path.
     std::string before;
     std::string behind;
 };
@@ -114,7 +114,7 @@ const char off[] = " Looks like the 'ostreld' service is not running!\n";
 
 const FailureRow failureRows[] = {
     {"no FIFO", [](const std::string&) {}, 11, "'", std::string("' file not found.") + off},
-    {"a link to nothing", [](const std::string& fifo) { fs::create_symlink("nothing", fifo); }, 11,
+    {"a dangling link", [](const std::string& fifo) { fs::create_symlink("nothing", fifo); }, 11,
      "'", std::string("' file not found.") + off},
     {"no reader", [](const std::string& fifo) { ASSERT_EQ(::mkfifo(fifo.c_str(), 0622), 0); }, 11,
      "FiFo '", std::string("' is not open on the other side.") + off},
@@ -124,7 +124,7 @@ const FailureRow failureRows[] = {
      "Error: Failed to open FIFO file '", "'\n"},
 };
 
-TEST_F(Notification, FailsWhereNobodyListens)
+TEST_F(Notification, FailsWithoutAReader)
 {
     const std::size_t descriptorsBefore = openDescriptorCount();
     for (const FailureRow& row : failureRows) {
@@ -143,7 +143,7 @@ TEST_F(Notification, FailsWhereNobodyListens)
     EXPECT_EQ(openDescriptorCount(), descriptorsBefore);
 }
 
-TEST_F(Notification, FailsAsTheDaemonsConfigurationDoes)
+TEST_F(Notification, PassesOnTheFailureOfTheDaemonConfiguration)
 {
     device.writeDaemonConfiguration("");
     const std::string expected = thrownBy(ostrel::DaemonConfiguration::getNamePipesDirectory);
@@ -167,12 +167,12 @@ TEST_F(Notification, FailsAndClosesItsDescriptorWhenThereIsNoStreamForIt)
     bool canDeny = false;
     std::string thrown;
     std::thread([&] {
-        // The C library asks for the flags of a descriptor before it makes a stream.
+        // The C library reads the flags of a descriptor before it makes a stream.
         canDeny = support::denySystemCalls(descriptorFlags, EPERM);
         thrown = canDeny ? thrownBy(OstrelService::notifyTime) : "";
     }).join();
     if (!canDeny) {
-        GTEST_SKIP() << "no seccomp filters here, to have the kernel refuse a system call";
+        GTEST_SKIP() << "the kernel has no seccomp filters";
     }
     EXPECT_EQ(thrown, apiError(1));
     EXPECT_EQ(trace.text(), "Error: Failed to open FIFO file '" + fifo + "'\n");
@@ -180,8 +180,8 @@ TEST_F(Notification, FailsAndClosesItsDescriptorWhenThereIsNoStreamForIt)
     EXPECT_EQ(receivedBy(reader), "");
 }
 
-// Intended: a byte that is lost on the way is not reported.
-TEST_F(Notification, IsLostInAFullFifoWithoutAWaitAndWithoutAWord)
+// Intended: a lost byte is not reported.
+TEST_F(Notification, IsLostInAFullFifoSilentlyAndWithoutAWait)
 {
     makeFifo();
     const Descriptor reader = listen();
@@ -195,7 +195,7 @@ TEST_F(Notification, IsLostInAFullFifoWithoutAWaitAndWithoutAWord)
     EXPECT_EQ(trace.text(), "Send -> 110\n");
     EXPECT_EQ(receivedBy(reader), std::string(filled, '.'));
     OstrelService::notifyNetwork();
-    EXPECT_EQ(receivedBy(reader), "n") << "as soon as there is room";
+    EXPECT_EQ(receivedBy(reader), "n") << "once there is room";
 }
 
 TEST_F(Notification, LeavesNoDescriptorOpen)
@@ -222,7 +222,7 @@ TEST_F(Notification, LeavesTheDescriptorsOfItsCallerOpen)
     gap.close();
     OstrelService::notifyTime();
     const Descriptor next = Descriptor::open("/dev/null", O_RDONLY);
-    EXPECT_EQ(next.get(), used) << "it was free again";
+    EXPECT_EQ(next.get(), used) << "the descriptor is free again";
     for (const Descriptor* descriptor : {&reader, &lower, &higher, &next}) {
         EXPECT_NE(::fcntl(descriptor->get(), F_GETFD), -1);
     }

@@ -1,5 +1,5 @@
-// Programs that were built against an earlier release find the virtual
-// operations by their places alone.
+// Programs that were built against an earlier release call the virtual
+// operations by their slots.
 
 #include "unit/api/Operations.h"
 
@@ -19,7 +19,8 @@ using service_case::operations;
 using support::noSlot;
 using support::slotOf;
 
-/// The destructor of an object, and the one that also frees it.
+/// The destructor takes two slots: one destroys the object, the other also
+/// frees it.
 constexpr int destructorSlots = 2;
 
 struct Ordered {
@@ -34,7 +35,7 @@ struct MoreOrdered : Ordered {
     virtual void third() {}
 };
 
-TEST(SlotOf, CountsTheVirtualFunctionsBehindTheDestructor)
+TEST(SlotOf, NumbersTheVirtualFunctionsAfterTheDestructor)
 {
     EXPECT_EQ(slotOf(&Ordered::first), destructorSlots);
     EXPECT_EQ(slotOf(&Ordered::second), destructorSlots + 1);
@@ -45,7 +46,7 @@ TEST(SlotOf, CountsTheVirtualFunctionsBehindTheDestructor)
 
 constexpr int virtualOperations = 52;
 
-TEST(OstrelService, KeepsItsVirtualOperationsInTheirPlaces)
+TEST(OstrelService, KeepsItsVirtualOperationsInTheirSlots)
 {
     int place = destructorSlots;
     for (int i = 0; i < virtualOperations; ++i) {
@@ -68,9 +69,10 @@ TEST(OstrelService, HasNoOtherVirtualOperation)
 
 static_assert(std::has_virtual_destructor_v<OstrelService>);
 static_assert(std::is_polymorphic_v<OstrelService>);
-static_assert(sizeof(OstrelService) == 5 * sizeof(void*), "the table and four owning pointers");
+static_assert(sizeof(OstrelService) == 5 * sizeof(void*),
+              "a pointer to the table and four owning pointers");
 
-/// Static: their addresses are those of plain functions.
+/// Static operations: their addresses are those of plain functions.
 template <class Result, class... Arguments>
 constexpr bool isStatic(Result (* /*function*/)(Arguments...))
 {
@@ -105,7 +107,7 @@ static_assert(std::is_base_of_v<std::exception, OstrelApiException>);
 static_assert(std::is_convertible_v<OstrelApiException*, std::exception*>);
 static_assert(std::has_virtual_destructor_v<OstrelApiException>);
 
-TEST(OstrelApiException, KeepsItsVirtualOperationsInTheirPlaces)
+TEST(OstrelApiException, KeepsItsVirtualOperationsInTheirSlots)
 {
     struct Derived : OstrelApiException {
         using OstrelApiException::OstrelApiException;

@@ -80,7 +80,7 @@ auto textOf(Record record) -> decltype(record.to(std::declval<std::string&>()), 
     return text;
 }
 
-/// Calls `function` with arguments of the types `Arguments`, made of `text`.
+/// Calls `function` with arguments of the types `Arguments`, made from `text`.
 template <class... Arguments, class Function>
 std::string call(Function function, const std::string& text)
 {
@@ -129,8 +129,8 @@ using Service = OstrelService;
 using OfOneId = void (Service::*)(const std::string&);
 using OfIds = Ids (Service::*)(const Ids&);
 
-/// Programs that are already built rely on this order: a row never moves, and
-/// a new virtual operation goes behind the last.
+/// Programs that are already built rely on this order: a row never moves, and a
+/// new virtual operation is appended.
 std::vector<Operation> virtualOperations()
 {
     return {

@@ -1,7 +1,7 @@
 #pragma once
 
-// Every operation of the service object as one row, for the promises that hold
-// for all of them alike.
+// Every operation of the service object as one row, for promises that hold for
+// all operations.
 
 #include <ostrelApi/OstrelService.h>
 
@@ -13,20 +13,20 @@
 namespace service_case
 {
 
-/// The store that an operation is on, if any.
+/// The store that an operation uses, if any.
 enum class On { NoStore, Server, CA, TrustedClient };
 
-/// What an operation does, seen from the daemon.
+/// What an operation does, as the daemon sees it.
 enum class Does {
     Query,
-    /// Sends a command; the caller is told the daemon's return code.
+    /// Sends a command; throws the daemon's return code.
     Request,
-    /// Sends a command; the caller is told 1 for any return code but 0.
+    /// Sends a command; throws return code 1 for any failure of the daemon.
     Import,
     Notification,
 };
 
-/// What an operation makes of its text argument, if it has one.
+/// How an operation uses its text argument, if it has one.
 enum class Takes { AnId, AName, Pem, APath };
 
 struct Operation {
@@ -34,9 +34,10 @@ struct Operation {
     On on;
     Does does;
     Takes takes;
-    /// Its place in the table of virtual functions, or support::noSlot.
+    /// Its index in the table of virtual functions, or support::noSlot.
     int slot;
-    /// Calls it with that text wherever it takes one; returns its result as text.
+    /// Calls the operation, with this text for every text argument, and returns
+    /// its result as text.
     std::function<std::string(ostrelApi::OstrelService&, const std::string&)> call;
 };
 
@@ -45,10 +46,10 @@ inline void PrintTo(const Operation& operation, std::ostream* out)
     *out << operation.name;
 }
 
-/// All of them, the virtual ones first.
+/// All operations, the virtual ones first.
 const std::vector<Operation>& operations();
 
-/// Those of one kind.
+/// The operations that `isWanted` selects.
 std::vector<Operation> operationsThat(bool (*isWanted)(const Operation&));
 
 } // namespace service_case

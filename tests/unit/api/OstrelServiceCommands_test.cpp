@@ -22,7 +22,7 @@ using support::Interruption;
 using support::ScriptedPeer;
 using support::thrownBy;
 
-/// The service's two commands to the daemon as a whole.
+/// The two commands to the daemon that concern the whole service.
 class ServiceCommand : public ServiceCase
 {
 protected:
@@ -35,7 +35,7 @@ protected:
         return thrownBy([&] { web.reloadService(); });
     }
 
-    /// Both fail, and tell why in the words of the exchange.
+    /// Expects that both commands throw the error of the exchange.
     void expectBothThrow(const std::string& expected)
     {
         EXPECT_EQ(thrownByIsRunning(), expected);
@@ -52,16 +52,16 @@ struct StatusRow {
     bool expected;
 };
 
-TEST_F(ServiceCommand, OfStatusIsTrueForThePayloadRunningAlone)
+TEST_F(ServiceCommand, OfStatusIsTrueOnlyForThePayloadRunning)
 {
     const StatusRow rows[] = {
         {"running", "0 running", true},
         {"an empty payload", "0 ", false},
-        {"no payload, so that the whole reply stands for it", "0", false},
+        {"without a blank, the whole reply is the payload", "0", false},
         {"another word", "0 stopped", false},
-        {"a start of the word", "0 runnin", false},
-        {"more than the word", "0 running ", false},
-        {"a line feed behind the word", "0 running\n", false},
+        {"a prefix of the word", "0 runnin", false},
+        {"a longer word", "0 running ", false},
+        {"a line feed after the word", "0 running\n", false},
         {"a second blank before the word", "0  running", false},
         {"capitals", "0 Running", false},
     };
@@ -72,7 +72,7 @@ TEST_F(ServiceCommand, OfStatusIsTrueForThePayloadRunningAlone)
     }
 }
 
-TEST_F(ServiceCommand, OfReloadDropsThePayload)
+TEST_F(ServiceCommand, OfReloadIgnoresThePayload)
 {
     for (const char* reply : {"0 ", "0", "0 anything at all"}) {
         peer.answer(reply);
@@ -81,7 +81,7 @@ TEST_F(ServiceCommand, OfReloadDropsThePayload)
     }
 }
 
-TEST_F(ServiceCommand, OfReloadLeavesTheObjectsOwnConfigurationAsItIs)
+TEST_F(ServiceCommand, OfReloadDoesNotChangeTheConfigurationOfTheObject)
 {
     device.addService("web", "name Other\n");
     peer.answer("0 ");
@@ -107,7 +107,7 @@ TEST_F(ServiceCommand, FailsAtOnceWhileTheServiceIsLocked)
     EXPECT_TRUE(peer.messages().empty());
 }
 
-TEST_F(ServiceCommand, FailsWhenTheDaemonDoesNotRunRatherThanTellThatItDoesNot)
+TEST_F(ServiceCommand, OfStatusThrowsWhenTheDaemonDoesNotRun)
 {
     std::filesystem::remove(peer.lockPath());
     expectBothThrow(apiError(11));
@@ -115,7 +115,7 @@ TEST_F(ServiceCommand, FailsWhenTheDaemonDoesNotRunRatherThanTellThatItDoesNot)
                                    "(11 - Daemon is off)");
 }
 
-TEST_F(ServiceCommand, TellsOfASignalThatEndsItsWait)
+TEST_F(ServiceCommand, ReportsASignalThatEndsItsWait)
 {
     Interruption interruption;
     peer.play([&](ScriptedPeer::Call& caller) {
@@ -127,10 +127,10 @@ TEST_F(ServiceCommand, TellsOfASignalThatEndsItsWait)
     EXPECT_EQ(thrown, std::string("std::runtime_error: ") + std::strerror(EINTR));
 }
 
-TEST_F(ServiceCommand, OutlivesADaemonThatDiesAtAnyPointOfTheCall)
+TEST_F(ServiceCommand, ReturnsWhenTheDaemonEndsAtAnyPointOfTheCall)
 {
     peer.hangUpAndAnswer("0 running");
-    EXPECT_TRUE(web.isServiceRunning()) << "before the message, but another answers";
+    EXPECT_TRUE(web.isServiceRunning()) << "before the message, and another daemon answers";
     peer.finish();
     peer.hangUpAndAnswer("");
     EXPECT_EQ(thrownByIsRunning(), apiError(1)) << "before the message";
@@ -145,13 +145,13 @@ TEST_F(ServiceCommand, OutlivesADaemonThatDiesAtAnyPointOfTheCall)
         caller.openReply();
         caller.send("0 runn");
     });
-    EXPECT_FALSE(web.isServiceRunning()) << "amid the reply";
+    EXPECT_FALSE(web.isServiceRunning()) << "during the reply";
     peer.answer("0 running");
-    EXPECT_TRUE(web.isServiceRunning()) << "the next daemon finds all in order";
+    EXPECT_TRUE(web.isServiceRunning()) << "with the next daemon";
     EXPECT_EQ(pipeFiles(), (std::set<std::string>{"web.in", "web.lock"}));
 }
 
-TEST_F(ServiceCommand, OfOneThreadLocksTheOthersOutUntilItIsAnswered)
+TEST_F(ServiceCommand, OfOneThreadLocksOutOtherThreadsUntilItsReply)
 {
     service_case::HeldCall held(peer, "0 running");
     auto first = std::async(std::launch::async, [&] { return web.isServiceRunning(); });
@@ -162,7 +162,7 @@ TEST_F(ServiceCommand, OfOneThreadLocksTheOthersOutUntilItIsAnswered)
     EXPECT_EQ(peer.messages().size(), 1U);
 }
 
-TEST_F(ServiceCommand, OfTheCallersOwnGetsItsUserAndItsPid)
+TEST_F(ServiceCommand, BuiltByTheCallerGetsItsUserAndPid)
 {
     ostrel::Commands command;
     command.user = "somebody";
@@ -176,7 +176,7 @@ TEST_F(ServiceCommand, OfTheCallersOwnGetsItsUserAndItsPid)
     EXPECT_EQ(command.pid, std::to_string(::getpid()));
 }
 
-TEST_F(ServiceCommand, GoesToTheServiceByTheNameOfItsFile)
+TEST_F(ServiceCommand, IsSentToTheServiceByTheNameOfItsFile)
 {
     device.addService("vpn", "name web\nmanagmentGroup root\n");
     OstrelService vpn("vpn");
@@ -187,7 +187,7 @@ TEST_F(ServiceCommand, GoesToTheServiceByTheNameOfItsFile)
     EXPECT_TRUE(peer.messages().empty());
 }
 
-TEST_F(ServiceCommand, WritesNothingWhileDebugIsOff)
+TEST_F(ServiceCommand, TracesNothingWithoutTheDebugFlag)
 {
     const support::CapturedErrors errors;
     for (const char* reply : {"0 running", "7 ", " ", "", "x"}) {

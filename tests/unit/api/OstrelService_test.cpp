@@ -44,7 +44,7 @@ struct RefusedRow {
     const char* expected;
 };
 
-TEST_F(Service, IsNotBuiltWithoutAConfigurationFile)
+TEST_F(Service, CannotBeConstructedWithoutAConfigurationFile)
 {
     EXPECT_EQ(thrownByConstruction("nobody"),
               "std::runtime_error: No configuration file for the service nobody");
@@ -52,10 +52,10 @@ TEST_F(Service, IsNotBuiltWithoutAConfigurationFile)
               "std::runtime_error: No configuration file for the service ");
 }
 
-TEST_F(Service, IsNotBuiltFromAConfigurationThatIsRefused)
+TEST_F(Service, CannotBeConstructedFromARefusedConfiguration)
 {
     const RefusedRow rows[] = {
-        {"a check of the day that is none", "CertDailyExpiryChkTimeOffsetSecs 86400\n",
+        {"an expiry check after the end of the day", "CertDailyExpiryChkTimeOffsetSecs 86400\n",
          "std::runtime_error: Invalid config parameter: certificate expiry check offset time "
          "should be greater than zero and less than seconds in one day."},
         {"an offset as long as the validity",
@@ -70,7 +70,7 @@ TEST_F(Service, IsNotBuiltFromAConfigurationThatIsRefused)
     }
 }
 
-TEST_F(Service, IsNotBuiltWithoutTheDaemonsConfigurationButOnceThatIsThere)
+TEST_F(Service, CanBeConstructedOnceTheDaemonConfigurationExists)
 {
     const std::string configuration = support::readText("/etc/ostrel/config.daemon");
     fs::remove("/etc/ostrel/config.daemon");
@@ -82,7 +82,7 @@ TEST_F(Service, IsNotBuiltWithoutTheDaemonsConfigurationButOnceThatIsThere)
     EXPECT_EQ(thrownByConstruction("web"), "nothing");
 }
 
-TEST_F(Service, LeavesNoDescriptorWhetherItIsBuiltOrNot)
+TEST_F(Service, LeavesNoDescriptorOpenWhenConstructedOrFailed)
 {
     const std::size_t before = support::openDescriptorCount();
     {
@@ -93,7 +93,7 @@ TEST_F(Service, LeavesNoDescriptorWhetherItIsBuiltOrNot)
     EXPECT_EQ(support::openDescriptorCount(), before);
 }
 
-TEST_F(Service, TouchesNoPipeAndNoStoreWhileItIsBuiltAndAskedWhatItHas)
+TEST_F(Service, TouchesNoPipeAndNoStoreUntilItIsUsed)
 {
     const std::string store = device.storeDirectory() + "/web";
     fs::create_directories(store);
@@ -105,7 +105,7 @@ TEST_F(Service, TouchesNoPipeAndNoStoreWhileItIsBuiltAndAskedWhatItHas)
     web.getServiceName();
     EXPECT_EQ(watch.touched(), std::set<std::string>());
     support::readText(pipes + "/web.lock");
-    EXPECT_EQ(watch.touched(), std::set<std::string>{"web.lock"}) << "a look that would be seen";
+    EXPECT_EQ(watch.touched(), std::set<std::string>{"web.lock"}) << "the watch notices a read";
 }
 
 struct CapabilityRow {
@@ -118,7 +118,7 @@ struct CapabilityRow {
     unsigned short maxTrustedClient;
 };
 
-TEST_F(Service, TellsWhatItsConfigurationGivesIt)
+TEST_F(Service, ReturnsTheCapabilitiesOfItsConfiguration)
 {
     const CapabilityRow rows[] = {
         {"nothing", "", false, false, 0, false, 0},
@@ -130,8 +130,8 @@ TEST_F(Service, TellsWhatItsConfigurationGivesIt)
         {"the largest limits",
          "ca yes\nmaximumCA 65535\ntrustedClients yes\nmaximumTrustedClients 65535\n", false, true,
          65535, true, 65535},
-        {"flags that are not quite yes", "server Yes\nca true\ntrustedClients 1\n", false, false, 0,
-         false, 0},
+        {"flags that are not exactly yes", "server Yes\nca true\ntrustedClients 1\n", false, false,
+         0, false, 0},
     };
     for (const CapabilityRow& row : rows) {
         SCOPED_TRACE(row.sentence);
@@ -145,7 +145,7 @@ TEST_F(Service, TellsWhatItsConfigurationGivesIt)
     }
 }
 
-TEST_F(Service, KeepsTheConfigurationThatItWasBuiltFrom)
+TEST_F(Service, KeepsTheConfigurationOfItsConstruction)
 {
     const OstrelService web("web");
     device.addService("web", "name Other\n");
@@ -156,7 +156,7 @@ TEST_F(Service, KeepsTheConfigurationThatItWasBuiltFrom)
     EXPECT_EQ(OstrelService("web").getServiceName(), "Other");
 }
 
-TEST_F(Service, IsCalledAsItsConfigurationSaysAndFiledUnderItsOwnName)
+TEST_F(Service, HasTheDisplayNameOfItsConfigurationAndItsOwnPaths)
 {
     OstrelService web("web");
     EXPECT_EQ(web.getServiceName(), "Web server");
@@ -175,7 +175,7 @@ TEST_F(Service, ListsTheConfiguredServices)
     EXPECT_EQ(OstrelService::getServiceList(), ostrel::ServiceConfiguration::getServiceList());
 }
 
-TEST_F(Service, IsAlwaysWellWhetherADaemonRunsOrNot)
+TEST_F(Service, ReportsGoodHealthEvenWithoutADaemon)
 {
     EXPECT_EQ(OstrelService::getHealthStatus(), 1);
     EXPECT_EQ(OstrelService::getOperatingStatus(), 1);
@@ -184,13 +184,13 @@ TEST_F(Service, IsAlwaysWellWhetherADaemonRunsOrNot)
     EXPECT_EQ(OstrelService::getOperatingStatus(), 1);
 }
 
-/// A service that is gone by the end of the call.
+/// Constructs and destroys a service.
 void buildAndDestroy()
 {
     const OstrelService web("web");
 }
 
-TEST_F(Service, OpensItsLockFileOnceInTheEnd)
+TEST_F(Service, OpensItsLockFileInTheDestructor)
 {
     support::writeText(pipes + "/web.lock", "the daemon's");
     auto web = std::make_unique<OstrelService>("web");
@@ -200,7 +200,7 @@ TEST_F(Service, OpensItsLockFileOnceInTheEnd)
     EXPECT_EQ(support::readText(pipes + "/web.lock"), "the daemon's");
 }
 
-TEST_F(Service, MakesNoLockFileInTheEnd)
+TEST_F(Service, CreatesNoLockFileInTheDestructor)
 {
     buildAndDestroy();
     EXPECT_EQ(pipeFiles(), std::set<std::string>());
@@ -209,7 +209,7 @@ TEST_F(Service, MakesNoLockFileInTheEnd)
     EXPECT_FALSE(fs::exists(pipes));
 }
 
-TEST_F(Service, ReleasesNoLockThatIsHeldElsewhere)
+TEST_F(Service, DoesNotReleaseALockHeldElsewhere)
 {
     const std::string path = pipes + "/web.lock";
     support::writeText(path, "");
@@ -221,7 +221,7 @@ TEST_F(Service, ReleasesNoLockThatIsHeldElsewhere)
     EXPECT_EQ(errno, EWOULDBLOCK);
 }
 
-TEST_F(Service, IsDestroyedWithoutAWordAndWithoutADescriptorLeft)
+TEST_F(Service, IsDestroyedSilentlyAndLeavesNoDescriptorOpen)
 {
     const std::size_t before = support::openDescriptorCount();
     buildAndDestroy();

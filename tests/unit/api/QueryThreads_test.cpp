@@ -18,7 +18,7 @@ constexpr int rounds = 10;
 class Queries : public StockedService
 {
 protected:
-    /// What each query gives or throws, by its name.
+    /// What each query returns or throws, by its name.
     std::map<std::string, std::string> answersOf(OstrelService& service) const
     {
         std::map<std::string, std::string> answers;
@@ -31,7 +31,7 @@ protected:
         return answers;
     }
 
-    /// On several threads at once, each of which runs `work` again and again.
+    /// Runs `work` repeatedly on several threads in parallel.
     template <class Work>
     static void runAtOnce(Work work)
     {
@@ -64,7 +64,7 @@ TEST_F(Queries, AllSucceedOnAStockedService)
     }
 }
 
-TEST_F(Queries, OfOneObjectMayBeCalledFromSeveralThreadsAtOnce)
+TEST_F(Queries, OfOneObjectCanRunInSeveralThreads)
 {
     OstrelService web("web");
     const std::map<std::string, std::string> expected = answersOf(web);
@@ -73,8 +73,8 @@ TEST_F(Queries, OfOneObjectMayBeCalledFromSeveralThreadsAtOnce)
     EXPECT_EQ(pipeFiles(), filesBefore);
 }
 
-// The first use of the daemon's configuration in this process included.
-TEST_F(Queries, OfObjectsOfTheirOwnMayBeCalledFromSeveralThreadsAtOnce)
+// Includes the first use of the daemon configuration in this process.
+TEST_F(Queries, OfSeparateObjectsCanRunInSeveralThreads)
 {
     runAtOnce([this] {
         OstrelService web("web");

@@ -1,5 +1,5 @@
-// What the caller is told of each return code of the daemon, by every operation
-// that sends it a command.
+// What each operation that sends a command throws for each return code of the
+// daemon.
 
 #include "unit/api/StockedService.h"
 
@@ -18,7 +18,8 @@ constexpr int lastReturnCode = 43;
 class ReturnCodes : public StockedService, public testing::WithParamInterface<Operation>
 {
 protected:
-    /// The rule of the row's kind: an import flattens what the others pass through.
+    /// An import throws 1 for every failure; the other operations throw the
+    /// daemon's code.
     static std::string expectedFor(int code)
     {
         if (code == 0) {
@@ -36,7 +37,7 @@ TEST_P(ReturnCodes, ReachTheCallerByTheRuleOfTheOperation)
     const std::string argument = argumentOf(GetParam());
     const std::set<std::string> filesBefore = pipeFiles();
     for (int code = 0; code <= lastReturnCode; ++code) {
-        // The payload is what the revocation of one certificate is to report.
+        // The revocation of one certificate expects its id in the payload.
         peer.answer(std::to_string(code) + " 1");
         EXPECT_EQ(thrownBy([&] { GetParam().call(web, argument); }), expectedFor(code)) << code;
     }

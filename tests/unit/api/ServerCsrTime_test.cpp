@@ -18,20 +18,20 @@ class ServerCsrTime : public StockedService
 {
 };
 
-TEST_F(ServerCsrTime, IsThePlatformsTimeWithItsSign)
+TEST_F(ServerCsrTime, IsTheSignedTimeOfThePlatform)
 {
     const struct {
         const char* sentence;
         std::int64_t changed;
         std::int64_t expectedOf32Bits;
     } rows[] = {
-        {"the epoch is as no request at all", 0, 0},
+        {"the epoch equals a missing request", 0, 0},
         {"today", 1700000000, 1700000000},
         {"the second before the epoch", -1, -1},
         {"the last second of 32 bits", 2147483647, 2147483647},
         {"the second after it", 2147483648, -2147483648},
         {"a year later", 2179019648, -2115947648},
-        {"the last second before 32 bits without a sign end", 4294967295, -1},
+        {"the last second of 32 unsigned bits", 4294967295, -1},
         {"the second after that", 4294967297, 1},
     };
     OstrelService web("web");
@@ -42,7 +42,7 @@ TEST_F(ServerCsrTime, IsThePlatformsTimeWithItsSign)
     }
 }
 
-TEST_F(ServerCsrTime, BeforeTheEpochIsThatOfAPendingRequest)
+TEST_F(ServerCsrTime, BeforeTheEpochCountsAsAPendingRequest)
 {
     const support::ChangeTime change(csr, INT32_MIN);
     OstrelService web("web");
@@ -52,8 +52,8 @@ TEST_F(ServerCsrTime, BeforeTheEpochIsThatOfAPendingRequest)
     EXPECT_EQ(peer.messages().size(), 1U);
 }
 
-// Where a time_t has 32 bits the C library tells nothing of a file with a later date.
-TEST_F(ServerCsrTime, NeedsATimeThatHoldsEveryDateOfTheFile)
+// Where time_t has 32 bits, the C library reports no status for a file with a later date.
+TEST_F(ServerCsrTime, RequiresATimeThatHoldsEveryDateOfTheFile)
 {
     ASSERT_EQ(std::system(("touch -d @2524608000 " + csr).c_str()), 0);
     OstrelService web("web");

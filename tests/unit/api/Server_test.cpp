@@ -22,7 +22,8 @@ using support::thrownBy;
 class Server : public StockedService
 {
 protected:
-    /// Another value for a flag of the service, from the next object on.
+    /// Adds a line to the service's configuration, for objects constructed from
+    /// now on.
     void configure(const std::string& line) const
     {
         device.addService("web", "managmentGroup root\nserver yes\ncnfFile /unused\n" + line);
@@ -37,7 +38,7 @@ struct CommandRow {
     const char* message;
 };
 
-TEST_F(Server, SendsItsCommandsAndDropsTheirPayloads)
+TEST_F(Server, SendsItsCommandsAndIgnoresTheirPayloads)
 {
     const CommandRow rows[] = {
         {"a request", [this] { web.createServerCsr(); }, "server\tcreatecsr"},
@@ -45,10 +46,10 @@ TEST_F(Server, SendsItsCommandsAndDropsTheirPayloads)
          "server\tcreatecsr"},
         {"a request that has to comply", [this] { web.createServerCsr(ConfiguredField{true}); },
          "server\tcreatecsr\tCA-CB_compliant"},
-        {"the revocation of the certificate in use", [this] { web.revokeServerCertificate(""); },
+        {"the revocation of the active certificate", [this] { web.revokeServerCertificate(""); },
          "server\trevoke"},
-        {"the revocation of any other is the same",
-         [this] { web.revokeServerCertificate("anything"); }, "server\trevoke"},
+        {"the revocation of any other id", [this] { web.revokeServerCertificate("anything"); },
+         "server\trevoke"},
     };
     support::ScriptedPeer peer(device, "web");
     for (const CommandRow& row : rows) {
@@ -60,7 +61,7 @@ TEST_F(Server, SendsItsCommandsAndDropsTheirPayloads)
     }
 }
 
-TEST_F(Server, SendsItsCommandsWhateverItsStoreHolds)
+TEST_F(Server, SendsItsCommandsForAnyStateOfItsStore)
 {
     fs::remove_all(kept("server", ""));
     support::ScriptedPeer peer(device, "web");
@@ -71,7 +72,7 @@ TEST_F(Server, SendsItsCommandsWhateverItsStoreHolds)
     EXPECT_EQ(peer.messages().size(), 2U);
 }
 
-TEST_F(Server, TellsWhenTheRequestWasMadeByTheLastChangeOfItsStatus)
+TEST_F(Server, ReturnsTheChangeTimeOfTheRequestFile)
 {
     const timespec longAgo[] = {{1000000000, 0}, {1000000000, 0}};
     ASSERT_EQ(::utimensat(AT_FDCWD, csr.c_str(), longAgo, 0), 0);
@@ -82,14 +83,14 @@ TEST_F(Server, TellsWhenTheRequestWasMadeByTheLastChangeOfItsStatus)
     EXPECT_NE(timestamp, status.st_mtime);
 }
 
-TEST_F(Server, TellsZeroForTheTimeOfARequestThatIsNotThere)
+TEST_F(Server, ReturnsZeroAsTheTimeOfAMissingRequest)
 {
     fs::remove(csr);
-    EXPECT_EQ(web.getServerCsrTimestamp(), 0) << "no file";
+    EXPECT_EQ(web.getServerCsrTimestamp(), 0) << "missing file";
     fs::create_symlink("nothing", csr);
-    EXPECT_EQ(web.getServerCsrTimestamp(), 0) << "a link to nothing";
+    EXPECT_EQ(web.getServerCsrTimestamp(), 0) << "dangling link";
     fs::remove_all(kept("server", ""));
-    EXPECT_EQ(web.getServerCsrTimestamp(), 0) << "no directory";
+    EXPECT_EQ(web.getServerCsrTimestamp(), 0) << "missing directory";
 }
 
 struct TpmRow {
@@ -97,7 +98,7 @@ struct TpmRow {
     bool expected;
 };
 
-TEST_F(Server, TellsOfItsKeyTheServicesFlagWhateverTheCertificate)
+TEST_F(Server, ReportsTheFlagOfTheServiceForAnyKey)
 {
     const TpmRow rows[] = {
         {"opensslEngine yes\n", true},
@@ -113,7 +114,7 @@ TEST_F(Server, TellsOfItsKeyTheServicesFlagWhateverTheCertificate)
         }
     }
     fs::remove(active);
-    EXPECT_FALSE(web.isServerKeyInTPM("")) << "nobody looks for the certificate in use";
+    EXPECT_FALSE(web.isServerKeyInTPM("")) << "the active certificate is not checked";
 }
 
 struct ActiveRow {
@@ -122,7 +123,7 @@ struct ActiveRow {
     std::string expected;
 };
 
-TEST_F(Server, TakesTheFirstLineOfAFileForTheIdInUse)
+TEST_F(Server, ReadsTheActiveIdFromTheFirstLineOfItsFile)
 {
     const ActiveRow rows[] = {
         {"a line", "12\n", "12"},
@@ -142,7 +143,7 @@ TEST_F(Server, TakesTheFirstLineOfAFileForTheIdInUse)
     }
 }
 
-TEST_F(Server, FailsWhenTheFileOfTheIdInUseCannotBeOpened)
+TEST_F(Server, FailsWhenTheFileOfTheActiveIdCannotBeOpened)
 {
     fs::remove(active);
     for (const char* kind : {"missing", "a socket"}) {
@@ -152,7 +153,7 @@ TEST_F(Server, FailsWhenTheFileOfTheIdInUseCannotBeOpened)
     }
 }
 
-TEST_F(Server, TakesADirectoryForAFileWithoutText)
+TEST_F(Server, TreatsADirectoryAsAnEmptyFile)
 {
     fs::remove(active);
     fs::create_directory(active);
@@ -160,8 +161,8 @@ TEST_F(Server, TakesADirectoryForAFileWithoutText)
     EXPECT_EQ(web.getServerCertificateList(), Ids{""});
 }
 
-/// An operation that takes an id, as text; what it gives for the certificates
-/// "1", which is in use at first, and "2".
+/// An operation that takes an id, as text, and its results for the certificates
+/// "1", which is active at first, and "2".
 struct ByIdRow {
     const char* sentence;
     std::function<std::string(const std::string&)> call;
@@ -183,7 +184,7 @@ protected:
         {"the details",
          [this](const std::string& id) { return web.getServerCertificateDetails(id); },
          "details 1\n", "details 2\n"},
-        {"the summary",
+        {"the info",
          [this](const std::string& id) { return web.getServerCertificateInfo(id).at("issuedTo"); },
          "CN=1", "CN=2"},
         {"the overrides",
@@ -194,7 +195,7 @@ protected:
     };
 };
 
-TEST_F(ServerById, TakesAnEmptyIdForTheCertificateInUse)
+TEST_F(ServerById, UsesTheActiveCertificateForAnEmptyId)
 {
     for (const ByIdRow& row : rows) {
         support::writeText(active, "1\n");
@@ -204,7 +205,7 @@ TEST_F(ServerById, TakesAnEmptyIdForTheCertificateInUse)
     }
 }
 
-TEST_F(ServerById, TakesAnyOtherIdAsItIsAndDoesNotAskForTheOneInUse)
+TEST_F(ServerById, UsesAnyOtherIdWithoutReadingTheActiveOne)
 {
     fs::remove(active);
     for (const ByIdRow& row : rows) {
@@ -213,7 +214,7 @@ TEST_F(ServerById, TakesAnyOtherIdAsItIsAndDoesNotAskForTheOneInUse)
     }
 }
 
-TEST_F(ServerById, FailsWithoutTheFileOfTheIdInUse)
+TEST_F(ServerById, FailsWithoutTheFileOfTheActiveId)
 {
     fs::remove(active);
     for (const ByIdRow& row : rows) {
@@ -221,7 +222,7 @@ TEST_F(ServerById, FailsWithoutTheFileOfTheIdInUse)
     }
 }
 
-TEST_F(ServerById, TakesAnEmptyIdInUseAsItIs)
+TEST_F(ServerById, UsesAnEmptyActiveIdUnchanged)
 {
     support::writeText(active, "");
     support::writeText(kept("server", ".key"), "the key of no name");
@@ -229,7 +230,7 @@ TEST_F(ServerById, TakesAnEmptyIdInUseAsItIs)
     EXPECT_EQ(web.getServerCertificatePath(""), kept("server", ""));
 }
 
-TEST_F(Server, GivesTheFirstCertificateOfItsFile)
+TEST_F(Server, ReturnsTheFirstCertificateOfItsFile)
 {
     support::writeText(kept("server", "3"), "text\n" + pem("3\n") + pem("4\n"));
     EXPECT_EQ(web.getServerCertificate("3"), pem("3\n"));
@@ -238,7 +239,7 @@ TEST_F(Server, GivesTheFirstCertificateOfItsFile)
     EXPECT_EQ(thrownBy([&] { web.getServerCertificate("directory"); }), apiError(20));
 }
 
-TEST_F(Server, GivesThePathOfWhateverCanBeOpened)
+TEST_F(Server, ReturnsThePathOfAnyFileThatCanBeOpened)
 {
     support::writeText(kept("server", "empty"), "");
     fs::create_directory(kept("server", "directory"));

@@ -1,7 +1,7 @@
 #pragma once
 
-// What the tests of the service object share: a device with a service, the rows
-// of the two stores that are filled from outside, and the names of files.
+// Shared by the tests of the service object: a device with a service, rows for
+// the CA store and the trusted-client store, and the names of files.
 
 #include <ostrelApi/OstrelService.h>
 
@@ -26,17 +26,17 @@ namespace service_case
 using Ids = std::vector<std::string>;
 using ostrelApi::OstrelService;
 
-/// What the CA store and the trusted-client store differ in, seen from outside.
+/// What the CA store and the trusted-client store differ in.
 struct ExternalStore {
     const char* testName;
-    /// Its directories, and its target on the wire.
+    /// The name of its directories, and of its target in a message.
     const char* word;
-    /// The key of the service's configuration that turns it on.
+    /// The configuration key that enables it.
     const char* flag;
     ostrel::TypeTarget target;
     int badCertificate;
     const char* badCertificateText;
-    /// What the debug trace calls one of its certificates.
+    /// The debug trace's word for one of its certificates.
     const char* certificate;
 
     std::function<std::string(OstrelService&, const std::string&)> get;
@@ -99,8 +99,8 @@ protected:
         return names;
     }
 
-    /// Whether a path is one that a temporary file of the service may have:
-    /// 32 random letters and digits, directly in its pipe directory.
+    /// Whether a path can name a temporary file of the service: 32 random
+    /// letters and digits, directly in its pipe directory.
     bool isTemporaryPath(const std::string& path) const
     {
         const std::string start = pipes + '/';
@@ -115,7 +115,7 @@ protected:
     const std::string pipes = device.pipesDirectory() + "/web";
 };
 
-/// The same, and one of its two stores that are filled from outside.
+/// A ServiceCase with the CA store or the trusted-client store.
 class ExternalStoreCase : public ServiceCase, public testing::WithParamInterface<ExternalStore>
 {
 protected:
@@ -133,7 +133,7 @@ protected:
     OstrelService web{"web"};
 };
 
-/// A call that the peer meets at once and answers when it is told to.
+/// A call that the peer accepts at once and answers when the test says so.
 class HeldCall
 {
 public:
@@ -156,13 +156,13 @@ private:
     std::promise<void> m_mayAnswer;
 };
 
-/// How the messages of this process to the daemon begin.
+/// The start of every message of this process to the daemon.
 inline std::string messageStart()
 {
     return "root\t" + std::to_string(::getpid()) + '\t';
 }
 
-/// The line that a message traces.
+/// The trace line of a message.
 inline std::string messageLine(const std::string& message)
 {
     return "Commands::toMessage() :" + message + '\n';

@@ -8,7 +8,7 @@
 namespace service_case
 {
 
-/// What the stocked service's summary of `subject` says.
+/// The info of `subject` in the stocked service.
 inline std::string summaryOf(const std::string& subject)
 {
     return R"({"data_structure_version": 1, "issuerName": "CN=root", "subjectName": ")" + subject +
@@ -16,8 +16,8 @@ inline std::string summaryOf(const std::string& subject)
            R"( "validIPs": ["10.0.0.1", "10.0.0.2"], "validHostnames": ["web"]})";
 }
 
-/// Its stores hold the certificates "1", which is the one in use, and "2", each
-/// with everything that belongs to it, and a signing request is pending.
+/// Each store has the certificates "1" and "2" with all their files. "1" is the
+/// active certificate, and a signing request is pending.
 class StockedService : public ServiceCase
 {
 protected:
@@ -39,13 +39,13 @@ protected:
     {
         return device.storeDirectory() + "/web/" + store + '/' + file;
     }
-    /// The same in the volatile one.
+    /// The path of `file` in the volatile directory of `store`.
     std::string volatileFile(const std::string& store, const std::string& file) const
     {
         return pipes + '/' + store + '/' + file;
     }
 
-    /// A good argument for `operation`.
+    /// A valid argument for `operation`.
     std::string argumentOf(const Operation& operation) const
     {
         switch (operation.takes) {

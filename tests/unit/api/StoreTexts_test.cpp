@@ -1,4 +1,4 @@
-// The files of a store that are given back as text, line by line.
+// The files of a store that the library returns as text, line by line.
 
 #include "unit/api/StockedService.h"
 
@@ -21,7 +21,7 @@ struct Reader {
     const char* sentence;
     std::string path;
     std::function<std::string()> read;
-    /// Told when the file cannot be opened.
+    /// Thrown when the file cannot be opened.
     int returnCode;
 };
 
@@ -32,9 +32,9 @@ protected:
 
     const std::vector<Reader> readers = {
         {"the signing request", csr, [this] { return web.getServerCsr(); }, 21},
-        {"the key in use", kept("server", "1.key"), [this] { return web.getServerKey(""); }, 1},
+        {"the active key", kept("server", "1.key"), [this] { return web.getServerKey(""); }, 1},
         {"a key", kept("server", "2.key"), [this] { return web.getServerKey("2"); }, 1},
-        {"the details of the server certificate in use", volatileFile("server", "1.detail"),
+        {"the details of the active server certificate", volatileFile("server", "1.detail"),
          [this] { return web.getServerCertificateDetails(""); }, 1},
         {"the details of a server certificate", volatileFile("server", "2.detail"),
          [this] { return web.getServerCertificateDetails("2"); }, 1},
@@ -52,12 +52,13 @@ struct TextRow {
     std::string expected;
 };
 
-// Intended: every line gets a line feed, also the empty one behind the last.
-TEST_F(StoreTexts, EndEachLineAndTheEmptyOneBehindTheLast)
+// Intended: every line gets a line feed, even the empty line after the last
+// one.
+TEST_F(StoreTexts, EndEachLineAndTheEmptyLineAfterTheLast)
 {
     const TextRow rows[] = {
         {"an empty file", "", "\n"},
-        {"a line feed alone", "\n", "\n\n"},
+        {"only a line feed", "\n", "\n\n"},
         {"a line without an end", "a", "a\n"},
         {"a line", "a\n", "a\n\n"},
         {"two lines", "a\nb\n", "a\nb\n\n"},
@@ -65,7 +66,7 @@ TEST_F(StoreTexts, EndEachLineAndTheEmptyOneBehindTheLast)
         {"empty lines", "\n\na\n\n", "\n\na\n\n\n"},
         {"carriage returns", "a\r\nb\r", "a\r\nb\r\n"},
         {"a NUL", std::string("a\0b\n", 4), std::string("a\0b\n\n", 5)},
-        {"bytes that are no text", "\xff\xfe\x80", "\xff\xfe\x80\n"},
+        {"bytes that are not text", "\xff\xfe\x80", "\xff\xfe\x80\n"},
         {"a page", std::string(4096, 'x'), std::string(4096, 'x') + '\n'},
         {"many pages", std::string(300000, 'x') + "\ny", std::string(300000, 'x') + "\ny\n"},
     };
@@ -82,11 +83,11 @@ struct UnopenableRow {
     void (*put)(const std::string& path);
 };
 
-TEST_F(StoreTexts, AreErrorsWhereTheirFilesCannotBeOpened)
+TEST_F(StoreTexts, AreErrorsWhenTheirFilesCannotBeOpened)
 {
     const UnopenableRow rows[] = {
         {"missing", [](const std::string& /*path*/) {}},
-        {"a link to nothing", [](const std::string& path) { fs::create_symlink("nothing", path); }},
+        {"a dangling link", [](const std::string& path) { fs::create_symlink("nothing", path); }},
         {"a link to itself", [](const std::string& path) { fs::create_symlink(path, path); }},
         {"a socket",
          [](const std::string& path) { ASSERT_EQ(::mknod(path.c_str(), S_IFSOCK | 0600, 0), 0); }},
@@ -103,7 +104,7 @@ TEST_F(StoreTexts, AreErrorsWhereTheirFilesCannotBeOpened)
     EXPECT_EQ(support::openDescriptorCount(), descriptorsBefore);
 }
 
-// One can be opened, but not read: there is no first line.
+// A directory can be opened but not read, so it has no first line.
 TEST_F(StoreTexts, OfADirectoryAreOneEmptyLine)
 {
     for (const Reader& reader : readers) {
@@ -113,7 +114,7 @@ TEST_F(StoreTexts, OfADirectoryAreOneEmptyLine)
     }
 }
 
-TEST_F(StoreTexts, AreReadAgainWithEachCall)
+TEST_F(StoreTexts, AreReadAgainByEachCall)
 {
     for (const Reader& reader : readers) {
         for (const char* text : {"before", "after"}) {
