@@ -83,7 +83,7 @@ TEST(Keys, OfAServiceAreThoseOfTheDocuments)
     EXPECT_EQ(keysUnder("A SERVICE'S CONFIGURATION"), read);
 }
 
-TEST(Keys, AreAllToldInWhatTheDaemonDoes)
+TEST(Keys, AppearInTheDocumentOfTheDaemon)
 {
     std::set<std::string> keys = keysOfService();
     keys.merge(firstCells("config.daemon keys"));

@@ -68,7 +68,7 @@ TEST_F(TransportLock, RefusalDoesNotTouchTheFifosOfTheOtherCall)
     EXPECT_EQ(after.st_mode, before.st_mode);
 }
 
-/// A child process that does nothing until the object ends.
+/// A child process that runs `work` and then waits until the object ends.
 class Child
 {
 public:
