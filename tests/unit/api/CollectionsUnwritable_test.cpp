@@ -27,7 +27,7 @@ struct FailureRow {
     const char* reason;
 };
 
-// Intended: only after a standard exception the file is removed.
+// Intended: the file is removed only after a standard exception.
 const FailureRow rows[] = {
     {"a standard exception", [] { throw std::out_of_range("why"); }, false, ": why\n", "why"},
     {"a standard exception without a text", [] { throw support::Textless<>(); }, false,

@@ -91,7 +91,7 @@ TEST_F(NotificationDescriptor, IsClosedInProgramsThatTheProcessExecutes)
     EXPECT_EQ(watch.flags(), FD_CLOEXEC);
 }
 
-// Intended: its stream has closed it already, inside of the C library.
+// Intended: its stream has already closed it, inside the C library.
 TEST_F(NotificationDescriptor, IsClosedOnceMoreAfterItsStream)
 {
     const Watch watch(next());

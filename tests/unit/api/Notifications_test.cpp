@@ -209,8 +209,8 @@ TEST_F(Notification, LeavesNoDescriptorOpen)
     EXPECT_EQ(openDescriptorCount(), before);
 }
 
-// Intended: its descriptor is closed twice. Where nothing else opens one in
-// between, the second time meets nothing.
+// Intended: its descriptor is closed twice. The second close() fails unless
+// another thread opens a descriptor in between.
 TEST_F(Notification, LeavesTheDescriptorsOfItsCallerOpen)
 {
     makeFifo();
