@@ -183,7 +183,7 @@ TEST_F(Layout, AllowsCallsOnlyToMembersOfTheManagementGroup)
     const std::string text = TestCertificate().pem();
     EXPECT_EQ(workAsUser(daemon_case::managersId(), text), "done");
     EXPECT_THAT(workAsUser(4713, text),
-                StartsWith("[ostrelApi::OstrelApiException: " + daemon_case::refusal(3)));
+                StartsWith("[ostrelApi::CallError: " + daemon_case::refusal(3)));
 }
 
 } // namespace
