@@ -16,7 +16,7 @@ class CallErrors : public daemon_case::WithDevice
 {
 };
 
-TEST_F(CallErrors, HoldTheReturnCodeAndTheWordsOfTheDaemonThatRefusesAnImport)
+TEST_F(CallErrors, HoldTheReturnCodeAndTheReasonOfTheDaemon)
 {
     daemon.start();
     OstrelService web("web");

@@ -16,7 +16,8 @@ namespace support
 /// and "no standard exception" when it throws another type.
 std::string thrownBy(const std::function<void()>& work);
 
-/// The CallError that `work` throws. Throws std::logic_error when it throws none.
+/// The CallError that `work` throws. Throws std::logic_error when `work` throws
+/// nothing.
 ostrelApi::CallError callErrorOf(const std::function<void()>& work);
 
 /// What thrownBy() returns for a CallError with this return code.

@@ -1,11 +1,10 @@
 #include "unit/api/ServiceCase.h"
 
 #include "support/CapturedErrors.h"
+#include "support/FileSizeLimit.h"
 
-#include <csignal>
 #include <functional>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace
@@ -180,29 +179,6 @@ TEST_P(LookUpOfText, FindsNothingWhenTheFileCannotBeCreated)
     EXPECT_EQ(text, start + path + "'.\n");
 }
 
-/// Limits the size of files that this process writes.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t size) : m_handler(::signal(SIGXFSZ, SIG_IGN))
-    {
-        ::getrlimit(RLIMIT_FSIZE, &m_former);
-        const rlimit limit = {size, m_former.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &m_former);
-        ::signal(SIGXFSZ, m_handler);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    void (*m_handler)(int);
-    rlimit m_former;
-};
-
 // A truncated certificate would equal any certificate that starts in the same
 // way.
 TEST_P(LookUpOfText, FindsNothingWhenTheWritingFails)
@@ -211,7 +187,7 @@ TEST_P(LookUpOfText, FindsNothingWhenTheWritingFails)
     put("1", pem("AA\n"));
     const std::string wanted = pem("BB\n");
     for (rlim_t length = 0; length < wanted.size(); ++length) {
-        const FileSizeLimit limit(length);
+        const support::FileSizeLimit limit(length);
         EXPECT_EQ(idOf(wanted), "") << length;
     }
     EXPECT_EQ(idOf(pem("AA\n")), "1");

@@ -71,7 +71,6 @@ TEST_P(Collection, ReadsAnIdAsAPathBelowTheStore)
 TEST_P(Collection, HasNoCertificateWhenTheFileCannotBeRead)
 {
     const std::string expected = "ostrelApi::CallError: " + std::string(store.badCertificateText);
-
     EXPECT_EQ(thrownByGet("7"), expected) << "missing store";
     putList("");
     support::makeUnopenable(certificates + "/unopenable");

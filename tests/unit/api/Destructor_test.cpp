@@ -30,8 +30,8 @@ protected:
 
 std::unique_ptr<OstrelService> global;
 
-// `global` is destroyed after the daemon's configuration, a static of the library
-// that is constructed later.
+// The daemon configuration, a static of the library, is constructed after `global`
+// and so destroyed before it.
 TEST_F(Destructor, OpensTheLockFileAfterTheDaemonsConfigurationIsDestroyed)
 {
     const support::FileWatch watch({m_pipes});

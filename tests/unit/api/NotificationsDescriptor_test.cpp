@@ -48,7 +48,7 @@ public:
     Watch& operator=(const Watch&) = delete;
 
     int flags() const { return m_flags; }
-    /// How often the descriptor had been closed when the line was traced.
+    /// How often the descriptor was closed before the line was traced.
     int closingsBefore() const { return m_closingsBefore; }
 
 protected:
@@ -99,7 +99,7 @@ TEST_F(NotificationDescriptor, IsClosedOnceMoreAfterItsStream)
     EXPECT_EQ(closings, 1);
 }
 
-TEST_F(NotificationDescriptor, IsNotClosedWhereNoneWasOpened)
+TEST_F(NotificationDescriptor, IsNotClosedWhenNoneWasOpened)
 {
     std::filesystem::remove(fifo);
     const Watch watch(-1);
@@ -107,18 +107,18 @@ TEST_F(NotificationDescriptor, IsNotClosedWhereNoneWasOpened)
     EXPECT_EQ(closings, 0);
 }
 
-TEST_F(NotificationDescriptor, IsClosedAfterTheTraceWhereThereIsNoStreamForIt)
+TEST_F(NotificationDescriptor, IsClosedAfterTheTraceWhenItGetsNoStream)
 {
     const Watch watch(next());
     bool canDeny = false;
     std::string thrown;
     std::thread([&] {
-        // The C library asks for the flags of a descriptor before it makes a stream.
+        // The C library reads the flags of a descriptor before it makes a stream.
         canDeny = support::denySystemCalls({SYS_fcntl}, EPERM);
         thrown = canDeny ? support::thrownBy(ostrelApi::OstrelService::notifyTime) : "";
     }).join();
     if (!canDeny) {
-        GTEST_SKIP() << "no seccomp filters here, to have the kernel refuse a system call";
+        GTEST_SKIP() << "the kernel has no seccomp filters";
     }
     EXPECT_EQ(thrown, support::apiError(1));
     EXPECT_EQ(watch.closingsBefore(), 0);

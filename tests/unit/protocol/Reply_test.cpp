@@ -57,17 +57,17 @@ struct ReasonRow {
     std::string reason;
 };
 
-TEST(PayloadOf, FailsWithTheDaemonsReturnCodeAndItsWords)
+TEST(PayloadOf, ThrowsTheDaemonsReturnCodeAndReason)
 {
     const std::string notUnderstood = "the daemon's reply does not start with a return code: ";
     const ReasonRow rows[] = {
         {"a refusal", "33 already there", 33, "already there"},
-        {"a refusal without words", "33 ", 33, ""},
+        {"a refusal without a reason", "33 ", 33, ""},
         {"a refusal without a blank", "33", 33, ""},
-        {"words of two lines", "1 a\nb", 1, "a b"},
+        {"a reason of two lines", "1 a\nb", 1, "a b"},
         {"no reply", "", 0, "the daemon closed the reply FIFO without a reply"},
-        {"a blank in front", " 33 a", 0, notUnderstood + " 33 a"},
-        {"no number", "no 33", 0, notUnderstood + "no 33"},
+        {"a blank before the code", " 33 a", 0, notUnderstood + " 33 a"},
+        {"a word before the code", "no 33", 0, notUnderstood + "no 33"},
     };
     for (const ReasonRow& row : rows) {
         const ostrelApi::CallError error = support::callErrorOf([&] { payloadOf(row.reply); });

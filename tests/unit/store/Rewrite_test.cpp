@@ -1,6 +1,7 @@
 #include "unit/store/OverwrittenFileCase.h"
 
 #include "support/DeniedSystemCalls.h"
+#include "support/FileSizeLimit.h"
 #include "support/Thrown.h"
 
 #include <ostrelApi/CallError.h>
@@ -10,7 +11,6 @@
 #include <csignal>
 #include <thread>
 
-#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -41,7 +41,7 @@ protected:
         return thrown;
     }
 
-    /// What write() throws in a thread to which the kernel refuses these calls.
+    /// What write() throws in a thread in which these system calls fail.
     std::string writeWithout(const std::vector<long>& calls, int error, const std::string& value)
     {
         std::string thrown;
@@ -85,32 +85,32 @@ TEST_F(OverwriteRewrite, KeepsTheOldTextOnAFullDisk)
         put("a 12345\nb 2\n", longAgo);
         const std::string thrown = writeWithout({SYS_fallocate}, ENOSPC, row.value);
         if (!m_canDeny) {
-            GTEST_SKIP() << "the kernel cannot be made to refuse system calls";
+            GTEST_SKIP() << "the kernel has no seccomp filters";
         }
         EXPECT_EQ(thrown, apiError(1)) << row.sentence;
         EXPECT_EQ(text(), "a 12345\nb 2\n") << row.sentence;
     }
 }
 
-TEST_F(OverwriteRewrite, WorksOnAFileSystemThatReservesNothing)
+TEST_F(OverwriteRewrite, WorksOnAFileSystemThatCannotReserveSpace)
 {
     for (const LengthRow& row : lengths) {
         put("a 12345\nb 2\n", longAgo);
         const std::string thrown = writeWithout({SYS_fallocate}, EOPNOTSUPP, row.value);
         if (!m_canDeny) {
-            GTEST_SKIP() << "the kernel cannot be made to refuse system calls";
+            GTEST_SKIP() << "the kernel has no seccomp filters";
         }
         EXPECT_EQ(thrown, "nothing") << row.sentence;
         EXPECT_EQ(text(), "a " + row.value + "\nb 2\n") << row.sentence;
     }
 }
 
-TEST_F(OverwriteRewrite, LosesNoKeyToAReadThatFails)
+TEST_F(OverwriteRewrite, KeepsEveryKeyWhenAReadFails)
 {
     put("a 12345\nb 2\n", longAgo);
     const std::string thrown = writeWithout({SYS_read}, EIO, "new");
     if (!m_canDeny) {
-        GTEST_SKIP() << "the kernel cannot be made to refuse system calls";
+        GTEST_SKIP() << "the kernel has no seccomp filters";
     }
     EXPECT_EQ(thrown, apiError(1));
     EXPECT_EQ(text(), "a 12345\nb 2\n");
@@ -118,45 +118,22 @@ TEST_F(OverwriteRewrite, LosesNoKeyToAReadThatFails)
     EXPECT_EQ(text(), "a 12345\nb 2\nc 3\n");
 }
 
-TEST_F(OverwriteRewrite, LeavesNoFileWhereItCannotWriteTheFirstOne)
+TEST_F(OverwriteRewrite, LeavesNoFileWhenItCannotWriteTheFirstText)
 {
     const std::string thrown = writeWithout({SYS_pwrite64}, EIO, "1");
     if (!m_canDeny) {
-        GTEST_SKIP() << "the kernel cannot be made to refuse system calls";
+        GTEST_SKIP() << "the kernel has no seccomp filters";
     }
     EXPECT_EQ(thrown, apiError(1));
     EXPECT_FALSE(isThere());
 }
 
-/// While it lives, no file grows beyond `length` bytes.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t length) : m_handler(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        EXPECT_EQ(::getrlimit(RLIMIT_FSIZE, &m_former), 0);
-        const rlimit narrow{length, m_former.rlim_max};
-        EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &narrow), 0);
-    }
-    ~FileSizeLimit()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &m_former);
-        std::signal(SIGXFSZ, m_handler);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    void (*m_handler)(int);
-    rlimit m_former{};
-};
-
-TEST_F(OverwriteRewrite, PutsTheOldTextBackAfterAWriteThatEndsHalfWay)
+TEST_F(OverwriteRewrite, RestoresTheOldTextAfterAPartialWrite)
 {
     const std::string former = "a 12345\nb 2\n";
     for (rlim_t length = former.size(); length < 100; ++length) {
         put(former, longAgo);
-        const FileSizeLimit limit(length);
+        const support::FileSizeLimit limit(length);
         EXPECT_EQ(writeOf("a", longValue), apiError(1)) << length;
         EXPECT_EQ(text(), former) << length;
     }
@@ -183,7 +160,7 @@ TEST_F(OverwriteRewrite, NamesTheFileAndTheReason)
     }
 }
 
-TEST_F(OverwriteRewrite, LeavesOneOfTheTwoTextsToAReaderAfterAKill)
+TEST_F(OverwriteRewrite, LeavesOneOfTheTwoTextsAfterAKill)
 {
     const Map longer = {{"a", std::string(2000, 'l')}, {"b", "1"}};
     const Map shorter = {{"a", "s"}, {"b", std::string(500, '2')}};
