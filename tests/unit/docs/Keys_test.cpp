@@ -55,8 +55,8 @@ std::set<std::string> keysUnder(const std::string& heading)
     return keys;
 }
 
-/// What becomes of a configuration of the daemon that has these lines alone. One key is
-/// never enough, so the configuration, which a process reads once, is never complete.
+/// The failure of a daemon's configuration that has these lines alone. A process reads a
+/// complete configuration once, but one key never makes a complete one.
 std::string readingOfDaemon(const std::string& lines)
 {
     support::Device::writeDaemonConfiguration(lines);
@@ -74,7 +74,7 @@ std::string textOf(const ostrel::ServiceNetworkConfiguration& network)
     return PrintToString(std::make_tuple(name, regenerateIfOff, v4, v4Auto, v6, v6Auto));
 }
 
-/// All members: one that is missing here does not compile.
+/// All members. The binding does not compile when a member is missing here.
 std::string textOf(const ostrel::ServiceConfiguration& service)
 {
     const auto& [id, name, managmentGroup, keyGroup, callbackScript, callbackLibrary, server, ca,
@@ -94,7 +94,7 @@ std::string textOf(const ostrel::ServiceConfiguration& service)
     return text;
 }
 
-/// What becomes of a service's configuration with `lines` in front.
+/// The result of reading a service's configuration with `lines` in front, as text.
 std::string readingOfService(const support::Device& device, const std::string& lines,
                              const std::string& configuration)
 {
@@ -105,7 +105,7 @@ std::string readingOfService(const support::Device& device, const std::string& l
     return thrown + text;
 }
 
-/// Those among `words` that are keys of a service that has this configuration.
+/// The keys among `words` of a service that has this configuration.
 std::set<std::string> keysOfService(const std::set<std::string>& words,
                                     const std::string& configuration)
 {
@@ -115,7 +115,7 @@ std::set<std::string> keysOfService(const std::set<std::string>& words,
     });
 }
 
-/// With every section on, and with the keys on which others depend.
+/// Those of a service with every section on and the keys on which others depend.
 std::set<std::string> keysOfService()
 {
     return keysOfService(wordsOfConfigurationSources(),
