@@ -1,4 +1,4 @@
-// The keys that docs/FILES.md and ostrel-config(5) list against the keys that the
+// Compares the keys in docs/FILES.md and ostrel-config(5) with the keys that the
 // library reads.
 
 #include "support/Device.h"
@@ -32,7 +32,7 @@ std::set<std::string> firstCells(const std::string& table)
 {
     std::set<std::string> cells;
     for (const Document::Row& row : files().table(table)) {
-        EXPECT_TRUE(cells.insert(row[0]).second) << row[0] << " stands twice";
+        EXPECT_TRUE(cells.insert(row[0]).second) << row[0] << " is listed twice";
     }
     return cells;
 }
@@ -49,14 +49,14 @@ std::set<std::string> keysUnder(const std::string& heading)
             isInside = line == ".Sh " + heading;
         } else if (isInside && line.find(item) == 0) {
             const std::string key = line.substr(item.size(), line.find(" Ar ") - item.size());
-            EXPECT_TRUE(keys.insert(key).second) << key << " stands twice";
+            EXPECT_TRUE(keys.insert(key).second) << key << " is listed twice";
         }
     }
     return keys;
 }
 
-/// The failure of a daemon's configuration that has these lines alone. A process reads a
-/// complete configuration once, but one key never makes a complete one.
+/// The failure of a daemon configuration that has only these lines. A process reads a
+/// complete configuration only once, but a single key never makes one complete.
 std::string readingOfDaemon(const std::string& lines)
 {
     support::Device::writeDaemonConfiguration(lines);
@@ -74,7 +74,7 @@ std::string textOf(const ostrel::ServiceNetworkConfiguration& network)
     return PrintToString(std::make_tuple(name, regenerateIfOff, v4, v4Auto, v6, v6Auto));
 }
 
-/// All members. The binding does not compile when a member is missing here.
+/// All members: the binding does not compile when one is missing.
 std::string textOf(const ostrel::ServiceConfiguration& service)
 {
     const auto& [id, name, managmentGroup, keyGroup, callbackScript, callbackLibrary, server, ca,
@@ -94,7 +94,7 @@ std::string textOf(const ostrel::ServiceConfiguration& service)
     return text;
 }
 
-/// The result of reading a service's configuration with `lines` in front, as text.
+/// The result of reading a service's configuration with `lines` before it, as text.
 std::string readingOfService(const support::Device& device, const std::string& lines,
                              const std::string& configuration)
 {
@@ -115,7 +115,7 @@ std::set<std::string> keysOfService(const std::set<std::string>& words,
     });
 }
 
-/// Those of a service with every section on and the keys on which others depend.
+/// The keys of a service with every section enabled and every key that others depend on.
 std::set<std::string> keysOfService()
 {
     return keysOfService(wordsOfConfigurationSources(),
@@ -123,14 +123,14 @@ std::set<std::string> keysOfService()
                          "maximumCA 1\nnetworkInterface.0 eth0\n");
 }
 
-TEST(Keys, OfTheDaemonAreThoseOfTheDocuments)
+TEST(Keys, OfTheDaemonMatchTheDocuments)
 {
     const std::set<std::string> read = keysOfDaemon();
     EXPECT_EQ(firstCells("config.daemon keys"), read);
     EXPECT_EQ(keysUnder("THE DAEMON'S CONFIGURATION"), read);
 }
 
-TEST(Keys, OfAServiceAreThoseOfTheDocuments)
+TEST(Keys, OfAServiceMatchTheDocuments)
 {
     const std::set<std::string> read = keysOfService();
     EXPECT_EQ(firstCells("service keys"), read);
@@ -147,7 +147,7 @@ TEST(Keys, AppearInTheDocumentOfTheDaemon)
     }
 }
 
-TEST(Keys, AreWordsThatChangeTheConfigurationAlone)
+TEST(Keys, AreOnlyWordsThatChangeTheConfiguration)
 {
     EXPECT_EQ(keysOfService({"server", "cnfFile", "maximumCA", "yes"}, "server no\nca yes\n"),
               (std::set<std::string>{"server", "maximumCA"}));
