@@ -7,9 +7,10 @@
 namespace ostrelApi
 {
 
-/// The type of every OstrelApiException that the library throws. It adds what
-/// the fixed message leaves out: the return code as a number, what the daemon
-/// answered, and the reason.
+/// The type of every OstrelApiException that the library throws, for applications
+/// that need more than an ErrorId. It adds what the fixed message leaves out: the
+/// return code as a number, the return code that the daemon sent, and the reason.
+/// Return codes have names in ReturnCode.h.
 ///
 ///     try {
 ///         web.addCA(pem);
@@ -19,13 +20,14 @@ namespace ostrelApi
 ///         error.getReason();           // "already there"
 ///     }
 ///
-/// Threads: an object may be read from several threads at once.
+/// Threads: several threads may read one object at once. Blocking: waits for
+/// nothing. Errors: only the constructor and copies throw, std::bad_alloc.
 class OSTREL_API CallError : public OstrelApiException
 {
 public:
     /// A return code of ReturnCode.h, a reason of one line, and the return code
-    /// that the daemon answered; 0 where it did not answer. Throws
-    /// std::bad_alloc.
+    /// that the daemon sent, or 0 if it sent none. what() and getErrorMessage()
+    /// are made from `returnCode` alone.
     CallError(int returnCode, const std::string& reason, int daemonReturnCode = 0);
 
     ~CallError() override;
@@ -33,13 +35,14 @@ public:
     /// The return code that the call failed with.
     int getReturnCode() const;
 
-    /// The return code of the daemon's reply; 0 where the daemon did not reply.
-    /// It differs from getReturnCode() where an import folds every failure into
-    /// ActionFailed (1).
+    /// The return code of the daemon's reply; 0 if the daemon sent none, or if
+    /// the call failed for another reason. It differs from getReturnCode() after
+    /// an import, which reports every failure as ActionFailed (1).
     int getDaemonReturnCode() const;
 
-    /// One line for people: the step that failed and its file, with the system's
-    /// text of errno, or the daemon's words behind its return code. May be empty.
+    /// One line for people, without a line feed. It names the step that failed and
+    /// its file, with the system's text of errno, or it is the text that the daemon
+    /// sent after its return code. May be empty.
     const std::string& getReason() const;
 
 private:

@@ -3,10 +3,13 @@
 namespace ostrelApi
 {
 
-/// What an application may ask of a signing request beyond the service's
-/// configuration. A value.
+/// Options of a signing request beyond the service's configuration, for
+/// OstrelService::createServerCsr(). A value: it owns nothing, waits for nothing
+/// and throws nothing, and several threads may read one object at once.
+///
+///     web.createServerCsr(ostrelApi::ConfiguredField{true});
 struct ConfiguredField {
-    /// Ask for a request that complies with the profile "CA-CB_compliant".
+    /// Whether the request must comply with the profile "CA-CB_compliant".
     bool isCaCbCompliant;
 };
 
