@@ -9,40 +9,48 @@
 namespace ostrel
 {
 
-/// The common name (CN) of each certificate's subject, by certificate id, for
-/// one store; the reader and writer of its file "id_cn.map". A value.
+/// The map from certificate id to the common name (CN) of the certificate's
+/// subject, for one store; the reader and writer of its file "id_cn.map". The
+/// library and the daemon use it. A value: copies are independent.
 ///
-/// The file holds one entry on each line: the id, one space, the CN. On
-/// reading, lines without a space are skipped, blanks in front of the CN are
-/// dropped, and the first line of an id wins. docs/FILES.md shows the bytes.
+///     const ostrel::CertificateIdCnMap map(accessor.cnMapPath());
+///     for (const auto& entry : map.entries()) ... // entry.first is the id
 ///
-/// Threads: as any value. Errors: std::runtime_error where a file cannot be
-/// opened; a read or write error after that is not reported. Blocking: on
-/// reading or writing one file.
+/// The file contains one entry on each line: the id, one space, the CN. Readers
+/// skip lines without a space, remove the blanks before the CN, and use the first
+/// line of an id. docs/FILES.md shows the bytes.
+///
+/// Threads: several threads may read one object at once; a change needs exclusive
+/// access. Errors: std::runtime_error when a file cannot be opened; a later read or
+/// write error is not reported. Blocking: reads or writes one file, waits for
+/// nothing else.
 class OSTREL_API CertificateIdCnMap
 {
 public:
-    /// No entry.
+    /// An empty map.
     CertificateIdCnMap() = default;
 
-    /// The entries of a map file; throws as readFromFile() does.
+    /// The entries of the map file `path`. Throws as readFromFile().
     CertificateIdCnMap(const std::string& path);
 
-    /// Adds the entries of a map file to those already there.
+    /// Adds the entries of the map file `path`. An id that has an entry keeps it.
+    /// Throws std::runtime_error when the file cannot be opened; then the map does
+    /// not change.
     void readFromFile(const std::string& path);
 
-    /// Writes the map file, each line at once. A missing file is made and an
-    /// existing one replaced, whatever `truncate` says.
+    /// Writes the map file `path`, one line with each write. Creates an absent file
+    /// and replaces the content of an existing one; `truncate` is ignored. Throws
+    /// std::runtime_error when the file cannot be opened.
     void writeIntoFile(const std::string& path, bool truncate) const;
 
-    /// All ids.
+    /// All ids, ascending.
     CertificateIdList toCertificateIdList() const;
 
     /// Whether `id` has an entry.
     bool certificateIdExist(const std::string& id) const;
 
     /// @{
-    /// The entries by ascending id, to look at and to fill.
+    /// The entries by ascending id. The reference is valid as long as this object.
     const std::map<std::string, std::string>& entries() const { return m_entries; }
     std::map<std::string, std::string>& entries() { return m_entries; }
     /// @}

@@ -8,51 +8,54 @@
 namespace ostrel
 {
 
-/// The daemon's configuration, "/etc/ostrel/config.daemon": the daemon and
-/// every client read the same file, so they agree on where everything lies.
+/// The daemon's configuration, "/etc/ostrel/config.daemon". The daemon and every
+/// client read the same file, so they agree on all paths. docs/FILES.md lists the
+/// keys and their values.
 ///
-/// The file is read once in a process, by the first getter that is called, and
-/// its values then stay for the life of the process. While it cannot be read,
-/// every getter throws, and the next call tries again.
+/// A process reads the file once, in the first call of a getter, and keeps the
+/// values until it ends. While the file is missing or invalid, each call reads it
+/// again and throws.
 ///
-/// Threads: every member may be called from any thread at any time.
-/// Errors: std::runtime_error when the file is missing, when required keys are
-/// (all of them in one message) or when a time-drift value is no number;
-/// std::invalid_argument or std::out_of_range ("stoll") when
-/// minDateForGeneratingCert is no number. Blocking: on reading one small file.
+/// Threads: any thread may call any member at any time. Blocking: the first call
+/// reads one small file and waits for nothing else. Errors: std::runtime_error when
+/// the file cannot be opened, when required keys are missing (the text names all of
+/// them), or when a time-drift value is not a number; std::invalid_argument or
+/// std::out_of_range when minDateForGeneratingCert is not a number. The process owns
+/// the instance; the getters return copies.
 ///
 ///     std::string root = ostrel::DaemonConfiguration::getOstrelDirectory();
 class OSTREL_API DaemonConfiguration
 {
 public:
-    /// The instance of the process.
+    /// The one instance of the process. Reads the file as a getter does.
     static DaemonConfiguration& getInstance();
 
-    /// Root of the certificate stores. Each of this getter's failures is a
-    /// std::runtime_error that says so in front.
+    /// Root of the persistent files: certificates, keys, lists. Every failure of
+    /// this getter is a std::runtime_error whose text starts with the getter's
+    /// purpose.
     static std::string getOstrelDirectory();
-    /// Group that may send notifications.
+    /// The group whose members may send notifications.
     static std::string getNotificationGroup();
     /// Directory of the services' configuration files.
     static std::string getServiceConfigDirectory();
-    /// Earliest date for generating certificates, seconds since 1970; 0 when
-    /// the file does not say.
+    /// The earliest date at which the daemon generates certificates, in seconds
+    /// since 1970 UTC; 0 when the key is absent.
     static std::int64_t getMinDateForGeneratingCert();
-    /// Directory of the named pipes and of all volatile files. Its failures
-    /// are translated as those of getOstrelDirectory().
+    /// Root of the volatile files: named pipes, summaries, texts. Its failures are
+    /// as those of getOstrelDirectory().
     static std::string getNamePipesDirectory();
-    /// User that the daemon runs as.
+    /// The user that the daemon runs as.
     static std::string getDaemonUser();
     /// Directory of the callback scripts.
     static std::string getScriptsDirectory();
-    /// File whose lock keeps a second daemon from running.
+    /// The file whose lock prevents a second daemon from running.
     static std::string getLockFile();
-    /// File that holds the daemon's process id.
+    /// The file that contains the daemon's process id.
     static std::string getPidFile();
-    /// Seconds between two looks at the clock; 0 when the file does not say.
+    /// Seconds between two checks of the clock; 0 when the key is absent.
     static int getTimeDriftSleepTime();
-    /// Seconds of drift that count as a changed clock; 0 when the file does
-    /// not say.
+    /// The drift in seconds that counts as a changed clock; 0 when the key is
+    /// absent.
     static int getTimeDriftThresholdValue();
 
 private:

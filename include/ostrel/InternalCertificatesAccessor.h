@@ -9,12 +9,15 @@ namespace ostrel
 
 class ServiceConfiguration;
 
-/// The paths of a service's own certificates (target "server") and of its
-/// pending signing request. See ExternalCertificatesAccessor for what is
-/// persistent and what is volatile.
+/// The paths of a service's own certificates (target "server") and of its pending
+/// signing request. The library and the daemon use it. A value that does not change
+/// after its construction. ExternalCertificatesAccessor explains persistent and
+/// volatile; docs/FILES.md shows all paths.
 ///
-/// Immutable once built, so any thread may read it. The constructors throw as
-/// DaemonConfiguration does; only getActive() looks on disk.
+/// Threads: several threads may use one object at once. Blocking: waits for nothing;
+/// a constructor may read the daemon's configuration, and only getActive() looks on
+/// disk. Errors: the constructors throw as DaemonConfiguration; a path may throw
+/// std::bad_alloc.
 ///
 ///     const ostrel::InternalCertificatesAccessor own("web", "server");
 ///     std::string certificate = own.certPath(own.getActive());
@@ -22,42 +25,42 @@ class OSTREL_API InternalCertificatesAccessor
 {
 public:
     /// @{
-    /// The paths of the store `target` of a service, by the name that finds its
-    /// configuration.
+    /// The paths of the store `target` of a service. The name of a service is that
+    /// of its configuration file.
     InternalCertificatesAccessor(const std::string& service, const std::string& target);
     InternalCertificatesAccessor(const ServiceConfiguration& service, const std::string& target);
     /// @}
 
-    /// Directory of the volatile files.
+    /// The directory of the store's volatile files.
     std::string tmpDirectoryPath() const;
-    /// Directory of the persistent files beside the certificates.
+    /// The directory of the store's persistent files other than the certificates.
     std::string cachedDirectoryPath() const;
-    /// The file that names the certificate in use.
+    /// The file that contains the id of the certificate in use (persistent).
     std::string activePath() const;
-    /// The pending signing request, PEM.
+    /// The pending signing request in PEM (persistent).
     std::string csrPath() const;
-    /// The addresses that went into the request; the daemon's.
+    /// The addresses in the request (volatile); only the daemon reads it.
     std::string csrNetworkPath() const;
-    /// The key of the request, PEM; the daemon's.
+    /// The key of the request in PEM (volatile); only the daemon reads it.
     std::string csrKeyPath() const;
-    /// Directory of the certificates, with a trailing slash.
+    /// The directory of the certificates (persistent), with a trailing slash.
     std::string certificateDirectoryPath() const;
-    /// The certificate itself, PEM.
+    /// The certificate in PEM (persistent).
     std::string certPath(const std::string& id) const;
-    /// Its private key, PEM.
+    /// Its private key in PEM (persistent).
     std::string certKeyPath(const std::string& id) const;
-    /// The addresses that went into it; the daemon's.
+    /// The addresses in it (persistent); only the daemon reads it.
     std::string certNetworkPath(const std::string& id) const;
-    /// Its summary, JSON.
+    /// Its summary in JSON (volatile); see CertificateInfo.
     std::string certInfoPath(const std::string& id) const;
-    /// Its full text.
+    /// Its text for people (volatile).
     std::string certDetailsPath(const std::string& id) const;
-    /// Its overrides.
+    /// Its overrides (persistent); see ostrelApi::OverwrittenData.
     std::string certOverwrittenDataPath(const std::string& id) const;
 
-    /// The id of the certificate in use: the first line of activePath(), empty
-    /// for an empty file. Throws std::ios_base::failure when the file cannot
-    /// be opened.
+    /// The id of the certificate in use: the first line of activePath(); empty when
+    /// the file is empty. Throws std::ios_base::failure when the file cannot be
+    /// opened.
     std::string getActive() const;
 
 private:
