@@ -11,8 +11,9 @@
 namespace ostrl
 {
 
-/// The description of one certificate signing request, as the daemon answers
-/// it. A value; text form, threads and errors are those of CCertificateData.
+/// The record of one certificate signing request, as the daemon sends it. Returned by
+/// OstrelService::getCsrInfo(). A value: copies are independent. Text form, threads,
+/// blocking and errors are those of CCertificateData.
 ///
 ///     subject_name C=US, CN=web.example.com
 ///     public_key_size_bits 2048
@@ -28,9 +29,8 @@ public:
     /// Replaces `out` by the text form.
     void to(std::string& out);
 
-    /// Takes the fields that `text` holds; the others keep their values, and
-    /// extensions are added to those already there, in the byte-wise order of
-    /// their keys.
+    /// Sets the fields that `text` contains; the others keep their values. Adds
+    /// extensions to those that the record has, in the byte order of their keys.
     void from(const std::string& text);
 
     CDistinguishedName subjectName;        ///< subject_name

@@ -5,19 +5,21 @@
 #include <string>
 #include <vector>
 
-/// Text records: what the daemon tells of certificates, requests and names.
+/// Text records of certificates, signing requests and names, as the daemon sends them.
 namespace ostrl
 {
 
-/// The distinguished name of a certificate's subject or issuer. A value.
+/// The distinguished name of a certificate's subject or issuer, for applications that
+/// read a record and for the daemon. A value: copies are independent.
 ///
-/// Its text form is one line, the present attributes in this order, without
-/// any quoting:
+/// The text form is one line that contains the attributes in this order, without
+/// quoting (docs/FILES.md has the grammar):
 ///
 ///     C=US, ST=NC, L=Brackton, O=Company, OU=Division, CN=name, email=a@b
 ///
-/// Threads: as any value. Errors: nothing but std::bad_alloc; a text that does
-/// not fit is skipped piece by piece.
+/// Threads: several threads may read one object at once; a change needs exclusive
+/// access. Blocking: waits for nothing. Errors: throws only std::bad_alloc; a part of
+/// a text that does not match is skipped.
 ///
 ///     ostrl::CDistinguishedName name;
 ///     name.from("C=US, CN=web.example.com");
@@ -26,7 +28,7 @@ class OSTREL_API CDistinguishedName
 {
 public:
     /// @{
-    /// The name of a device that has not been configured, attribute by attribute.
+    /// The attributes of a device that is not configured.
     static const std::string DEFAULT_COUNTRY_CODE;
     static const std::string DEFAULT_STATE;
     static const std::string DEFAULT_CITY;
@@ -39,16 +41,17 @@ public:
     /// Every attribute empty.
     CDistinguishedName();
 
-    /// Replaces `out` by the text form. Empty attributes are left out, empty
-    /// organisational units (OU) are not.
+    /// Replaces `out` by the text form. It contains no empty attribute, except
+    /// empty organisational units (OU).
     void to(std::string& out) const;
 
-    /// Replaces this name by the one that `text` holds. A value ends at its
-    /// first equals sign; unknown attributes and empty values are skipped; of
-    /// a repeated attribute the last one counts, and every OU.
+    /// Replaces this name by the one in `text`. A value ends at its first equals
+    /// sign. Unknown attributes and empty values are skipped. If an attribute is
+    /// repeated, the last one counts; every OU counts.
     void from(const std::string& text);
 
-    /// Assigns the defaults. The default OU is added to those already there.
+    /// Sets every attribute to its default. Adds the default OU to those that the
+    /// name has.
     void setToDefault();
 
     /// Empties every attribute.
@@ -58,7 +61,7 @@ public:
     std::string state;                      ///< ST
     std::string city;                       ///< L
     std::string companyName;                ///< O
-    std::vector<std::string> divisionNames; ///< Each OU, in its order.
+    std::vector<std::string> divisionNames; ///< Each OU, in the order of the text.
     std::string commonName;                 ///< CN
     std::string emailAddr;                  ///< email
 };
