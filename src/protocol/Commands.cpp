@@ -28,14 +28,14 @@ constexpr unsigned int config = only(TargetConfig);
 constexpr unsigned int any = server | external | config;
 constexpr std::size_t noLimit = std::numeric_limits<std::size_t>::max();
 
-/// Targets, and how many arguments, that a keyword takes together.
+/// Targets that a keyword accepts, and the number of arguments that it takes with them.
 struct Form {
     unsigned int targets = 0;
     std::size_t fewest = 0;
     std::size_t most = 0;
 };
 
-/// One keyword: `command` is its value and its place in the table.
+/// One keyword. `command` is its value and its index in the table.
 struct Keyword {
     CommandType command;
     const char* word;
@@ -68,7 +68,8 @@ constexpr Keyword keywords[] = {
     {CommandGetCsrTimestamp, "getcsrtimestamp", {{server, 0, 0}}},
 };
 
-/// The entry of an array that a number names, or an empty word.
+/// The entry of an array at `number`, or null: callers may set a target or a command to
+/// any number.
 template <class Entry, std::size_t N>
 const Entry* entryAt(const Entry (&entries)[N], std::int32_t number)
 {
@@ -112,7 +113,7 @@ Commands::Commands(const std::string& message)
     }
     target = identifyTarget(fields[2]);
     if (target == TargetNone) {
-        // Intended: "Bad " is missing in front, and the received word behind.
+        // Intended: the text lacks "Bad " at its start and the received word at its end.
         throw std::runtime_error("format for command. Invalid target received: ");
     }
     command = commandOf(fields[3], target, arguments.size());

@@ -23,7 +23,7 @@ Reply split(const std::string& reply)
     if (blank == 0) {
         fail(ActionFailed, "");
     }
-    // Without a blank, the whole reply is code and payload alike.
+    // Without a blank, the whole reply is both code and payload.
     const std::size_t payload = blank == std::string::npos ? 0 : blank + 1;
     return {std::stoi(reply.substr(0, blank)), reply.substr(payload)};
 }

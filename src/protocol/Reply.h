@@ -5,10 +5,10 @@
 namespace ostrelApi
 {
 
-/// The payload of a reply of the daemon: return code, one blank, payload. A
-/// reply without a blank is both. Throws OstrelApiException with the daemon's
-/// return code when it is not 0, and with ActionFailed when the reply starts
-/// with a blank or with anything but a number.
+/// Returns the payload of the daemon's reply, which is a return code, one blank and
+/// the payload. A reply without a blank is both code and payload. Throws CallError:
+/// with the daemon's return code and the payload as its reason when the code is not
+/// 0, and with ActionFailed (1) when the reply does not start with a number.
 std::string payloadOf(const std::string& reply);
 
 } // namespace ostrelApi

@@ -29,10 +29,16 @@ using ostrel::errorText;
 using ostrel::Tools;
 using ostrel::trace;
 
+// The group's members, and so the daemon, may read and write: the daemon keeps a reading
+// end of its own while it writes.
 constexpr mode_t replyFifoMode = 0760;
 constexpr std::size_t replyChunk = 1023;
 
 /// The service's lock, held while the object lives.
+///
+/// A service has one command FIFO and one reply FIFO. Without the lock, the messages of
+/// two callers could mix, and each could read the other's reply. It is a flock() and not
+/// the existence of a file, because the kernel releases it when a caller is killed.
 class ServiceLock
 {
 public:
@@ -44,8 +50,8 @@ public:
             fail(ApiLocked, "cannot lock", path, error);
         }
     }
-    // Unlocked by hand: a child that the process forked meanwhile shares the
-    // lock, and closing this descriptor alone would leave it held.
+    // Unlocks explicitly: a child that another thread forked during the call shares the
+    // lock, and would keep it after this descriptor is closed.
     ~ServiceLock() { ::flock(m_file.get(), LOCK_UN); }
     ServiceLock(const ServiceLock&) = delete;
     ServiceLock& operator=(const ServiceLock&) = delete;
@@ -74,6 +80,17 @@ Descriptor ServiceLock::open(const std::string& path)
 }
 
 /// The reply FIFO of one call, removed with the object.
+///
+/// The caller creates it, because its owner identifies the caller: the kernel sets the
+/// owner, but the user in the message is only what the caller wrote. Each call creates a
+/// new one, so it never contains bytes of an earlier reply.
+///
+/// Its name is fixed, so the message contains no path, and no caller can make the daemon
+/// write elsewhere. The name also lets the daemon find and remove the FIFO of a killed
+/// caller. Until it has done so, create() fails: opening that FIFO instead could read a
+/// reply to the killed caller.
+///
+/// If the daemon is killed, the FIFO stays, and the next daemon answers there.
 class ReplyFifo
 {
 public:
@@ -89,10 +106,11 @@ public:
     ReplyFifo(const ReplyFifo&) = delete;
     ReplyFifo& operator=(const ReplyFifo&) = delete;
 
-    /// Lets the daemon, a member of `group`, write into it.
+    /// Gives it to `group`, so that the daemon, a member, may write into it.
     void shareWith(const std::string& group) const;
 
-    /// Waits for the daemon and reads its reply to the end.
+    /// Waits for the daemon and returns its reply. The end of the file is the end of the
+    /// reply, which has no length and no final character.
     std::string receive();
 
 private:
@@ -100,7 +118,7 @@ private:
     Descriptor open() const;
 
     const std::string m_path;
-    // Before the reply is asked for, a failed removal is told in other words than afterwards.
+    // Intended: the trace of a failed removal has other words before this step than after.
     bool m_isReceived = false;
 };
 
@@ -129,7 +147,7 @@ void ReplyFifo::shareWith(const std::string& group) const
         trace("Error: Change the group of the out file to '", group, "' failed.");
         fail(ActionFailed, groupReasonOf(m_path, group, error));
     }
-    // mkfifo() narrows the mode by the umask.
+    // mkfifo() clears the bits of the umask.
     if (::chmod(m_path.c_str(), replyFifoMode) != 0) {
         const int error = errno;
         trace("Error: Failed to assign required permissions to file :", m_path, " : ",
@@ -147,6 +165,7 @@ Descriptor ReplyFifo::open() const
     const int error = errno;
     trace("Error: Failed to open FIFO OUT file: ", m_path, " : ", errorText(error));
     if (error == EINTR) {
+        // The command is sent and may be executed, so this must not look like a failure.
         throw Interrupted();
     }
     fail(ActionFailed, "cannot open the reply FIFO", m_path, error);
@@ -160,12 +179,16 @@ std::string ReplyFifo::receive()
     char chunk[replyChunk];
     ssize_t count = 0;
     while ((count = ::read(fifo.get(), chunk, sizeof chunk)) > 0) {
-        // A chunk counts up to its first NUL.
+        // Intended: what follows a NUL in a chunk is dropped, as when each chunk is appended
+        // as a C string. Replies are text, so this loses nothing.
         reply.append(chunk, ::strnlen(chunk, static_cast<std::size_t>(count)));
     }
     return reply;
 }
 
+// Blocks until a daemon has the FIFO open for reading. A running daemon always has, so
+// this waits only after a daemon was killed, and the call then goes on with the next
+// daemon. A daemon that stops normally removes the FIFO, and the call fails at once.
 Descriptor openCommandFifo(const std::string& path)
 {
     Descriptor fifo = Descriptor::open(path, O_WRONLY);
@@ -188,13 +211,18 @@ void send(const ostrel::Commands& command, const ServicePipes& pipes)
 {
     const Descriptor fifo = openCommandFifo(pipes.in);
     const std::string message = command.toMessage();
+    // The daemon may be killed between the open and the write, and SIGPIPE would end the
+    // application.
     const ostrel::SigpipeBlock noSignal;
     if (::write(fifo.get(), message.data(), message.size()) == -1) {
-        // Intended: not fatal by itself, and the text names the reply FIFO.
+        // Intended: a failed write does not end the call, and the text names the reply FIFO.
         trace("Error: Command write() operation failed :", pipes.out, " : ", errorText(errno));
     }
 }
 
+// The reply FIFO exists before the message is sent, so the daemon has a place to write
+// to when it reads the message. The lock is released last, after the FIFO is removed:
+// the next caller creates a FIFO of the same name.
 std::string roundTrip(const ostrel::Commands& command, const ServicePipes& pipes)
 {
     const ServiceLock lock(pipes.lock);

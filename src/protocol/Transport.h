@@ -1,12 +1,17 @@
 #pragma once
 
-// The exchange with the daemon over the named pipes of one service.
+// The exchange of one message and one reply with the daemon, over the named pipes
+// of a service.
 //
-//   <base>.lock  made by the daemon; holding its flock() is the right to call
-//   <base>.in    made by the daemon; one message for each opening
-//   <base>.out   made by the caller for one call; one reply, then removed
+//   S.lock  created by the daemon; the holder of its flock() may call
+//   S.in    created by the daemon; each open and close carries one message
+//   S.out   created by the caller for one call; carries one reply
 //
-// Transport.cpp tells the steps in their order.
+// Why each file exists and why each step is as it is: docs/PROTOCOL.md and the
+// comments of Transport.cpp.
+//
+// Threads: any thread may call. The flock() also excludes two threads of one process
+// from each other, because each call opens S.lock itself.
 
 #include <ostrel/Commands.h>
 
@@ -15,7 +20,7 @@
 namespace ostrelApi
 {
 
-/// The files of one service's exchange, and the group that the daemon shares.
+/// The paths of one service's pipes, and the group that callers and daemon share.
 struct ServicePipes {
     std::string lock;
     std::string in;
@@ -23,16 +28,24 @@ struct ServicePipes {
     std::string group;
 };
 
-/// The pipes of a service in its pipe directory.
+/// The pipes of the service `serviceName` in `directory`.
 [[nodiscard]] ServicePipes pipesOf(const std::string& directory, const std::string& serviceName,
                                    const std::string& group);
 
-/// Sends `command`, whose user and pid it fills in, and returns the payload of
-/// the daemon's reply. Blocks without a limit while the daemon holds the pipes;
-/// a service that is in use by another caller fails at once. Throws
-/// OstrelApiException, or std::runtime_error with the text of EINTR when a
-/// signal interrupts the waiting for the reply. Every way out releases the lock
-/// and removes the reply FIFO.
+/// Sends `command` and returns the payload of the daemon's reply. Replaces the
+/// command's user and pid by the caller's.
+///
+/// Waits, without a limit, until a daemon reads the command FIFO and until the reply
+/// is complete. Does not wait for another caller. Releases the lock and removes the
+/// reply FIFO on every path. Throws CallError:
+///
+/// - DaemonOff (11) when the lock file or the command FIFO does not exist,
+/// - AccessDenied (3) when the lock file cannot be opened,
+/// - ApiLocked (2) when another caller holds the lock,
+/// - ActionFailed (1) when another step fails or the reply is malformed,
+/// - the daemon's return code when it is not 0,
+///
+/// and Interrupted when a signal handler interrupts the wait for the reply.
 std::string exchange(ostrel::Commands& command, const ServicePipes& pipes);
 
 } // namespace ostrelApi
