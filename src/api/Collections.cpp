@@ -48,7 +48,7 @@ Ids orActionFailed(Read read)
     }
 }
 
-// The first id of `ids` whose certificate is the one in the file `path`.
+// The first of `ids` whose certificate is the same as that of the file `path`, or empty.
 std::string idOfSame(const ostrel::ExternalCertificatesAccessor& accessor, const Ids& ids,
                      const std::string& path)
 {
@@ -68,8 +68,8 @@ void requireRevoked(const Ids& revoked, const std::string& id, ReturnCode otherw
     }
 }
 
-// Ends a look-up that could not write its temporary file. Intended: the file is
-// removed after a standard exception and left behind after any other.
+// Ends a look-up that could not write its temporary file. Intended: a standard exception
+// removes the file, any other exception leaves it behind.
 [[noreturn]] void failLookUp(const std::string& path, const char* certificate)
 {
     try {
@@ -111,8 +111,8 @@ std::string OstrelService::idOfText(const ExternalStore& store, const std::strin
 {
     const std::string path = temporaryCertificatePath(pipeDirectory());
     try {
-        // Intended: a file that cannot be written is the same certificate as none.
-        writeTemporaryCertificate(path, pem);
+        // Intended: a failed write is no error; the absent file matches no certificate.
+        [[maybe_unused]] const int ignored = writeTemporaryCertificate(path, pem);
     } catch (...) {
         failLookUp(path, store.name);
     }

@@ -8,14 +8,14 @@
 namespace ostrelApi
 {
 
-/// What the CA store and the trusted-client store differ in. Their operations
-/// are one implementation that reads a row of this.
+/// The differences between the CA store and the trusted-client store. The operations of
+/// both are one implementation that gets one of these.
 struct OstrelService::ExternalStore {
     const ostrel::ExternalCertificatesAccessor& accessor;
     ostrel::TypeTarget target;
-    /// Said of a certificate that is missing or could not be revoked.
+    /// The outcome when a certificate does not exist or is not revoked.
     ReturnCode badCertificate;
-    /// What the debug trace calls one of its certificates.
+    /// The word for one of its certificates in the debug trace.
     const char* name;
 };
 

@@ -33,7 +33,7 @@ bool changeGroup(const std::string& path, const std::string& group)
     }
 }
 
-// Lets the daemon, a member of `group`, read the file.
+// Gives the file to `group`, so that the daemon, a member, may read it.
 void shareWith(const std::string& path, const std::string& group)
 {
     if (!changeGroup(path, group)) {
@@ -50,8 +50,8 @@ void writeImportFile(const std::string& path, const std::string& certificate,
     try {
         shareWith(path, group);
     } catch (const Explained& caught) {
-        // Intended: a file that cannot be written fails only here, by the text of the group's
-        // change.
+        // Intended: a failed write ends the import only here, with the text of the failed
+        // change of the group. The reason still names the write.
         throw error == 0 ? caught : Explained(caught.what(), reasonOf("cannot write", path, error));
     }
 }

@@ -20,7 +20,7 @@ Map infoOf(const std::string& path)
 
 } // namespace
 
-// The paths of the store, once the certificate is known to be there.
+// The paths of the store. Throws the store's outcome when the certificate does not exist.
 const ostrel::ExternalCertificatesAccessor&
 OstrelService::pathsOfExisting(const ExternalStore& store, const std::string& id)
 {

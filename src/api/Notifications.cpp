@@ -45,7 +45,7 @@ void traceFailure(const std::string& path)
 
 int openFifo(const std::string& path)
 {
-    // Not blocking: without a reader this fails at once.
+    // A notification must not wait: without a reader, O_NONBLOCK fails at once with ENXIO.
     const int fifo = ::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
     if (fifo == -1) {
         failToOpen(path, errno);
@@ -73,11 +73,12 @@ void OstrelService::sendNotification(char signal)
         ostrel::DaemonConfiguration::getNamePipesDirectory() + "/notification.signal";
     const int fifo = openFifo(path);
     std::FILE* const stream = streamOf(fifo, path);
-    // Unsigned everywhere, as char is on the device.
+    // char is unsigned on the device, so the trace is the same on every machine.
     ostrel::trace("Send -> ", std::to_string(static_cast<unsigned char>(signal)));
+    // The daemon may end between the open and the write.
     const ostrel::SigpipeBlock noSignal;
-    // Intended: a lost byte is not reported, and the descriptor, which the
-    // stream has closed, is closed once more.
+    // Intended: a lost byte is not reported, and the descriptor is closed a second time after
+    // fclose() closed it.
     std::fputc(signal, stream);
     std::fclose(stream);
     ::close(fifo);

@@ -39,9 +39,9 @@ OstrelService::OstrelService(const std::string& serviceName)
 
 OstrelService::~OstrelService()
 {
-    // The path takes memory, and may not be had; a destructor ends the program when it throws.
+    // The path needs memory. Without the handler a failed allocation would end the program.
     try {
-        // Intended: a courtesy that releases nothing held through another descriptor.
+        // Intended: this releases no lock that is held through another descriptor.
         const auto lock = ostrel::Descriptor::open(getLockPath(), O_WRONLY);
         if (lock.isOpen()) {
             ::flock(lock.get(), LOCK_UN);
@@ -119,8 +119,7 @@ std::string OstrelService::getLockPath() const
 
 std::string OstrelService::pipeDirectory() const
 {
-    // From strings of the object's own: an object that lives in a static may outlast the daemon's
-    // configuration.
+    // Not from DaemonConfiguration: a service object in a static may be destroyed after it.
     const std::string caDirectory = m_caAccessor->tmpDirectoryPath();
     return caDirectory.substr(0, caDirectory.rfind('/'));
 }

@@ -76,7 +76,7 @@ void OstrelService::applyServerCertificate(const std::string& certificate)
     }
 }
 
-// Intended: unlike the text form, what the import throws passes as it is.
+// Intended: unlike applyServerCertificate(), this does not convert what the import throws.
 void OstrelService::applyServerCertificateFile(const std::string& path)
 {
     requirePendingCsr();
@@ -92,11 +92,11 @@ std::int64_t OstrelService::getServerCsrTimestamp()
 {
     struct stat status {
     };
-    // Intended: the time of the last status change, not of the last modification.
+    // Intended: st_ctime, the last status change, and not st_mtime.
     return ::stat(serverStore().csrPath().c_str(), &status) == 0 ? status.st_ctime : 0;
 }
 
-// Intended: the answer is the service's, whatever the certificate.
+// Intended: `id` is ignored; the configuration answers for the whole service.
 bool OstrelService::isServerKeyInTPM(const std::string& /*id*/)
 {
     serverStore();

@@ -1,7 +1,7 @@
 #pragma once
 
-// The steps that operations of several families share. Each one does its work
-// or fails with a return code.
+// The steps that operations of several families share. Each step succeeds or throws
+// CallError.
 
 #include <ostrelApi/ReturnCode.h>
 
@@ -12,21 +12,21 @@
 namespace ostrelApi
 {
 
-/// Fails with NoSuchTarget (7) unless the service has the store `name`: the
-/// first step of every operation on one.
+/// The store check, the first step of every operation on a store. Throws NoSuchTarget (7)
+/// unless `hasStore`; `name` goes into the reason.
 void requireStore(bool hasStore, const char* name);
 
-/// Fails with `otherwise` unless the file exists.
+/// Throws `otherwise` unless the file exists.
 void requireFile(const std::string& path, ReturnCode otherwise);
 
-/// The lines of a store's file, each ended by a line feed. Intended: a line feed
-/// at the end of the file is followed by one more, empty line. Fails with
-/// `whenNotOpen` where the file cannot be opened.
+/// Returns the lines of a file, each followed by a line feed. Intended: a line feed at
+/// the end of the file is followed by one more line feed. Throws `whenNotOpen` when the
+/// file cannot be opened; a file that cannot be read to its end gives what was read.
 [[nodiscard]] std::string linesOf(const std::string& path, ReturnCode whenNotOpen);
 
-/// Ends an import that failed: traces the exception in flight and throws
-/// ActionFailed (1), whatever the daemon answered. An interruption by a signal
-/// stays one. Call it only while an exception is handled.
+/// Ends an import that failed: traces the exception in flight and throws ActionFailed (1)
+/// in its place, with any return code of the daemon. Does not replace Interrupted. Call it
+/// only in a handler.
 [[noreturn]] void failImport(const ostrel::TierTexts& texts);
 
 } // namespace ostrelApi

@@ -1,22 +1,23 @@
 #pragma once
 
-// The file through which a certificate given as text reaches a reader of files.
+// The temporary file that hands a certificate, given as text, to a reader of files: to
+// the daemon for an import, or to a comparison in this process.
 
 #include <string>
 
 namespace ostrelApi
 {
 
-/// A new name in `directory`, the service's pipe directory, where the daemon
-/// reads too.
+/// A path with a random name in `directory`. It must be the service's pipe directory: the
+/// daemon reads such files only there.
 [[nodiscard]] std::string temporaryCertificatePath(const std::string& directory);
 
-/// Creates the file with `text` in it. Returns 0, or the errno of the failure. A
-/// failure leaves no file, because a part of a certificate can compare equal to
-/// another certificate.
-int writeTemporaryCertificate(const std::string& path, const std::string& text);
+/// Creates the file with the content `text`. Returns 0, or the errno of the failure.
+/// Leaves no file after a failure, because a part of a certificate can compare equal to
+/// a stored one.
+[[nodiscard]] int writeTemporaryCertificate(const std::string& path, const std::string& text);
 
-/// Removes the file. Traces a failure as the path between the two texts.
+/// Removes the file. Traces a failure: `textBefore`, the path, `textBehind`.
 void removeTemporaryCertificate(const std::string& path, const std::string& textBefore,
                                 const std::string& textBehind = "");
 

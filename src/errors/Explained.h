@@ -6,8 +6,9 @@
 namespace ostrelApi
 {
 
-/// A failure whose fixed text goes into the trace, and whose reason goes into the
-/// CallError that replaces it.
+/// A failure with two texts: what() is the fixed text for the trace, and `reason` goes
+/// into the CallError that replaces this exception. The fixed text must not change, and
+/// does not contain the text of errno.
 class Explained : public std::runtime_error
 {
 public:

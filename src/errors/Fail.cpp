@@ -16,7 +16,7 @@ namespace ostrelApi
 namespace
 {
 
-// A peer must not make exceptions grow without a limit.
+// A reply of any length must not become an exception of any length.
 constexpr std::size_t longestReason = 8192;
 
 bool isControl(unsigned char character)

@@ -8,9 +8,9 @@
 namespace ostrelApi
 {
 
-/// Thrown when a signal interrupts the wait for the reply. Callers see a
-/// std::runtime_error with the text of EINTR; inside the library the type tells
-/// an interruption from a failure.
+/// Thrown when a signal handler interrupts the wait for the reply. Applications see a
+/// std::runtime_error with the text of EINTR. The type of its own lets an import
+/// distinguish it from a failure, which becomes ActionFailed (1).
 class Interrupted : public std::runtime_error
 {
 public:

@@ -32,7 +32,7 @@ struct ReturnCodeRow {
     Exception::ErrorId id = Exception::GenericException;
 };
 
-// Intended: the texts stand as the daemon writes them, misspellings included.
+// Intended: the texts are those of the daemon, including the misspellings.
 constexpr ReturnCodeRow returnCodes[] = {
     {ActionSuccessful, "Action Successfull"},
     {ActionFailed, "Action Failed"},
