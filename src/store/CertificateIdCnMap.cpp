@@ -19,7 +19,7 @@ void CertificateIdCnMap::readFromFile(const std::string& path)
     }
 }
 
-// Intended: `truncate` makes no difference.
+// Intended: `truncate` is ignored.
 void CertificateIdCnMap::writeIntoFile(const std::string& path, bool /*truncate*/) const
 {
     const Descriptor file = createListFile(path);

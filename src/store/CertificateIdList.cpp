@@ -51,7 +51,7 @@ void CertificateIdList::readFromFile(const std::string& path)
     m_ids = std::move(ids);
 }
 
-// Intended: `truncate` makes no difference.
+// Intended: `truncate` is ignored.
 void CertificateIdList::writeIntoFile(const std::string& path, bool /*truncate*/) const
 {
     const Descriptor file = createListFile(path);

@@ -38,7 +38,7 @@ void take(const Node& node, Value& value)
     scalar(node).getValue(value);
 }
 
-// By way of cxxtools' own strings: its narrow ones lose all but Latin-1.
+// Reads into a string type of cxxtools: std::string would lose all but Latin-1.
 void take(const Node& node, std::string& value)
 {
     cxxtools::String characters;
@@ -71,7 +71,7 @@ void takeMembers(const Node& root, CertificateInfo& info)
 {
     std::int32_t version = 0;
     take(root.getMember("data_structure_version"), version);
-    // Intended: only positive versions carry the members.
+    // Intended: only positive versions have the members.
     if (version <= 0) {
         return;
     }
@@ -89,7 +89,7 @@ std::string readWhole(const std::string& path)
 {
     TextFile file = readTextFile(path);
     if (!file.isOpen || !file.isComplete) {
-        // Fails as a file stream would, with the text that its failure carries.
+        // The text of the failure must be that of a failed stream.
         std::istringstream stream;
         stream.exceptions(std::ios::failbit);
         stream.setstate(std::ios::failbit);
@@ -112,7 +112,7 @@ void addNumbered(std::map<std::string, std::string>& map, const std::string& pre
     }
 }
 
-// Intended: every line carries the number 1, unlike the map's keys.
+// Intended: every line has the number 1, unlike the map's keys.
 void writeLines(std::ostream& out, const char* prefix, const std::vector<std::string>& values)
 {
     for (const std::string& value : values) {

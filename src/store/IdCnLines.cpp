@@ -12,8 +12,8 @@ namespace ostrel
 namespace
 {
 
-/// Visits the entries in the order of their lines as long as `visit` agrees;
-/// whether it did to the end.
+/// Visits the entries in the order of the lines until `visit` returns false. Returns
+/// whether it reached the end.
 template <class Visit>
 bool visitEntries(std::string_view text, Visit visit)
 {
@@ -41,7 +41,8 @@ bool isOutOfOrder(const IdCnLine& a, const IdCnLine& b)
     return !hasSmallerId(a, b);
 }
 
-// False unless the lines are in order. Keeps no entry but the last.
+// Looks `cn` up in one pass that keeps only the last entry. Returns false when the lines
+// are not in order: then a later line could repeat an id.
 bool takeInOrder(std::string_view text, std::string_view cn, std::vector<std::string>& ids)
 {
     std::optional<IdCnLine> former;
@@ -66,7 +67,7 @@ std::vector<IdCnLine> idCnLinesOf(std::string_view text)
         lines.push_back(entry);
         return true;
     });
-    // A map file is in order already, and then nothing is to be done.
+    // The daemon writes the lines in order, so the check usually saves the sorting.
     if (std::adjacent_find(lines.begin(), lines.end(), isOutOfOrder) != lines.end()) {
         std::stable_sort(lines.begin(), lines.end(), hasSmallerId);
         lines.erase(std::unique(lines.begin(), lines.end(), hasSameId), lines.end());

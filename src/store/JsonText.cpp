@@ -16,11 +16,11 @@ namespace
 using cxxtools::Char;
 using cxxtools::JsonDeserializer;
 
-// cxxtools takes one recursion for each level: a few hundred levels overflow a
-// stack of 128 KiB. An info file has two.
+// cxxtools recurses once for each level: a few hundred levels overflow a stack of
+// 128 KiB. An info file has two levels.
 constexpr std::size_t deepestNesting = 64;
 
-// What the codec takes for the beginning of a character claims eight at most.
+// The first byte of a character makes the codec expect at most eight bytes.
 constexpr std::size_t longestCharacter = 8;
 
 void require(bool condition)
@@ -36,8 +36,8 @@ bool isBlank(Char character)
            character == Char('\n');
 }
 
-// Decodes into a small buffer, not a string: cxxtools' strings grow character
-// by character, which would take as long as the parsing.
+// Decodes into a small buffer: the strings of cxxtools grow character by character, which
+// would take as long as the parsing.
 template <class Take>
 void decode(const std::string& text, Take take)
 {
@@ -57,9 +57,9 @@ void decode(const std::string& text, Take take)
     } while (result == cxxtools::Utf8Codec::partial);
 }
 
-// The levels above the one that is being read: those of the tree's latest
-// branch. The brackets alone do not tell, because the parser passes over some
-// that close nothing.
+// The number of levels above the current one, which are those of the tree's latest
+// branch. Counting brackets would be wrong, because the parser accepts some that close
+// nothing.
 std::size_t nestingOf(const JsonDeserializer& document)
 {
     std::size_t level = 0;
@@ -71,7 +71,7 @@ std::size_t nestingOf(const JsonDeserializer& document)
     return level;
 }
 
-// What cxxtools answers to a character: 1 when it ends the document.
+// Returns the parser's result for a character: 1 when it ends the document.
 int advance(JsonDeserializer& document, Char character)
 {
     const int end = document.advance(character);
@@ -87,8 +87,8 @@ void readJsonText(const std::string& text, JsonDeserializer& document)
 {
     document.begin();
     int end = 0;
-    // The codec silently drops a character that the end of its input cuts off.
-    // With the bytes of the longest one behind it, it is an error as anywhere else.
+    // The codec silently drops a character that the end of its input cuts off. Line feeds
+    // after it make it an error, as in the middle of the text.
     decode(text + std::string(longestCharacter, '\n'), [&](Char character) {
         if (end == 0) {
             end = advance(document, character);

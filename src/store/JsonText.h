@@ -1,9 +1,9 @@
 #pragma once
 
-// One JSON document held in memory, read by cxxtools into its tree. Its
-// grammar is cxxtools' own, which is wider than the standard's (comments,
-// plain names); what is added here is that the document must be whole, alone
-// in the text, and not nested deeper than a small stack can follow.
+// Reads one JSON document from memory into the tree of cxxtools, whose grammar is wider
+// than the standard's (comments, names without quotes). cxxtools accepts a text that
+// is cut off or continues after the document, and recurses once for each level; this
+// reader refuses such texts, and nesting that could overflow a small stack.
 
 #include <string>
 
@@ -15,9 +15,8 @@ class JsonDeserializer;
 namespace ostrel
 {
 
-/// Reads `text` into `document`. Throws a std::exception when the text is not
-/// UTF-8, no document, cut off, followed by anything but blanks, or nested too
-/// deep.
+/// Reads `text` into `document`. Throws std::exception when the text is not UTF-8, not a
+/// document, cut off, nested too deep, or followed by anything other than blanks.
 void readJsonText(const std::string& text, cxxtools::JsonDeserializer& document);
 
 } // namespace ostrel

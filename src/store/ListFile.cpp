@@ -14,7 +14,7 @@ namespace
 
 constexpr mode_t defaultFileMode = 0666;
 
-// Intended: the same words for a list and for a map, for reading and for writing.
+// Intended: the same text for a list and for a map, for reading and for writing.
 [[noreturn]] void failToOpen(const std::string& path)
 {
     throw std::runtime_error("Impossible to open the list file " + path + ".");
@@ -47,7 +47,7 @@ std::vector<std::string> readIds(const std::string& path)
 
 void makeAscendingAndUnique(std::vector<std::string>& ids)
 {
-    // The daemon writes list files in order: usually one pass shows that nothing is to be done.
+    // The daemon writes list files in order, so usually this one pass is all.
     const auto disorder =
         std::adjacent_find(ids.begin(), ids.end(), std::greater_equal<std::string>());
     if (disorder != ids.end()) {

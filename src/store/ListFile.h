@@ -1,7 +1,8 @@
 #pragma once
 
-// The line files of a store: how one is opened, read and written, and the text
-// of the error when that fails.
+// The line files of a store, "list.txt" and "id_cn.map": opening, reading and writing.
+// The functions that open a file throw std::runtime_error with one fixed text. Intended:
+// a later read or write error is not reported.
 
 #include "tools/Descriptor.h"
 
@@ -11,19 +12,21 @@
 namespace ostrel
 {
 
-/// The text of the list file `path`.
-std::string readListFile(const std::string& path);
+/// Returns the text of the file `path`. Throws when it cannot be opened.
+[[nodiscard]] std::string readListFile(const std::string& path);
 
-/// The ids of the list file `path`, ascending, each once.
-std::vector<std::string> readIds(const std::string& path);
+/// Returns the ids of the list file `path`, ascending, each once. Throws when it cannot
+/// be opened.
+[[nodiscard]] std::vector<std::string> readIds(const std::string& path);
 
-/// Sorts `ids` byte-wise and drops repetitions.
+/// Sorts `ids` byte by byte and removes repetitions.
 void makeAscendingAndUnique(std::vector<std::string>& ids);
 
-/// Opens `path` for writing and empties it.
-Descriptor createListFile(const std::string& path);
+/// Opens `path` for writing. Creates an absent file, empties an existing one. Throws when
+/// it cannot be opened.
+[[nodiscard]] Descriptor createListFile(const std::string& path);
 
-/// Writes one line at once.
+/// Writes `line` and a line feed by one write.
 void writeListLine(const Descriptor& file, const std::string& line);
 
 } // namespace ostrel

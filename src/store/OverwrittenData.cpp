@@ -23,22 +23,22 @@ using ostrel::KeyValueMap;
 constexpr std::string_view keyCharacters =
     "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_";
 
-// The rules of keys and values are the regular expressions ([a-zA-Z0-9]|-|_)+
-// and (\n|\r|\t) on the whole text, judged by hand: std::regex takes stack by
-// the length of the text.
+// The rules are the regular expressions ([a-zA-Z0-9]|-|_)+ for a whole key and (\n|\r|\t)
+// for a whole value. They are checked without std::regex, which recurses for each
+// character and can overflow the stack.
 bool isKey(const std::string& key)
 {
     return !key.empty() && key.find_first_not_of(keyCharacters) == std::string::npos;
 }
 
-// Intended: a longer value may hold any of these.
+// Intended: a longer value may contain any of these.
 bool isRefusedValue(const std::string& value)
 {
     return value == "\n" || value == "\r" || value == "\t";
 }
 
-// The file's new text: the keys that it has, with their changes, and then the new
-// keys.
+// The new text of the file: first the keys that it has, with their changes, and then the
+// new keys.
 std::string mergedText(const KeyValueMap& fileData, const KeyValueMap& pendingData)
 {
     std::string text;
@@ -116,8 +116,8 @@ void OverwrittenData::write()
         return;
     }
     rewriteFile(m_filePath, mergedText(m_fileData, m_pendingData));
-    // Intended: within the second of the writing this reads nothing, and the
-    // values stay the former ones.
+    // Intended: within the second of the write this reads nothing, and the object keeps the
+    // former values.
     update();
     m_pendingData.clear();
 }

@@ -28,7 +28,7 @@ off_t sizeOf(const std::string& text)
     return static_cast<off_t>(text.size());
 }
 
-// A file that cannot be cut ends in empty lines, which readers skip.
+// A failure is harmless: the file ends in empty lines, which readers skip.
 void cut(const Descriptor& file, off_t size)
 {
     [[maybe_unused]] const int ignored = ::ftruncate(file.get(), size);
@@ -39,7 +39,7 @@ bool writeAtStart(const Descriptor& file, const std::string& text)
     return ::pwrite(file.get(), text.data(), text.size(), 0) == sizeOf(text);
 }
 
-// For file systems that reserve nothing: empty lines behind the text take the room.
+// For file systems without fallocate(): empty lines after the text take up the room.
 bool reserveByLineFeeds(const Descriptor& file, off_t oldSize, off_t newSize)
 {
     const std::string lineFeeds(static_cast<std::size_t>(std::max<off_t>(newSize - oldSize, 0)),

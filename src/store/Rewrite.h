@@ -5,18 +5,19 @@
 namespace ostrelApi
 {
 
-/// Replaces the text of the override file `path`, and creates a missing file.
+/// Replaces the text of the override file `path`. Creates an absent file.
 ///
-/// The file keeps its inode, because applications may not create files beside
-/// it, so the new text goes over the old one. What fails leaves the old text:
+/// Applications may not create files beside it, so a new file cannot be renamed over it:
+/// the new text goes over the old one, in the same inode. A failure leaves the old text:
 ///
-/// 1. Room for the new text is reserved: a full disk fails here.
-/// 2. One write puts the new text over the old one. A shorter text is padded
-///    with line feeds, because readers skip empty lines: a reader, or a kill -9,
-///    between two steps finds one of the two texts, where it fits a page.
-/// 3. The file is cut to the length of the new text.
+/// 1. It reserves room for the new text. A full disk fails here.
+/// 2. One write puts the new text over the old one. A shorter text is padded with line
+///    feeds, because readers skip empty lines. If the text fits a page, a reader or a
+///    kill -9 between two steps finds one of the two texts.
+/// 3. It cuts the file to the length of the new text.
 ///
-/// Fails with ActionFailed (1).
+/// Waits only for the disk. Throws CallError with ActionFailed (1) when the old text
+/// cannot be read or the file cannot be opened or written.
 void rewriteFile(const std::string& path, const std::string& text);
 
 } // namespace ostrelApi
