@@ -57,8 +57,8 @@ constexpr FlagKey serverFlags[] = {
     {"includeFQDN", &ServiceConfiguration::m_includeFQDN},
 };
 
-/// How long a generated certificate is valid, and how long before its end it
-/// is renewed: two keys of one signer.
+/// The keys of one kind of generated certificates: whether, for how long, and how long
+/// before its end the daemon renews one.
 struct ValidityKeys {
     FlagKey generation;
     FlagKey onExpiration;
@@ -96,7 +96,7 @@ constexpr ValidityKeys caSigned = {
     "Invalid config parameter: CA-signed validity offset should be less than validity",
 };
 
-// Reads one file's values into a configuration, section by section.
+// Reads the values of one file into a configuration, section by section.
 class SectionReader
 {
 public:
@@ -112,7 +112,7 @@ public:
 
 private:
     std::string value(const std::string& key) const { return valueOf(m_map, key); }
-    // Intended: nothing but "yes" is true.
+    // Intended: only "yes" is true.
     bool isYes(const std::string& key) const { return value(key) == "yes"; }
     void readFlag(const FlagKey& row) { m_configuration.*row.field = isYes(row.key); }
     void readValidity(const ValidityKeys& keys);
@@ -134,9 +134,9 @@ private:
         }
     }
 
-    // What a stream extracts from the value of `key`: 0 for a text without
-    // digits, the type's largest number for one that is too large. `name` is
-    // what the error texts call the value.
+    // The number that a stream extracts from the value of `key`: 0 when it has no digits,
+    // and the largest number of the type when it is too large. `name` is the value's name
+    // in the error texts.
     template <class Number>
     Number number(const char* key, const std::string& name) const
     {
@@ -267,7 +267,7 @@ void appendServiceOf(const dirent& entry, std::vector<std::string>& services)
 {
     const std::string name = entry.d_name;
     const std::size_t dot = name.find('.');
-    // Intended: the type as the listing reports it, so a symbolic link is no service.
+    // Intended: the type that the listing reports, so a symbolic link is not a service.
     if (entry.d_type == DT_REG && dot != std::string::npos && name.substr(dot) == ".conf") {
         services.push_back(name.substr(0, dot));
     }

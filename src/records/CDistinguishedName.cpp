@@ -97,7 +97,7 @@ void CDistinguishedName::from(const std::string& text)
     clear();
     for (const std::string& part : parts) {
         const Texts pieces = splitstr(withoutOneLeadingSpace(part), '=');
-        // Intended: a value is cut at its first equals sign.
+        // Intended: a value ends at its first equals sign.
         if (pieces.size() >= 2) {
             takeAttribute(*this, pieces[0], pieces[1]);
         }
@@ -110,7 +110,7 @@ void CDistinguishedName::setToDefault()
     state = DEFAULT_STATE;
     city = DEFAULT_CITY;
     companyName = DEFAULT_COMPANY_NAME;
-    // Intended: added, so that a second call leaves two.
+    // Intended: added, so a second call leaves two.
     divisionNames.push_back(DEFAULT_DIVISION_NAME);
     commonName = DEFAULT_COMMON_NAME;
     emailAddr = DEFAULT_EMAIL_ADDR;

@@ -37,7 +37,8 @@ std::string valueText(const CDistinguishedName& name)
     return text;
 }
 
-// As atoi() where long has 64 bits, on every platform.
+// As atoi() of a platform where long has 64 bits. Where long has 32 bits, atoi()
+// gives the largest int for a large number.
 void takeValue(std::int32_t& number, const std::string& text)
 {
     number = static_cast<std::int32_t>(std::strtoll(text.c_str(), nullptr, 10));
@@ -45,7 +46,7 @@ void takeValue(std::int32_t& number, const std::string& text)
 
 void takeValue(std::uint64_t& number, const std::string& text)
 {
-    // Intended: base 0, so a leading "0x" reads hexadecimal and a leading 0 octal.
+    // Intended: base 0, so "0x" starts a hexadecimal number and "0" an octal one.
     number = static_cast<std::uint64_t>(std::strtoll(text.c_str(), nullptr, 0));
 }
 

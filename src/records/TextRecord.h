@@ -1,8 +1,9 @@
 #pragma once
 
-// The text form of certificate and CSR records: one line for each field, the
-// key, one space and the value, and behind them one line for each extension.
-// A record class is a table of rows, and both directions walk it.
+// The text form of certificate and CSR records: one line for each field, with the key, one
+// space and the value, and then one line for each extension. A record class is a table of
+// rows, which both the reader and the writer use. docs/FILES.md has the grammar. The
+// functions throw only std::bad_alloc.
 
 #include <ostrl/CDistinguishedName.h>
 #include <ostrl/v3Ext.h>
@@ -20,8 +21,8 @@
 namespace ostrl
 {
 
-/// A field of `Record`: its key and where its value lies. Rows stand in the
-/// order of the text form.
+/// A field of `Record`: its key and the member with its value. The rows have the order of
+/// the text form.
 template <class Record>
 struct FieldRow {
     const char* key;
@@ -30,27 +31,29 @@ struct FieldRow {
         member;
 };
 
-/// The value of a field as text; numbers are decimal in every locale.
-std::string valueText(std::int32_t number);
-std::string valueText(std::uint64_t number);
-std::string valueText(const std::string& text);
-std::string valueText(const CDistinguishedName& name);
+/// The value of a field as text. Numbers are decimal in every locale.
+[[nodiscard]] std::string valueText(std::int32_t number);
+[[nodiscard]] std::string valueText(std::uint64_t number);
+[[nodiscard]] std::string valueText(const std::string& text);
+[[nodiscard]] std::string valueText(const CDistinguishedName& name);
 
-/// Takes a field's value from text. A number is what the leading digits give.
+/// Sets a field to the value in `text`. A number consists of the leading digits; without
+/// digits it is 0.
 void takeValue(std::int32_t& number, const std::string& text);
 void takeValue(std::uint64_t& number, const std::string& text);
 void takeValue(std::string& member, const std::string& text);
 void takeValue(CDistinguishedName& name, const std::string& text);
 
-/// Appends the lines of `extensions`, each followed by an empty one.
+/// Appends the lines of `extensions`, with an empty line after each.
 void appendExtensions(std::string& text, const std::vector<v3Ext>& extensions);
 
-/// Adds the extension that the pair holds, if its key says that it is one.
+/// Adds the extension in `value` if `key` is that of an extension.
 void takeExtension(std::vector<v3Ext>& extensions, const std::string& key,
                    const std::string& value);
 
+/// Returns the text form of `record`.
 template <class Record, std::size_t N>
-std::string recordText(const Record& record, const FieldRow<Record> (&rows)[N])
+[[nodiscard]] std::string recordText(const Record& record, const FieldRow<Record> (&rows)[N])
 {
     std::string text;
     for (const FieldRow<Record>& row : rows) {
@@ -61,6 +64,7 @@ std::string recordText(const Record& record, const FieldRow<Record> (&rows)[N])
     return text;
 }
 
+/// Sets the fields of `record` that `text` contains, and adds the extensions.
 template <class Record, std::size_t N>
 void takeRecord(Record& record, const FieldRow<Record> (&rows)[N], const std::string& text)
 {

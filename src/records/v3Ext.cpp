@@ -26,7 +26,7 @@ void takeField(v3Ext& extension, const std::string& text)
 {
     const std::size_t space = text.find(' ');
     const std::string key = text.substr(0, space);
-    // Intended: a key alone is its own value.
+    // Intended: a key alone is also the value.
     const std::string value = space == std::string::npos ? text : text.substr(space + 1);
     for (const Field& field : fields) {
         if (key == field.key) {

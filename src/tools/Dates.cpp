@@ -13,8 +13,8 @@ constexpr int daysBeforeMonth[2][12] = {
     {0, 31, 60, 91, 121, 152, 182, 213, 244, 274, 305, 335},
 };
 
-// The results are 32-bit sums. They are computed in 64 bits and cut, because a
-// sum that overflows an int is undefined.
+// Results are sums of 32 bits that may wrap. They are computed in 64 bits and cut, because
+// the overflow of an int is undefined.
 int cutToInt(std::int64_t number)
 {
     return static_cast<int>(number);

@@ -12,9 +12,9 @@
 namespace ostrel
 {
 
-/// An open file descriptor, closed with its owner. Move-only.
-/// Every descriptor of the library is close-on-exec: a program that forks and
-/// executes while a call runs leaks nothing.
+/// Owns a file descriptor and closes it at its end. Move-only; one thread at a time.
+/// Every descriptor of the library is close-on-exec, so a program that an application
+/// starts during a call inherits none.
 class Descriptor
 {
 public:
@@ -31,14 +31,15 @@ public:
     }
     ~Descriptor() { close(); }
 
-    /// Opens `path`; check isOpen(), and errno for the reason, afterwards.
-    static Descriptor open(const std::string& path, int flags, mode_t mode = 0)
+    /// Opens `path`. After a failure, isOpen() is false and errno is the reason.
+    [[nodiscard]] static Descriptor open(const std::string& path, int flags, mode_t mode = 0)
     {
         return Descriptor(::open(path.c_str(), flags | O_CLOEXEC, mode));
     }
 
-    bool isOpen() const { return m_fd != -1; }
-    int get() const { return m_fd; }
+    [[nodiscard]] bool isOpen() const { return m_fd != -1; }
+    /// The descriptor, still owned by this object; -1 when it is not open.
+    [[nodiscard]] int get() const { return m_fd; }
 
     void close()
     {
@@ -51,7 +52,8 @@ private:
     int m_fd = -1;
 };
 
-/// Writes all of `bytes`; false at the first write that fails.
+/// Writes all of `bytes`, by several writes if necessary. Returns false, with the reason in
+/// errno, when a write fails. A signal is no failure.
 inline bool writeAll(const Descriptor& file, std::string_view bytes)
 {
     while (!bytes.empty()) {

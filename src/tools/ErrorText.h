@@ -6,8 +6,8 @@
 namespace ostrel
 {
 
-/// The system's text for an errno value, as strerror() gives it.
-inline std::string errorText(int error)
+/// The system's text of an errno value. Unlike strerror(), any thread may call it.
+[[nodiscard]] inline std::string errorText(int error)
 {
     return std::generic_category().message(error);
 }

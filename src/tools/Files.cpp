@@ -26,7 +26,7 @@ constexpr int mostOpenDirectories = 64;
 constexpr uid_t unchangedUser = static_cast<uid_t>(-1);
 constexpr gid_t unchangedGroup = static_cast<gid_t>(-1);
 
-// Intended: "a" stands where "o" and "p" would, so that "a" occurs twice and "p" never.
+// Intended: "a" occurs again after "n", and "p" never.
 const std::string& randomNameAlphabet()
 {
     static const std::string alphabet =
@@ -65,8 +65,8 @@ void Tools::createDirectory(const std::string& path, mode_t mode)
              "Caught unknown exception while changing the mode"},
             [&] { changeMode(path, mode); });
     } else if (::mkdir(path.c_str(), mode) != 0) {
-        // Intended: unlike an existing directory, a new one keeps what the umask leaves of its
-        // mode.
+        // Intended: a new directory keeps the mode that the umask leaves; only the mode of an
+        // existing one is changed.
         trace("Impossible to create ", path);
     }
 }
@@ -97,7 +97,7 @@ bool Tools::changeGroup(const std::string& path, gid_t gid)
     return true;
 }
 
-// Intended: changeUser() by name passes its failure on as it is, this one translates it.
+// Intended: this function replaces the text of a failure; changeUser() by name does not.
 bool Tools::changeGroup(const std::string& path, const std::string& groupName)
 {
     try {
@@ -142,7 +142,7 @@ int Tools::removeOnFile(const char* path, const struct ::stat* /*status*/, int /
 {
     const int result = std::remove(path);
     if (result != 0) {
-        // Intended: told whatever gDebug says.
+        // Intended: printed also when gDebug is clear.
         std::perror(path);
     }
     return result;

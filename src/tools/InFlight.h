@@ -1,8 +1,8 @@
 #pragma once
 
-// Catch and convert: what a `catch (...)` holds is turned into the text that
-// the caller prescribes for it. Every conversion of the library goes through
-// here, so no function spells out the three tiers by hand.
+// Conversion of the exception in flight into a text of the caller. Callers prescribe one
+// text for each of three tiers of exceptions, and no function of the library writes the
+// three handlers itself. Any thread may call these functions.
 
 #include <exception>
 #include <stdexcept>
@@ -11,25 +11,24 @@
 namespace ostrel
 {
 
-/// The texts of the three tiers. The first two are followed by the caught
-/// exception's own text.
+/// The texts of the three tiers. The caught exception's text is appended to the first two.
 struct TierTexts {
     std::string first;
     std::string second;
     std::string generic;
 };
 
-/// The caught exception's text, "Unknown error" when it carries none.
-inline std::string textOf(const std::exception& caught)
+/// The text of an exception; "Unknown error" when its what() is null.
+[[nodiscard]] inline std::string textOf(const std::exception& caught)
 {
     const char* text = caught.what();
     return text != nullptr ? text : "Unknown error";
 }
 
-/// Says what is in flight, by tier: a `First`, else a `Second`, else anything.
-/// Call it only while an exception is being handled.
+/// Returns the text for the exception in flight, by its tier: a `First`, otherwise a
+/// `Second`, otherwise any other. Call it only in a handler.
 template <class First, class Second = std::exception>
-std::string describeInFlight(const TierTexts& texts)
+[[nodiscard]] std::string describeInFlight(const TierTexts& texts)
 {
     try {
         throw;
@@ -42,8 +41,8 @@ std::string describeInFlight(const TierTexts& texts)
     }
 }
 
-/// Runs `work`; whatever it throws becomes a std::runtime_error with the text
-/// of its tier.
+/// Runs `work` and returns its result. Any exception becomes a std::runtime_error with the
+/// text of its tier.
 template <class First, class Second = std::exception, class Work>
 auto orRuntimeError(const TierTexts& texts, Work&& work) -> decltype(work())
 {

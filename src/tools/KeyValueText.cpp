@@ -15,7 +15,7 @@ namespace
 constexpr std::string_view blanks = " \t\n";
 constexpr auto npos = std::string_view::npos;
 
-// Intended: the first character is never removed, blank or not.
+// Intended: the first character always stays, even a blank.
 std::string_view withoutTrailingBlanks(std::string_view text)
 {
     const std::size_t last = text.find_last_not_of(blanks);
@@ -25,7 +25,7 @@ std::string_view withoutTrailingBlanks(std::string_view text)
 std::string_view cleanLine(std::string_view line)
 {
     const std::size_t comment = line.find('#');
-    // Intended: a line that carries a comment keeps its leading blanks.
+    // Intended: a line that contains a comment keeps its leading blanks.
     return withoutTrailingBlanks(comment == npos ? withoutLeadingBlanks(line)
                                                  : line.substr(0, comment));
 }

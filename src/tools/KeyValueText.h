@@ -1,7 +1,8 @@
 #pragma once
 
-// The key/value syntax of every settings file, over text held in memory; the
-// stream readers of ostrel/Tools.h are these on what the stream still holds.
+// The key/value syntax of settings files, for a text in memory. The stream readers of
+// ostrel/Tools.h read the rest of the stream and call these functions. docs/FILES.md has
+// the grammar. No line is an error; the functions throw only std::bad_alloc.
 
 #include <map>
 #include <string>
@@ -13,19 +14,21 @@ namespace ostrel
 
 using KeyValueMap = std::map<std::string, std::string>;
 
-/// `text` without its leading spaces, tabs and line feeds.
-std::string_view withoutLeadingBlanks(std::string_view text);
+/// `text` without its leading spaces, tabs and line feeds, as a view into it.
+[[nodiscard]] std::string_view withoutLeadingBlanks(std::string_view text);
 
-/// Key and value of a line, as views into it.
-std::pair<std::string_view, std::string_view> keyAndValueOf(std::string_view line);
+/// Key and value of a line, as views into it. A line without a space is both.
+[[nodiscard]] std::pair<std::string_view, std::string_view> keyAndValueOf(std::string_view line);
 
-/// The pairs of a configuration text: cleaned lines, first occurrence wins.
-KeyValueMap configMapOf(std::string_view text);
+/// The pairs of a configuration text: comments and the blanks around a line are removed,
+/// lines without a space are skipped, and the first line of a key counts.
+[[nodiscard]] KeyValueMap configMapOf(std::string_view text);
 
-/// The pairs of a raw text: no comments, no trimming, first occurrence wins.
-KeyValueMap rawMapOf(std::string_view text);
+/// As configMapOf(), but "#" starts no comment and only the blanks before a value are
+/// removed.
+[[nodiscard]] KeyValueMap rawMapOf(std::string_view text);
 
 /// The value of `key`, or an empty string.
-std::string valueOf(const KeyValueMap& map, const std::string& key);
+[[nodiscard]] std::string valueOf(const KeyValueMap& map, const std::string& key);
 
 } // namespace ostrel

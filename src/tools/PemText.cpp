@@ -36,7 +36,7 @@ bool isSameCertificateText(std::string_view a, std::string_view b)
     if (!skipPastBeginLine(linesA) || !skipPastBeginLine(linesB)) {
         return false;
     }
-    // Intended: a text that ends here, after equal lines, counts as the same.
+    // Intended: a text that ends after equal lines counts as the same.
     while (linesA.hasFurtherLine() && linesB.hasFurtherLine()) {
         const std::string_view line = linesA.next();
         if (line != linesB.next()) {

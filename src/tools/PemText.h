@@ -1,7 +1,7 @@
 #pragma once
 
-// PEM certificates as text. The library holds no cryptography: a certificate
-// is the lines from its BEGIN line to its END line.
+// PEM certificates as text. The library contains no cryptography: a certificate is the
+// lines from its BEGIN line to its END line. The functions throw only std::bad_alloc.
 
 #include <string>
 #include <string_view>
@@ -9,14 +9,15 @@
 namespace ostrel
 {
 
-/// Whether the first certificates of two texts are the same, line by line.
-bool isSameCertificateText(std::string_view a, std::string_view b);
+/// Whether the first certificates of two texts are the same, line by line. False when a
+/// text has no BEGIN line. Intended: true when a text ends after equal lines.
+[[nodiscard]] bool isSameCertificateText(std::string_view a, std::string_view b);
 
-/// The first certificate of `text`, each line ended by a line feed. A text
+/// The first certificate of `text`, with a line feed after each line. Intended: a text
 /// without a BEGIN line gives its last line.
-std::string firstCertificateOf(std::string_view text);
+[[nodiscard]] std::string firstCertificateOf(std::string_view text);
 
-/// `text` with every "\r\n" turned into "\n"; a lone "\r" stays.
-std::string withUnixLineEnds(std::string_view text);
+/// `text` with "\n" in the place of each "\r\n"; a "\r" alone stays.
+[[nodiscard]] std::string withUnixLineEnds(std::string_view text);
 
 } // namespace ostrel

@@ -28,7 +28,7 @@ SigpipeBlock::SigpipeBlock() : m_wasPending(isSigpipePending())
 SigpipeBlock::~SigpipeBlock()
 {
     const int formerError = errno;
-    // One that was pending before is the caller's own and stays.
+    // A SIGPIPE that was pending before belongs to the application, so it stays.
     if (!m_wasPending && isSigpipePending()) {
         const timespec atOnce = {};
         while (::sigtimedwait(&m_sigpipe, nullptr, &atOnce) == -1 && errno == EINTR) {

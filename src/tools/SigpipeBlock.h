@@ -5,10 +5,14 @@
 namespace ostrel
 {
 
-/// While an object lives, a write into a pipe without a reader fails with
-/// EPIPE in this thread and raises no signal. Afterwards the thread's signal
-/// mask and all dispositions are what they were, and a signal that was pending
-/// before is pending still; one that another process sends meanwhile may be lost.
+/// Blocks SIGPIPE in this thread while the object lives, so that a write into a pipe
+/// without a reader fails with EPIPE and does not end the application.
+///
+/// A library may not ignore SIGPIPE for the whole process: the signal's disposition
+/// belongs to the application. So the object changes only the mask of its thread, and
+/// removes the SIGPIPE that the write raised before it restores the mask. A SIGPIPE that
+/// was pending before stays pending. A SIGPIPE that another process sends at the same time
+/// may be lost. Construct and destroy it in the same thread.
 class SigpipeBlock
 {
 public:

@@ -15,8 +15,8 @@ namespace
 
 constexpr std::size_t smallestRead = 4096;
 
-// Room for the whole file and one byte more, so that the read that fetches the
-// last byte of a regular file is followed by only one that meets the end.
+// Room for the whole file and one byte more, so that one read fetches a regular file and
+// the next one reports its end.
 std::size_t expectedSize(const Descriptor& file)
 {
     struct stat status {
@@ -59,7 +59,7 @@ std::string readRest(std::istream& in)
     std::string text;
     std::string line;
     while (in.good()) {
-        // Line by line: a read() that fails half-way drops what came before the failure.
+        // Line by line, because a failing istream::read() would drop what it read before.
         std::getline(in, line);
         text += line;
         if (in.good()) {

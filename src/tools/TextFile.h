@@ -1,6 +1,6 @@
 #pragma once
 
-// Line files: a file is read once, whole, and walked as views into it.
+// Text files: a file is read once, as a whole, and its lines are views into the text.
 
 #include <iosfwd>
 #include <string>
@@ -9,9 +9,9 @@
 namespace ostrel
 {
 
-/// The result of reading a file. A file that cannot be opened has no text. A
-/// file whose reading fails half-way (a directory, a failing disk) has the text
-/// up to there and is not complete.
+/// The result of reading a file. If the file cannot be opened, `text` is empty. If a read
+/// fails (a directory, a bad disk), `text` is what was read before and `isComplete` is
+/// false.
 struct TextFile {
     bool isOpen = false;
     bool isComplete = false;
@@ -20,32 +20,33 @@ struct TextFile {
     std::string text;
 };
 
-/// Reads the file `path` to its end.
-TextFile readTextFile(const std::string& path);
+/// Reads the file `path` to its end. Reports failures in the result; throws only
+/// std::bad_alloc.
+[[nodiscard]] TextFile readTextFile(const std::string& path);
 
-/// Reads what is left of `in`, which afterwards is at its end.
-std::string readRest(std::istream& in);
+/// Reads `in` to its end, or to an error, and returns the text.
+[[nodiscard]] std::string readRest(std::istream& in);
 
-/// Walks the lines of a text exactly as a loop that tests a stream's
-/// end-of-file flag before each std::getline does:
+/// The lines of a text, exactly as a loop reads them that tests the end-of-file flag of a
+/// stream before each std::getline:
 ///
 ///     for (TextLines lines(text); !lines.isAtEnd();) {
 ///         std::string_view line = lines.next();
 ///
-/// A line feed at the very end is therefore followed by one more, empty line,
-/// and an empty text is one empty line. The text must outlive the walk.
+/// So one more, empty line follows a line feed at the end of the text, and an empty text
+/// is one empty line. The text must outlive this object and the lines.
 class TextLines
 {
 public:
     explicit TextLines(std::string_view text) : m_rest(text) {}
 
-    bool isAtEnd() const { return m_isAtEnd; }
+    [[nodiscard]] bool isAtEnd() const { return m_isAtEnd; }
 
-    /// Whether a character is left to read: unlike !isAtEnd(), false right
-    /// after the line feed that ends the text.
-    bool hasFurtherLine() const { return !m_rest.empty(); }
+    /// Whether a character is left. Unlike !isAtEnd(), it is false after the line feed at
+    /// the end of the text.
+    [[nodiscard]] bool hasFurtherLine() const { return !m_rest.empty(); }
 
-    /// The next line without its line feed.
+    /// Returns the next line without its line feed.
     std::string_view next();
 
 private:

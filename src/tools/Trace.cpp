@@ -9,7 +9,7 @@ std::atomic<bool> gDebug{false};
 
 void writeTraceLine(const std::string& line)
 {
-    // One insertion, so that lines of concurrent threads stay whole.
+    // One insertion, so that lines of several threads do not mix.
     std::cerr << line + '\n' << std::flush;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// The debug trace: the one place from which the library writes a diagnostic
-// line. Any thread may call; lines of several threads do not mix.
+// The debug trace. The library writes diagnostic lines only through trace(). Any thread
+// may call it, and lines of several threads do not mix.
 
 #include <ostrel/Debug.h>
 
@@ -10,12 +10,12 @@
 namespace ostrel
 {
 
-/// Writes `line` and an end of line to std::cerr, flushed.
+/// Writes `line` and a line feed to std::cerr and flushes it.
 void writeTraceLine(const std::string& line);
 
-/// Traces the parts, joined, as one line while `gDebug` is set.
-/// Nothing is built while it is clear, so a trace costs a hot path one load.
-/// A line that cannot be built or written is lost: what is traced goes on.
+/// Writes the parts as one line while `gDebug` is set. While it is clear, a trace costs one
+/// load. Throws nothing: a line that cannot be written is lost, because a trace must not
+/// change what it reports.
 template <class... Parts>
 void trace(const Parts&... parts) noexcept
 {

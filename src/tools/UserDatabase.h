@@ -1,7 +1,7 @@
 #pragma once
 
-// Look-ups in the system's user and group database through its reentrant
-// functions, so that two threads may look up at once.
+// Look-ups in the system's databases of users and groups. They use the reentrant
+// functions, so any thread may call them at any time. A failed look-up finds nothing.
 
 #include <cerrno>
 #include <string>
@@ -13,7 +13,7 @@
 namespace ostrel
 {
 
-/// What a look-up found: one entry and the buffer that its texts live in.
+/// The result of a look-up: one entry, and the buffer that contains its texts.
 template <class Entry>
 class DatabaseEntry
 {
@@ -25,11 +25,12 @@ public:
             m_buffer.resize(2 * m_buffer.size());
         }
     }
-    // The entry points into itself and its buffer.
+    // Not copyable: it contains pointers into itself and its buffer.
     DatabaseEntry(const DatabaseEntry&) = delete;
     DatabaseEntry& operator=(const DatabaseEntry&) = delete;
 
-    bool isFound() const { return m_found != nullptr; }
+    [[nodiscard]] bool isFound() const { return m_found != nullptr; }
+    /// The entry; call it only when isFound().
     const Entry* operator->() const { return m_found; }
 
 private:
@@ -41,17 +42,17 @@ private:
 using UserEntry = DatabaseEntry<passwd>;
 using GroupEntry = DatabaseEntry<group>;
 
-inline UserEntry userByName(const std::string& name)
+[[nodiscard]] inline UserEntry userByName(const std::string& name)
 {
     return {::getpwnam_r, name.c_str()};
 }
 
-inline UserEntry userById(uid_t uid)
+[[nodiscard]] inline UserEntry userById(uid_t uid)
 {
     return {::getpwuid_r, uid};
 }
 
-inline GroupEntry groupByName(const std::string& name)
+[[nodiscard]] inline GroupEntry groupByName(const std::string& name)
 {
     return {::getgrnam_r, name.c_str()};
 }

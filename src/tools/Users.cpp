@@ -39,7 +39,7 @@ gid_t Tools::getGroupId(const std::string& groupName)
 {
     const GroupEntry group = groupByName(groupName);
     if (!group.isFound()) {
-        // Intended: an unknown group cannot be told from the group with the id 0.
+        // Intended: the same result as for the group with the id 0.
         return 0;
     }
     trace("Group Id: ", groupName, " - ", std::to_string(group->gr_gid));
@@ -67,7 +67,7 @@ std::vector<std::uint32_t> Tools::getGroups(const std::string& userName)
     const TextFile file = readTextFile("/etc/group");
     for (TextLines lines(file.text); !lines.isAtEnd();) {
         const std::string_view line = lines.next();
-        // Intended: any mention in the line counts, but for one at its very start.
+        // Intended: a mention anywhere in the line counts, except at its start.
         const std::size_t mention = line.find(userName);
         if (mention == std::string_view::npos || mention == 0) {
             continue;

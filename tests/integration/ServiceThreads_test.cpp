@@ -43,7 +43,7 @@ protected:
 
     void letHookGo(const std::string& service) const
     {
-        ostrel::Descriptor::open(m_go + service, O_WRONLY);
+        static_cast<void>(ostrel::Descriptor::open(m_go + service, O_WRONLY));
     }
 
     const std::string m_hooked = support::boxDirectory() + "/hooked";
