@@ -61,11 +61,10 @@ struct ServicePipes;
 /// Errors: the outcomes above and below are return codes of ReturnCode.h. They are
 /// thrown as ostrelApi::CallError, which derives from OstrelApiException. It holds
 /// the return code, the return code that the daemon sent, and a reason of one line.
-/// After an import, getDaemonReturnCode() and getReason() say why it failed. Three
+/// After an import, getDaemonReturnCode() and getReason() say why it failed. Two
 /// failures are a plain std::runtime_error instead: a signal handler interrupts the
 /// wait for a reply (the text is that of EINTR, and the daemon may still execute the
-/// command), a query finds no valid summary, and importCertificate() cannot write
-/// its temporary file. Any call may throw std::bad_alloc.
+/// command), and a query finds no valid summary. Any call may throw std::bad_alloc.
 ///
 /// Store check: a call on a store that the service does not have throws
 /// NoSuchTarget (7) before it does anything else. The workers at the end have no
@@ -363,8 +362,8 @@ public:
     /// Request: as addCertificate(), but it throws what a request throws, such as
     /// CAExists (33). Throws NoSuchTarget (7) for a store that the service does not
     /// have, NoCsr (21) for the server store when no CSR is pending, and
-    /// std::runtime_error when the temporary file cannot be written or shared
-    /// with the daemon.
+    /// ActionFailed (1) when the temporary file cannot be written or shared with
+    /// the daemon.
     std::string importCertificate(ostrel::TypeTarget target, const std::string& certificate);
 
     /// Query: the text of the file `path`, followed by one line feed. Throws

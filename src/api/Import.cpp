@@ -105,7 +105,11 @@ std::string OstrelService::importCertificate(ostrel::TypeTarget target,
                                              const std::string& certificate)
 {
     requireImportable(target);
-    return sendCertificate(target, certificate, temporaryCertificatePath(pipeDirectory()));
+    try {
+        return sendCertificate(target, certificate, temporaryCertificatePath(pipeDirectory()));
+    } catch (const Explained&) {
+        failInstead();
+    }
 }
 
 std::string OstrelService::addCertificateFile(ostrel::TypeTarget target, const std::string& path)

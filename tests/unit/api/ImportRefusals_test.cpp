@@ -86,6 +86,18 @@ TEST_F(ImportCertificate, RequiresTheStore)
     }
 }
 
+TEST_F(ImportCertificate, ThrowsActionFailedWhenItCannotWriteItsFile)
+{
+    std::filesystem::remove_all(pipes);
+    for (const Row& row : rows) {
+        const ostrelApi::CallError error =
+            support::callErrorOf([&] { web.importCertificate(row.target, pem("AA\n")); });
+        EXPECT_EQ(error.getReturnCode(), 1) << row.words;
+        EXPECT_EQ(error.getReason().rfind("cannot write " + pipes + '/', 0), 0U)
+            << error.getReason();
+    }
+}
+
 TEST_F(ImportCertificate, NamesTheLockThatItHolds)
 {
     EXPECT_EQ(web.getLockPath(), peer.lockPath());
