@@ -96,6 +96,13 @@ constexpr ValidityKeys caSigned = {
     "Invalid config parameter: CA-signed validity offset should be less than validity",
 };
 
+TierTexts textsOfReading(const std::string& name)
+{
+    const std::string reading = " exception caught while reading config parameter" + name;
+    const std::string standard = "Standard" + reading + " - ";
+    return {standard, standard, "Generic" + reading + '.'};
+}
+
 // Reads the values of one file into a configuration, section by section.
 class SectionReader
 {
@@ -140,16 +147,13 @@ private:
     template <class Number>
     Number number(const char* key, const std::string& name) const
     {
-        const std::string reading = " exception caught while reading config parameter" + name;
-        const std::string standard = "Standard" + reading + " - ";
-        return orRuntimeError<std::runtime_error>({standard, standard, "Generic" + reading + '.'},
-                                                  [&] {
-                                                      Number result = 0;
-                                                      std::istringstream stream(value(key));
-                                                      stream.imbue(std::locale::classic());
-                                                      stream >> result;
-                                                      return result;
-                                                  });
+        return orRuntimeError<std::runtime_error>(textsOfReading(name), [&] {
+            Number result = 0;
+            std::istringstream stream(value(key));
+            stream.imbue(std::locale::classic());
+            stream >> result;
+            return result;
+        });
     }
 
     void storeIfPositive(std::uint32_t& field, const char* key, const char* name) const

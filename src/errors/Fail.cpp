@@ -24,23 +24,23 @@ bool isControl(unsigned char character)
     return character < 0x20 || character == 0x7f;
 }
 
-std::string oneLine(const std::string& text)
+std::string oneLine(std::string_view text)
 {
-    std::string line = text.substr(0, longestReason);
+    std::string line(text.substr(0, longestReason));
     std::replace_if(line.begin(), line.end(), isControl, ' ');
     return line;
 }
 
 } // namespace
 
-void fail(int returnCode, const std::string& reason, int daemonReturnCode)
+void fail(int returnCode, std::string_view reason, int daemonReturnCode)
 {
     throw CallError(returnCode, oneLine(reason), daemonReturnCode);
 }
 
-std::string reasonOf(const std::string& step, const std::string& path, int error)
+std::string reasonOf(std::string_view step, const std::string& path, int error)
 {
-    return step + ' ' + path + ": " + ostrel::errorText(error);
+    return std::string(step).append(" ").append(path).append(": ") + ostrel::errorText(error);
 }
 
 std::string groupReasonOf(const std::string& path, const std::string& group, int error)
@@ -50,7 +50,7 @@ std::string groupReasonOf(const std::string& path, const std::string& group, int
     return isKnown ? reasonOf(step, path, error) : step + ' ' + path + ": no such group";
 }
 
-void fail(int returnCode, const std::string& step, const std::string& path, int error)
+void fail(int returnCode, std::string_view step, const std::string& path, int error)
 {
     fail(returnCode, reasonOf(step, path, error));
 }

@@ -7,23 +7,26 @@
 #include <exception>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace ostrel
 {
 
 /// The texts of the three tiers. The caught exception's text is appended to the first two.
 struct TierTexts {
+    // Not inline: the code of three strings at each of many callers makes the library large.
+    TierTexts(std::string_view firstText, std::string_view secondText,
+              std::string_view genericText);
+    TierTexts(const TierTexts&) = default;
+    ~TierTexts();
+
     std::string first;
     std::string second;
     std::string generic;
 };
 
 /// The text of an exception; "Unknown error" when its what() is null.
-[[nodiscard]] inline std::string textOf(const std::exception& caught)
-{
-    const char* text = caught.what();
-    return text != nullptr ? text : "Unknown error";
-}
+[[nodiscard]] std::string textOf(const std::exception& caught);
 
 /// Returns the text for the exception in flight, by its tier: a `First`, otherwise a
 /// `Second`, otherwise any other. Call it only in a handler.
