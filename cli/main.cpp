@@ -1,6 +1,7 @@
-#include "Program.h"
+#include "commands/Table.h"
+#include "engine/Run.h"
 
 int main(int argc, char* argv[])
 {
-    return ostrelctl::run({argv + 1, argv + argc});
+    return ostrelctl::run(ostrelctl::commandTable(), {argv + 1, argv + argc});
 }

@@ -1,8 +1,9 @@
-#include "Manual.h"
+#include "commands/Table.h"
+#include "engine/Manual.h"
 
 #include <iostream>
 
 int main()
 {
-    std::cout << ostrelctl::manual();
+    std::cout << ostrelctl::manual(ostrelctl::commandTable());
 }

@@ -1,9 +1,9 @@
-// The table of commands: each row is complete, and all of the library is in it.
+// The table of commands: each row is complete, and the rows cover the library.
 
-#include "CommandLine.h"
-#include "ExitStatus.h"
-#include "Help.h"
+#include "cli/Rows.h"
 
+#include "engine/CommandLine.h"
+#include "failure/ExitStatus.h"
 #include "support/TextFiles.h"
 
 #include <nlohmann/json.hpp>
@@ -18,7 +18,25 @@ namespace
 {
 
 using namespace ostrelctl;
+using cli_case::allCommands;
 using testing::HasSubstr;
+
+/// The words of a path, and more.
+Words lineOf(const std::string& path, const Words& more)
+{
+    std::istringstream stream(path);
+    Words line;
+    for (std::string word; stream >> word;) {
+        line.push_back(word);
+    }
+    line.insert(line.end(), more.begin(), more.end());
+    return line;
+}
+
+std::string helpOn(const std::string& path)
+{
+    return parse(commandTable(), lineOf(path, {"--help"})).text.value_or("");
+}
 
 std::set<std::string> wordsOf(const std::string& text)
 {
@@ -48,29 +66,31 @@ TEST(ExitStatuses, AreFrozen)
 
 TEST(Commands, AreEachComplete)
 {
-    for (const Command& command : commands()) {
+    for (const Command& command : allCommands()) {
         SCOPED_TRACE(command.path);
         EXPECT_TRUE(std::regex_match(command.path, std::regex("[a-z-]+( [a-z-]+){0,2}")));
         EXPECT_TRUE(std::isupper(command.help[0])) << command.help;
         EXPECT_NE(std::string(command.help).back(), '.');
         EXPECT_FALSE(command.api.empty());
-        EXPECT_NE(command.run, nullptr);
+        EXPECT_TRUE(command.run);
         EXPECT_NE(command.view.at, nullptr);
         const bool hasColumns =
             command.view.kind != View::Members && command.view.kind != View::Sentence;
         EXPECT_EQ(command.view.columns.empty(), !hasColumns);
-        EXPECT_EQ(commandCalled(command.path), &command) << "the path is another one's too";
+        EXPECT_EQ(commandCalled(commandTable(), command.path), &command)
+            << "another command has this path";
     }
 }
 
-TEST(Commands, TakeArgumentsThatCanBeToldApart)
+TEST(Commands, TakeArgumentsWithNamesOfTheirOwn)
 {
-    for (const Command& command : commands()) {
+    for (const Command& command : allCommands()) {
         SCOPED_TRACE(command.path);
         bool isLast = false;
         std::set<std::string> names;
         for (const Argument& argument : command.arguments) {
-            EXPECT_FALSE(isLast) << argument.name << " follows one that takes any number";
+            EXPECT_FALSE(isLast) << argument.name
+                                 << " follows one that can be left out or repeated";
             isLast = argument.arity != Arity::One;
             EXPECT_TRUE(std::regex_match(argument.name, std::regex("[A-Z]+"))) << argument.name;
             EXPECT_STRNE(argument.help, "") << argument.name;
@@ -79,13 +99,13 @@ TEST(Commands, TakeArgumentsThatCanBeToldApart)
     }
 }
 
-TEST(Commands, TakeOptionsThatAreExplained)
+TEST(Commands, TakeOptionsWithHelpAndNamesOfTheirOwn)
 {
     std::set<std::string> global;
     for (const Option& option : globalOptions()) {
         EXPECT_TRUE(global.insert(option.name).second) << option.name;
     }
-    for (const Command& command : commands()) {
+    for (const Command& command : allCommands()) {
         std::set<std::string> names = global;
         for (const Option& option : command.options) {
             EXPECT_TRUE(std::regex_match(option.name, std::regex("--[a-z]+"))) << option.name;
@@ -97,16 +117,16 @@ TEST(Commands, TakeOptionsThatAreExplained)
 
 TEST(Commands, ActOnAServiceThatIsTheirFirstArgument)
 {
-    for (const Command& command : commands()) {
+    for (const Command& command : allCommands()) {
         for (std::size_t i = 0; i < command.arguments.size(); ++i) {
-            EXPECT_EQ(command.arguments[i].kind == Kind::Service, i == 0) << command.path;
+            EXPECT_EQ(std::string(command.arguments[i].name) == "SERVICE", i == 0) << command.path;
         }
     }
 }
 
-TEST(Commands, HaveHelpThatNamesAllOfTheRow)
+TEST(Commands, HaveHelpWithAllOfTheRow)
 {
-    for (const Command& command : commands()) {
+    for (const Command& command : allCommands()) {
         SCOPED_TRACE(command.path);
         const std::string help = helpOn(command.path);
         EXPECT_THAT(help, HasSubstr("Usage: ostrelctl " + command.path + " [OPTION...]"));
@@ -118,14 +138,15 @@ TEST(Commands, HaveHelpThatNamesAllOfTheRow)
         for (const Option& option : command.options) {
             EXPECT_THAT(help, HasSubstr(option.help));
         }
-        EXPECT_THAT(helpOn(""), HasSubstr("  " + command.path + ' '));
+        const char* const mark = command.daemon == Daemon::Asked ? "* " : " ";
+        EXPECT_THAT(helpOn(""), HasSubstr("\n  " + command.path + mark));
     }
 }
 
-/// A line that holds everything that a command takes.
+/// A line with all arguments and options of a command.
 Words fullLineOf(const Command& command)
 {
-    Words line;
+    Words line = lineOf(command.path, {});
     for (const Argument& argument : command.arguments) {
         line.push_back(std::string("the ") + argument.name);
     }
@@ -140,11 +161,12 @@ Words fullLineOf(const Command& command)
 
 TEST(Commands, AreParsedByTheirRows)
 {
-    for (const Command& command : commands()) {
+    for (const Command& command : allCommands()) {
         SCOPED_TRACE(command.path);
-        Invocation invocation;
-        invocation.command = &command;
-        takeValues(invocation, fullLineOf(command));
+        const ParsedLine parsed = parse(commandTable(), fullLineOf(command));
+        ASSERT_FALSE(parsed.failure) << parsed.failure->what();
+        const Invocation& invocation = parsed.invocation;
+        EXPECT_EQ(invocation.command, &command);
         for (const Argument& argument : command.arguments) {
             EXPECT_EQ(invocation.one(argument.name), std::string("the ") + argument.name);
         }
@@ -161,20 +183,24 @@ TEST(Commands, AreParsedByTheirRows)
 TEST(Groups, AreThoseThatCommandsBeginWith)
 {
     std::set<std::string> begun;
-    for (const Command& command : commands()) {
+    for (const Command& command : allCommands()) {
         for (std::size_t blank = 0; (blank = command.path.find(' ', blank)) != std::string::npos;) {
             begun.insert(command.path.substr(0, blank++));
         }
     }
-    std::set<std::string> told;
-    for (const Group& group : groups()) {
-        told.insert(group.path);
-        EXPECT_THAT(helpOn(group.path), HasSubstr(group.help));
+    std::set<std::string> groups;
+    for (const Family& family : commandTable()) {
+        for (const Group& group : family.groups) {
+            groups.insert(group.path);
+            const Command* const command = commandCalled(commandTable(), group.path);
+            EXPECT_THAT(helpOn(group.path),
+                        HasSubstr(command != nullptr ? command->help : group.help));
+        }
     }
-    EXPECT_EQ(told, begun);
+    EXPECT_EQ(groups, begun);
 }
 
-/// What commands are not made of: the workers that other operations share.
+/// Operations without a command: the workers that other operations share.
 const std::set<std::string> workers = {
     "OstrelService",      "getCertificate",        "getList",    "getListByCN", "addCertificate",
     "addCertificateFile", "getCertificateDetails", "getLockPath"};
@@ -184,7 +210,7 @@ TEST(Commands, GiveAccessToEveryOperationOfTheLibrary)
     const std::string header = support::readText(OSTREL_SERVICE_HEADER);
     const std::string declarations = header.substr(0, header.find("\nprivate:"));
     std::set<std::string> offered;
-    for (const Command& command : commands()) {
+    for (const Command& command : allCommands()) {
         offered.merge(wordsOf(command.api));
     }
     std::set<std::string> operations;
@@ -207,7 +233,7 @@ TEST(Schema, DescribesTheAnswerOfEachCommandAndNothingElse)
         described.insert(name);
     }
     std::set<std::string> paths;
-    for (const Command& command : commands()) {
+    for (const Command& command : allCommands()) {
         paths.insert(command.path);
     }
     EXPECT_EQ(described, paths);

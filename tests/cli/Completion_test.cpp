@@ -1,9 +1,9 @@
-// What shells are answered while a command line is being typed: rows of words,
-// the last of which is the unfinished one.
+// The candidates for a command line that is being typed: rows of words, where
+// the last word is not finished.
 
 #include "cli/CliCase.h"
 
-#include "Command.h"
+#include "cli/Rows.h"
 
 #include <ostrl/splitstr.h>
 
@@ -18,7 +18,7 @@ using testing::Contains;
 using testing::IsSupersetOf;
 using testing::Not;
 
-/// The lines that the words are completed by.
+/// The answer for the words, line by line.
 Words linesFor(Words words)
 {
     words.insert(words.begin(), "__complete");
@@ -33,7 +33,7 @@ Words linesFor(Words words)
     return lines;
 }
 
-/// The candidates alone; "files" for the line that asks for them.
+/// The candidates alone; "files" for the line that stands for them.
 Words candidatesFor(const Words& words)
 {
     Words candidates;
@@ -57,7 +57,7 @@ struct CompletionRow {
     Words expected;
 };
 
-TEST_F(Completion, IsOfWhatCanStandThere)
+TEST_F(Completion, OffersWhatCanStandThere)
 {
     const CompletionRow rows[] = {
         {"a command by its start", {"stat"}, {"status"}},
@@ -93,7 +93,10 @@ TEST_F(Completion, IsOfWhatCanStandThere)
         {"no option after two dashes", {"status", "--", "-"}, {}},
         {"a service after two dashes", {"status", "--", "v"}, {"vpn"}},
         {"nothing after what is no command", {"frob", ""}, {}},
-        {"nothing for nothing", {}, {}},
+        {"no candidates without words", {}, {}},
+        {"a command after help", {"help", "ca", "re"}, {"record", "revoke"}},
+        {"no argument after help", {"help", "ca", "show", ""}, {}},
+        {"the word for help", {"hel"}, {"help"}},
     };
     for (const CompletionRow& row : rows) {
         SCOPED_TRACE(row.sentence);
@@ -101,7 +104,7 @@ TEST_F(Completion, IsOfWhatCanStandThere)
     }
 }
 
-TEST_F(Completion, OfNothingYetIsEveryFirstWord)
+TEST_F(Completion, OffersEveryFirstWordAtTheStart)
 {
     EXPECT_THAT(candidatesFor({""}), IsSupersetOf({"services", "ca", "server", "notify"}));
     const Words words = candidatesFor({""});
@@ -110,7 +113,7 @@ TEST_F(Completion, OfNothingYetIsEveryFirstWord)
 
 TEST_F(Completion, LeadsToEachCommandAndItsOptions)
 {
-    for (const ostrelctl::Command& command : ostrelctl::commands()) {
+    for (const ostrelctl::Command& command : cli_case::allCommands()) {
         Words words;
         for (const std::string& word : splitstr(command.path, ' ')) {
             words.emplace_back("");
@@ -126,15 +129,15 @@ TEST_F(Completion, LeadsToEachCommandAndItsOptions)
     }
 }
 
-TEST_F(Completion, TellsWhatEachCandidateIs)
+TEST_F(Completion, DescribesEachCandidate)
 {
     EXPECT_THAT(linesFor({"ca", "show", "web", ""}), Contains(one + "\tOne"));
     EXPECT_THAT(linesFor({"status", "w"}), Contains("web\tWeb server"));
-    EXPECT_THAT(linesFor({"stat"}), Contains("status\tAsk the daemon whether it serves a service"));
+    EXPECT_THAT(linesFor({"stat"}), Contains("status\tReport whether the daemon serves a service"));
     EXPECT_THAT(linesFor({"c"}), Contains("ca\tThe certificate authorities that a service trusts"));
 }
 
-TEST_F(Completion, IsOfTheKeysThatACertificateHas)
+TEST_F(Completion, OffersTheKeysOfACertificate)
 {
     run({"override", "set", "web", "ca/" + one, "max-age", "30"});
     EXPECT_EQ(linesFor({"override", "unset", "web", "ca/" + one, ""}), Words{"max-age\t30"});
@@ -143,7 +146,7 @@ TEST_F(Completion, IsOfTheKeysThatACertificateHas)
     EXPECT_EQ(linesFor({"override", "unset", "web", "odd", ""}), Words{});
 }
 
-TEST_F(Completion, OfTheServersOwnIdIsTheOneInUse)
+TEST_F(Completion, OffersTheActiveIdOfTheServer)
 {
     const std::string id = applyNew();
     EXPECT_EQ(candidatesFor({"server", "show", "web", ""}), Words{id});
@@ -157,7 +160,7 @@ TEST_F(Completion, NeedsNoDaemon)
     EXPECT_THAT(candidatesFor({"ca", "show", "web", ""}), testing::UnorderedElementsAre(one, two));
 }
 
-TEST_F(Completion, IsNothingWithoutAConfiguration)
+TEST_F(Completion, OffersNothingWithoutAConfiguration)
 {
     std::filesystem::remove("/etc/ostrel/config.daemon");
     EXPECT_EQ(linesFor({"status", ""}), Words{});

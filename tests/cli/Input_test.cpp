@@ -1,6 +1,6 @@
-#include "Failure.h"
-#include "Ids.h"
-#include "Input.h"
+#include "commands/Ids.h"
+#include "commands/PemInput.h"
+#include "failure/Failure.h"
 
 #include "support/TextFiles.h"
 
@@ -173,7 +173,7 @@ TEST(IdNamed, ListsTheCandidates)
         FAIL();
     } catch (const Failure& failure) {
         EXPECT_THAT(failure.candidates, ElementsAre("12", "13"));
-        EXPECT_EQ(failure.next, "give more of one: 12 13");
+        EXPECT_EQ(failure.next, "type more of one: 12 13");
     }
 }
 

@@ -1,8 +1,9 @@
 // ostrelctl(1) and docs/OSTRELCTL.md against the tables that the program reads.
 
-#include "CommandLine.h"
-#include "ExitStatus.h"
-#include "Manual.h"
+#include "cli/Rows.h"
+
+#include "engine/Manual.h"
+#include "failure/ExitStatus.h"
 
 #include <ostrl/splitstr.h>
 
@@ -14,12 +15,14 @@ namespace
 {
 
 using namespace ostrelctl;
+using cli_case::allCommands;
 using testing::HasSubstr;
 
-/// The part of the page that tells of a command.
+const std::string page = manual(commandTable());
+
+/// The entry of a command.
 std::string entryOf(const Command& command)
 {
-    const std::string page = manual();
     const std::string start = ".It Cm " + command.path;
     for (std::size_t at = 0; (at = page.find(start, at)) != std::string::npos; ++at) {
         const std::string line = page.substr(at, page.find('\n', at) - at);
@@ -33,13 +36,13 @@ std::string entryOf(const Command& command)
 
 TEST(Manual, IsTheOneInTheDocuments)
 {
-    EXPECT_EQ(support::readDocument("man/ostrelctl.1").text(), manual())
-        << "write it with ostrelctl_manual";
+    EXPECT_EQ(support::readDocument("man/ostrelctl.1").text(), page)
+        << "generate it with ostrelctl_manual";
 }
 
-TEST(Manual, TellsAllOfEachCommand)
+TEST(Manual, HasAllOfEachCommand)
 {
-    for (const Command& command : commands()) {
+    for (const Command& command : allCommands()) {
         SCOPED_TRACE(command.path);
         const std::string entry = entryOf(command);
         EXPECT_THAT(entry, HasSubstr(command.help));
@@ -57,23 +60,23 @@ TEST(Manual, TellsAllOfEachCommand)
     }
 }
 
-TEST(Manual, TellsTheOptionsOfEveryCommand)
+TEST(Manual, HasTheOptionsOfEveryCommand)
 {
     for (const Option& option : globalOptions()) {
-        EXPECT_THAT(manual(), HasSubstr(std::string(".It Fl ") + (option.name + 1)));
-        EXPECT_THAT(manual(), HasSubstr(option.help));
+        EXPECT_THAT(page, HasSubstr(std::string(".It Fl ") + (option.name + 1)));
+        EXPECT_THAT(page, HasSubstr(option.help));
     }
 }
 
-TEST(Manual, TellsEachExitStatus)
+TEST(Manual, HasEachExitStatus)
 {
     for (const StatusRow& row : statusRows) {
-        EXPECT_THAT(manual(), HasSubstr(".It " + std::to_string(static_cast<int>(row.status)) +
-                                        " Pq " + row.word + '\n' + row.meaning));
+        EXPECT_THAT(page, HasSubstr(".It " + std::to_string(static_cast<int>(row.status)) + " Pq " +
+                                    row.word + '\n' + row.meaning));
     }
 }
 
-TEST(Document, TellsEachExitStatus)
+TEST(Document, HasEachExitStatus)
 {
     const auto table = support::readDocument("OSTRELCTL.md").table("exit status");
     ASSERT_EQ(table.size(), statusRows.size());

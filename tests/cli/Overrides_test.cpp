@@ -56,9 +56,9 @@ TEST_F(Overrides, RefuseWhatTheyCannotHold)
 {
     const std::string ca = "ca/" + addCA("One");
     const Row rows[] = {
-        {"a key with a blank", {"set", "web", ca, "a key", "x"}, 2, "is no override"},
-        {"an empty key", {"set", "web", ca, "", "x"}, 2, "is no override"},
-        {"a value that is a tab", {"set", "web", ca, "key", "\t"}, 2, "is no override"},
+        {"a key with a blank", {"set", "web", ca, "a key", "x"}, 2, "is not an override"},
+        {"an empty key", {"set", "web", ca, "", "x"}, 2, "is not an override"},
+        {"a value that is a tab", {"set", "web", ca, "key", "\t"}, 2, "is not an override"},
         {"no such store", {"get", "web", "cas/1"}, 2, "there is no store 'cas'"},
         {"a store without an id", {"get", "web", "ca"}, 6, "there is no certificate ''"},
         {"no certificate in use", {"get", "web", "server"}, 6, "doesn't exist"},

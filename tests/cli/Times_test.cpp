@@ -1,4 +1,4 @@
-#include "Survey.h"
+#include "commands/Times.h"
 
 #include <gtest/gtest.h>
 

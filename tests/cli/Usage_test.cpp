@@ -26,7 +26,20 @@ TEST_F(Usage, ThatIsWrongIsStatus2AndSaysWhereToLook)
         {"no such command", {"frob"}, "there is no command 'frob'; `ostrelctl --help`"},
         {"no such command of a group",
          {"ca", "lst", "web"},
-         "there is no command 'ca lst'; `ostrelctl ca --help`"},
+         "there is no command 'ca lst'; did you mean 'ca list'? `ostrelctl ca --help`"},
+        {"a mistyped group",
+         {"sever", "list"},
+         "there is no command 'sever'; did you mean 'server'?"},
+        {"help on no command",
+         {"help", "ca", "frob"},
+         "there is no command 'ca frob'; `ostrelctl ca"},
+        {"a mistyped option", {"services", "--time-out=5"}, "did you mean '--timeout'?"},
+        {"a word after a command that others begin with",
+         {"server", "csr", "show", "web", "x"},
+         "not expected: x"},
+        {"no service for it",
+         {"server", "csr"},
+         "SERVICE is required; `ostrelctl server csr --help`"},
         {"a group alone", {"server", "--debug"}, "no command is given; `ostrelctl server --help`"},
         {"no service", {"ca", "list"}, "SERVICE is required; `ostrelctl ca list --help`"},
         {"no file", {"ca", "add", "web"}, "FILE is required"},
@@ -34,9 +47,9 @@ TEST_F(Usage, ThatIsWrongIsStatus2AndSaysWhereToLook)
         {"an unknown option", {"services", "--frob"}, "not expected: --frob"},
         {"another command's option", {"services", "--cn", "x"}, "--cn"},
         {"an option without its value", {"services", "--timeout"}, "--timeout"},
-        {"letters for a number", {"services", "--timeout", "soon"}, "soon is no number"},
-        {"a number below 0", {"services", "--timeout=-1"}, "-1 is no number"},
-        {"a number without end", {"services", "--wait", "99999999999"}, "is no number"},
+        {"letters for a number", {"services", "--timeout", "soon"}, "'soon' is not a number"},
+        {"a number below 0", {"services", "--timeout=-1"}, "'-1' is not a number"},
+        {"a number without end", {"services", "--wait", "99999999999"}, "is not a number"},
         {"no number", {"services", "--timeout="}, "--timeout"},
         {"no such colour", {"services", "--color", "pink"}, "--color is one of: auto always never"},
         {"a control character", {"fr\033ob"}, "there is no command 'fr?ob'"},
@@ -74,6 +87,15 @@ TEST_F(Usage, TakesWhatFollowsTwoDashesAsItIs)
     const FinishedProgram finished = run({"status", "--", "--help"});
     EXPECT_EQ(finished.status, 5);
     EXPECT_THAT(finished.errors, HasSubstr("there is no service '--help'"));
+    EXPECT_THAT(run({"expiry", "vpn", "--", "--json"}).errors,
+                HasSubstr("there is no service '--json'"));
+    EXPECT_EQ(run({"server", "csr", "--", "create"}).status, 5);
+}
+
+TEST_F(Usage, TakesWordsInBracketsAsTheyAre)
+{
+    const FinishedProgram finished = run({"ca", "add", "web", "[a,b]"});
+    EXPECT_THAT(finished.errors, HasSubstr("cannot read [a,b]: No such file"));
 }
 
 TEST_F(Usage, IsShownOnEveryLevel)
@@ -81,23 +103,27 @@ TEST_F(Usage, IsShownOnEveryLevel)
     const FinishedProgram all = run({"--help"});
     EXPECT_EQ(all.status, 0);
     EXPECT_EQ(all.errors, "");
-    EXPECT_THAT(all.output, StartsWith("Usage: ostrelctl COMMAND"));
-    EXPECT_THAT(all.output, HasSubstr("\n  server csr create "));
-    EXPECT_THAT(all.output, HasSubstr("\n  10  A certificate is due to be renewed\n"));
+    EXPECT_THAT(all.output, HasSubstr("\nUsage: ostrelctl COMMAND"));
+    EXPECT_THAT(all.output, HasSubstr("\n  server csr create* "));
+    EXPECT_THAT(all.output, HasSubstr("\n  10  A server certificate is due for renewal\n"));
     const std::string group = run({"ca", "--help"}).output;
-    EXPECT_THAT(group, HasSubstr("\n  ca add "));
+    EXPECT_THAT(group, HasSubstr("\n  ca add* "));
     EXPECT_THAT(group, Not(HasSubstr("client add")));
     const std::string command = run({"ca", "add", "--help"}).output;
-    EXPECT_THAT(command, StartsWith("Usage: ostrelctl ca add [OPTION...] SERVICE FILE..."));
+    EXPECT_THAT(command, HasSubstr("\nUsage: ostrelctl ca add [OPTION...] SERVICE FILE...\n"));
     EXPECT_THAT(command, HasSubstr("--timeout SECONDS"));
     EXPECT_EQ(run({"ca", "add", "-h"}).output, command);
     EXPECT_EQ(run({"--help", "ca", "add", "web"}).output, command);
+    EXPECT_EQ(run({"help", "ca", "add"}).output, command);
+    EXPECT_EQ(run({"help", "ca"}).output, group);
+    EXPECT_EQ(run({"help"}).output, all.output);
 }
 
 TEST_F(Usage, TellsItsVersion)
 {
     EXPECT_THAT(run({"--version"}).output,
                 testing::MatchesRegex("ostrelctl [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    EXPECT_EQ(run({"-V"}).output, run({"--version"}).output);
 }
 
 } // namespace

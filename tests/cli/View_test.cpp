@@ -1,6 +1,8 @@
-#include "PlainText.h"
-#include "Terminal.h"
-#include "View.h"
+#include "engine/PlainText.h"
+#include "engine/Terminal.h"
+#include "engine/View.h"
+
+#include <nlohmann/json.hpp>
 
 #include <gtest/gtest.h>
 

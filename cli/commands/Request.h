@@ -1,0 +1,64 @@
+#pragma once
+
+// Requests to the daemon, repeated while the service is locked.
+
+#include "engine/Context.h"
+#include "engine/Deadline.h"
+
+#include <ostrelApi/CallError.h>
+#include <ostrelApi/ReturnCode.h>
+
+#include <chrono>
+#include <type_traits>
+
+namespace ostrelctl
+{
+
+/// The pauses between two attempts: short at first, then longer, and in all not
+/// longer than given.
+class Pauses
+{
+public:
+    explicit Pauses(std::chrono::milliseconds all);
+
+    /// Waits; false when no time is left. Throws as Deadline::check() does.
+    bool wait();
+
+private:
+    std::chrono::steady_clock::time_point m_end;
+    std::chrono::milliseconds m_next;
+};
+
+/// A reply that a signal cut short can look complete.
+template <class Call>
+auto completeReplyTo(const Call& call) -> decltype(call())
+{
+    if constexpr (std::is_void_v<decltype(call())>) {
+        call();
+        Deadline::check();
+    } else {
+        auto reply = call();
+        Deadline::check();
+        return reply;
+    }
+}
+
+/// Makes a call that sends a request, and makes it again while the service is
+/// locked, for the time of --wait.
+template <class Call>
+auto request(const Context& context, const Call& call) -> decltype(call())
+{
+    Pauses pauses(std::chrono::seconds(context.invocation.number("--wait")));
+    for (;;) {
+        Deadline::check();
+        try {
+            return completeReplyTo(call);
+        } catch (const ostrelApi::CallError& caught) {
+            if (caught.getReturnCode() != ostrelApi::ApiLocked || !pauses.wait()) {
+                throw;
+            }
+        }
+    }
+}
+
+} // namespace ostrelctl

@@ -1,0 +1,36 @@
+#pragma once
+
+// Reads the stores from the daemon's files, without a request: many certificates
+// of many services in one go.
+
+#include "commands/Stores.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ostrelctl
+{
+
+/// One certificate of a store.
+struct Entry {
+    std::string id;
+    std::string commonName;
+    /// Seconds since 1970; empty where its summary cannot be read.
+    std::optional<std::int64_t> validUntil;
+};
+
+/// The certificates of these ids.
+std::vector<Entry> entriesOf(const std::string& service, const Store& store, const Ids& ids);
+
+/// The ids of a store; empty where the daemon has not created the store yet.
+Ids idsOf(OstrelService& object, const std::string& service, const Store& store);
+
+/// The file with the ids of a store, or with the active id.
+std::string listPathOf(const std::string& service, const Store& store);
+
+/// A text as its file holds it: some operations of the library add a line feed.
+std::string asInTheFile(std::string text);
+
+} // namespace ostrelctl
