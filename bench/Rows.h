@@ -19,7 +19,7 @@ std::vector<Row> storeRows(const Device& device, Extent extent);
 std::vector<Row> textRows(const Device& device, Extent extent);
 
 /// What a person waits for when looking at a whole device.
-std::vector<Row> surveyRows(const Device& device, Extent extent);
+std::vector<Row> listingRows(const Device& device, Extent extent);
 
 /// The start of programs that link the library.
 std::vector<Row> startRows();

@@ -107,7 +107,7 @@ using Family = std::function<std::vector<Row>(const bench::Device&, bench::Exten
 const std::vector<Family>& families()
 {
     static const std::vector<Family> all = {
-        bench::exchangeRows, bench::storeRows, bench::textRows, bench::surveyRows,
+        bench::exchangeRows, bench::storeRows, bench::textRows, bench::listingRows,
         [](const bench::Device&, bench::Extent) { return bench::startRows(); }};
     return all;
 }

@@ -64,10 +64,9 @@ std::string bodyOf(std::string pem)
 class Addition
 {
 public:
-    Addition(Context& context, const Store& store)
-        : m_context(context), m_store(store),
-          m_given(certificatesOf(context.invocation.all("FILE"))),
-          m_service(openService(context.serviceName()))
+    Addition(const Invocation& invocation, const Store& store)
+        : m_invocation(invocation), m_store(store), m_given(certificatesOf(invocation.all("FILE"))),
+          m_service(openService(invocation.service()))
     {
         for (const GivenCertificate& given : m_given) {
             m_rows.push_back(
@@ -91,7 +90,7 @@ public:
         for (const char* result : {added, alreadyThere, refused, notSent}) {
             counts[result] = count(result);
         }
-        return {{"service", m_context.serviceName()},
+        return {{"service", m_invocation.service()},
                 {"store", m_store.word},
                 {"counts", counts},
                 {"certificates", m_rows}};
@@ -115,8 +114,9 @@ private:
     void add(const GivenCertificate& given, Json& row)
     {
         try {
-            row["id"] = request(
-                m_context, [&] { return m_service.importCertificate(m_store.target, given.pem); });
+            row["id"] = request(m_invocation, [&] {
+                return m_service.importCertificate(m_store.target, given.pem);
+            });
             row["result"] = added;
         } catch (const ostrelApi::CallError& caught) {
             if (!isOfTheCertificate(caught.getReturnCode())) {
@@ -167,7 +167,7 @@ private:
                              [](const Json& row) { return row.at("result") == refused; });
     }
 
-    const Context& m_context;
+    const Invocation& m_invocation;
     const Store& m_store;
     const std::vector<GivenCertificate> m_given;
     OstrelService m_service;
@@ -179,16 +179,16 @@ private:
 
 } // namespace
 
-Outcome add(Context& context, const Store& store)
+Outcome add(const Invocation& invocation, const Store& store)
 {
-    Addition addition(context, store);
+    Addition addition(invocation, store);
     std::optional<Failure> failure;
     try {
         addition.run();
         failure = addition.refusals();
     } catch (const std::exception&) {
         // The answer lists what was added until then.
-        failure = failureInFlight(context);
+        failure = failureInFlight(invocation);
     }
     return {addition.json(), ExitStatus::Done, failure};
 }

@@ -5,7 +5,7 @@
 #include "commands/Families.h"
 #include "commands/OpenService.h"
 #include "commands/StoreReader.h"
-#include "engine/Context.h"
+#include "engine/Command.h"
 #include "engine/Outcome.h"
 
 #include <ostrelApi/CallError.h>
@@ -20,9 +20,9 @@ namespace ostrelctl
 namespace
 {
 
-std::vector<std::string> servicesOf(const Context& context)
+std::vector<std::string> servicesOf(const Invocation& invocation)
 {
-    auto names = context.invocation.all("SERVICE");
+    auto names = invocation.all("SERVICE");
     if (names.empty()) {
         names = OstrelService::getServiceList();
         std::sort(names.begin(), names.end());
@@ -67,23 +67,23 @@ Json renewalRow(OstrelService& service, const std::string& name, int within)
 }
 
 // A service without certificates of its own is skipped, unless the line names it.
-bool hasServer(const Context& context, const OstrelService& service)
+bool hasServer(const Invocation& invocation, const OstrelService& service)
 {
-    if (!service.hasServer() && context.invocation.has("SERVICE")) {
-        throw ostrelApi::CallError(ostrelApi::NoSuchTarget, "");
+    if (!service.hasServer() && invocation.has("SERVICE")) {
+        throw ostrelApi::CallError(ostrelApi::NoSuchTarget, "the service has no server store");
     }
     return service.hasServer();
 }
 
-Outcome listExpiry(Context& context)
+Outcome listExpiry(const Invocation& invocation)
 {
     Json rows = Json::array();
-    for (const std::string& name : servicesOf(context)) {
+    for (const std::string& name : servicesOf(invocation)) {
         OstrelService service = openService(name);
         addRows(rows, service, name);
     }
-    if (context.invocation.has("--within")) {
-        const int within = context.invocation.number("--within");
+    if (invocation.has("--within")) {
+        const int within = invocation.number("--within");
         rows.erase(std::remove_if(rows.begin(), rows.end(),
                                   [&](const Json& row) { return daysOf(row) >= within; }),
                    rows.end());
@@ -93,14 +93,14 @@ Outcome listExpiry(Context& context)
     return {{{"certificates", rows}}};
 }
 
-Outcome checkRenewal(Context& context)
+Outcome checkRenewal(const Invocation& invocation)
 {
-    const int within = context.invocation.number("--within");
+    const int within = invocation.number("--within");
     Json rows = Json::array();
     bool isDue = false;
-    for (const std::string& name : servicesOf(context)) {
+    for (const std::string& name : servicesOf(invocation)) {
         OstrelService service = openService(name);
-        if (hasServer(context, service)) {
+        if (hasServer(invocation, service)) {
             rows.push_back(renewalRow(service, name, within));
             isDue = isDue || rows.back().at("due").get<bool>();
         }

@@ -19,16 +19,16 @@ namespace ostrelctl
 namespace
 {
 
-Json headOf(const Context& context, const Store& store)
+Json headOf(const Invocation& invocation, const Store& store)
 {
-    return {{"service", context.serviceName()}, {"store", store.word}};
+    return {{"service", invocation.service()}, {"store", store.word}};
 }
 
-Outcome path(Context& context, const Store& store)
+Outcome path(const Invocation& invocation, const Store& store)
 {
-    Selection selection(context, store);
-    const ostrel::ExternalCertificatesAccessor paths(context.serviceName(), store.word);
-    Outcome outcome{headOf(context, store)};
+    Selection selection(invocation, store);
+    const ostrel::ExternalCertificatesAccessor paths(invocation.service(), store.word);
+    Outcome outcome{headOf(invocation, store)};
     outcome.json["directory"] = (selection.service().*store.directory)();
     outcome.json["paths"] = Json::array();
     for (const std::string& id : selection.ids()) {
@@ -40,12 +40,11 @@ Outcome path(Context& context, const Store& store)
     return outcome;
 }
 
-Outcome find(Context& context, const Store& store)
+Outcome find(const Invocation& invocation, const Store& store)
 {
-    OstrelService service = openService(context.serviceName());
-    const auto given = certificatesOf(context.invocation.one("FILE"));
-    context.path = listPathOf(context.serviceName(), store);
-    Outcome outcome{headOf(context, store)};
+    OstrelService service = openService(invocation.service());
+    const auto given = certificatesOf(invocation.one("FILE"));
+    Outcome outcome{headOf(invocation, store)};
     outcome.json["certificates"] = Json::array();
     for (const GivenCertificate& certificate : given) {
         Deadline::check();
@@ -60,14 +59,14 @@ Outcome find(Context& context, const Store& store)
     return outcome;
 }
 
-Outcome revoke(Context& context, const Store& store)
+Outcome revoke(const Invocation& invocation, const Store& store)
 {
-    Outcome outcome{headOf(context, store)};
+    Outcome outcome{headOf(invocation, store)};
     outcome.json["revoked"] = Json::array();
-    Selection selection(context, store);
+    Selection selection(invocation, store);
     if (!selection.ids().empty()) {
-        outcome.json["revoked"] =
-            request(context, [&] { return (selection.service().*store.revoke)(selection.ids()); });
+        outcome.json["revoked"] = request(
+            invocation, [&] { return (selection.service().*store.revoke)(selection.ids()); });
     }
     outcome.json["count"] = outcome.json["revoked"].size();
     return outcome;

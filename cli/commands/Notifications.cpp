@@ -11,13 +11,13 @@ namespace ostrelctl
 namespace
 {
 
-Outcome notifyNetwork(Context& /*context*/)
+Outcome notifyNetwork(const Invocation& /*invocation*/)
 {
     OstrelService::notifyNetwork();
     return {{{"notified", "network"}}};
 }
 
-Outcome notifyTime(Context& /*context*/)
+Outcome notifyTime(const Invocation& /*invocation*/)
 {
     OstrelService::notifyTime();
     return {{{"notified", "time"}}};

@@ -5,16 +5,12 @@
 #include "commands/Ids.h"
 #include "commands/OpenService.h"
 #include "commands/StoreReader.h"
-#include "engine/Context.h"
+#include "engine/Command.h"
 #include "engine/Outcome.h"
 
-#include <ostrel/ExternalCertificatesAccessor.h>
-#include <ostrel/InternalCertificatesAccessor.h>
 #include <ostrelApi/CallError.h>
 
 #include <algorithm>
-
-#include <unistd.h>
 
 namespace ostrelctl
 {
@@ -38,32 +34,19 @@ std::string wholeId(const std::string& given, const Ids& all, const Store& store
 class Place
 {
 public:
-    explicit Place(Context& context)
-        : m_context(context), m_service(openService(context.serviceName()))
+    explicit Place(const Invocation& invocation)
+        : m_invocation(invocation), m_service(openService(invocation.service()))
     {
-        const auto [word, given] = partsOf(context.invocation.one("CERTIFICATE"));
+        const auto [word, given] = partsOf(invocation.one("CERTIFICATE"));
         m_store = storeNamed(word);
-        context.path = listPathOf(context.serviceName(), *m_store);
-        m_id = wholeId(given, idsOf(m_service, context.serviceName(), *m_store), *m_store);
-        context.path.clear();
+        m_id = wholeId(given, idsOf(m_service, invocation.service(), *m_store), *m_store);
     }
 
     ostrelApi::OverwrittenData overrides() { return (m_service.*m_store->overrides)(m_id); }
 
-    /// The file may be unreadable, or not be written, for this user.
-    void lookAtFile()
-    {
-        m_context.path =
-            m_store == &serverStore
-                ? ostrel::InternalCertificatesAccessor(m_context.serviceName(), "server")
-                      .certOverwrittenDataPath(m_id)
-                : ostrel::ExternalCertificatesAccessor(m_context.serviceName(), m_store->word)
-                      .certOverwrittenDataPath(m_id);
-    }
-
     Json json(const Json& overrides) const
     {
-        return {{"service", m_context.serviceName()},
+        return {{"service", m_invocation.service()},
                 {"store", m_store->word},
                 {"id", m_id},
                 {"overrides", overrides}};
@@ -80,7 +63,7 @@ private:
         return store;
     }
 
-    Context& m_context;
+    const Invocation& m_invocation;
     OstrelService m_service;
     const Store* m_store = nullptr;
     std::string m_id;
@@ -96,27 +79,24 @@ void setPending(ostrelApi::OverwrittenData& data, const std::string& key, const 
     }
 }
 
-Outcome change(Context& context, const std::string& value)
+Outcome change(const Invocation& invocation, const std::string& value)
 {
-    Place place(context);
-    place.lookAtFile();
-    context.access = R_OK | W_OK;
+    Place place(invocation);
     ostrelApi::OverwrittenData data = place.overrides();
-    setPending(data, context.invocation.one("KEY"), value);
+    setPending(data, invocation.one("KEY"), value);
     const Json result = data.getMap();
     data.write();
     return {place.json(result)};
 }
 
-Outcome getOverrides(Context& context)
+Outcome getOverrides(const Invocation& invocation)
 {
-    Place place(context);
-    place.lookAtFile();
+    Place place(invocation);
     const Json all = place.overrides().getMap();
-    if (!context.invocation.has("KEY")) {
+    if (!invocation.has("KEY")) {
         return {place.json(all)};
     }
-    const std::string key = context.invocation.one("KEY");
+    const std::string key = invocation.one("KEY");
     if (!all.contains(key)) {
         throw Failure(ExitStatus::Failed, "the certificate has no override '" + key + "'",
                       "`ostrelctl override get` without KEY prints all");
@@ -127,14 +107,14 @@ Outcome getOverrides(Context& context)
     return outcome;
 }
 
-Outcome setOverride(Context& context)
+Outcome setOverride(const Invocation& invocation)
 {
-    return change(context, context.invocation.one("VALUE"));
+    return change(invocation, invocation.one("VALUE"));
 }
 
-Outcome unsetOverride(Context& context)
+Outcome unsetOverride(const Invocation& invocation)
 {
-    return change(context, "");
+    return change(invocation, "");
 }
 
 Candidates certificateCandidates(const Words& before)

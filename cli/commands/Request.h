@@ -2,7 +2,7 @@
 
 // Requests to the daemon, repeated while the service is locked.
 
-#include "engine/Context.h"
+#include "engine/Command.h"
 #include "engine/Deadline.h"
 
 #include <ostrelApi/CallError.h>
@@ -46,9 +46,9 @@ auto completeReplyTo(const Call& call) -> decltype(call())
 /// Makes a call that sends a request, and makes it again while the service is
 /// locked, for the time of --wait.
 template <class Call>
-auto request(const Context& context, const Call& call) -> decltype(call())
+auto request(const Invocation& invocation, const Call& call) -> decltype(call())
 {
-    Pauses pauses(std::chrono::seconds(context.invocation.number("--wait")));
+    Pauses pauses(std::chrono::seconds(invocation.number("--wait")));
     for (;;) {
         Deadline::check();
         try {

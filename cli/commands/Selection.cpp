@@ -7,13 +7,11 @@
 namespace ostrelctl
 {
 
-Selection::Selection(Context& context, const Store& store)
-    : m_service(openService(context.serviceName()))
+Selection::Selection(const Invocation& invocation, const Store& store)
+    : m_service(openService(invocation.service()))
 {
-    context.path = listPathOf(context.serviceName(), store);
-    const Ids all = listedIds(m_service, context.serviceName(), store);
-    context.path.clear();
-    for (const std::string& given : context.invocation.all("ID")) {
+    const Ids all = listedIds(m_service, invocation.service(), store);
+    for (const std::string& given : invocation.all("ID")) {
         m_ids.push_back(idNamed(given, all));
     }
     if (store.target == ostrel::TargetServer && m_ids.empty()) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "commands/Stores.h"
-#include "engine/Context.h"
+#include "engine/Command.h"
 
 namespace ostrelctl
 {
@@ -10,7 +10,7 @@ namespace ostrelctl
 class Selection
 {
 public:
-    Selection(Context& context, const Store& store);
+    Selection(const Invocation& invocation, const Store& store);
 
     OstrelService& service() { return m_service; }
     const Ids& ids() const { return m_ids; }

@@ -12,8 +12,6 @@
 #include "commands/Times.h"
 #include "engine/Outcome.h"
 
-#include <ostrel/InternalCertificatesAccessor.h>
-
 #include <ctime>
 
 namespace ostrelctl
@@ -22,22 +20,18 @@ namespace ostrelctl
 namespace
 {
 
-using ostrel::InternalCertificatesAccessor;
-
 /// The service's own certificate, its key and its pending request.
 struct Server {
-    explicit Server(Context& context)
-        : name(context.serviceName()), service(openService(name)), paths(name, "server")
+    explicit Server(const Invocation& invocation)
+        : name(invocation.service()), service(openService(name))
     {
-        context.path = paths.activePath();
     }
 
     /// The id that the command line names, or the active one.
-    std::string id(Context& context)
+    std::string id(const Invocation& invocation)
     {
         const Ids active = idsOf(service, name, serverStore);
-        context.path.clear();
-        return ownIdNamed(context.invocation.one("ID"), active);
+        return ownIdNamed(invocation.one("ID"), active);
     }
 
     Json json(const char* member, const Json& value) const
@@ -47,7 +41,6 @@ struct Server {
 
     const std::string name;
     OstrelService service;
-    const InternalCertificatesAccessor paths;
 };
 
 GivenCertificate onlyOneOf(const std::string& path)
@@ -61,77 +54,71 @@ GivenCertificate onlyOneOf(const std::string& path)
     return given.front();
 }
 
-Outcome path(Context& context)
+Outcome path(const Invocation& invocation)
 {
-    Server server(context);
-    const std::string id = server.id(context);
-    context.path = server.paths.certPath(id);
+    Server server(invocation);
+    const std::string id = server.id(invocation);
     return {{{"service", server.name},
              {"id", id},
              {"path", server.service.getServerCertificatePath(id)}}};
 }
 
-Outcome key(Context& context)
+Outcome key(const Invocation& invocation)
 {
-    Server server(context);
-    const std::string id = server.id(context);
-    context.path = server.paths.certKeyPath(id);
+    Server server(invocation);
+    const std::string id = server.id(invocation);
     return {{{"service", server.name},
              {"id", id},
              {"key", asInTheFile(server.service.getServerKey(id))}}};
 }
 
-Outcome apply(Context& context)
+Outcome apply(const Invocation& invocation)
 {
-    Server server(context);
-    context.path.clear();
-    const GivenCertificate given = onlyOneOf(context.invocation.one("FILE"));
-    const std::string id = request(
-        context, [&] { return server.service.importCertificate(ostrel::TargetServer, given.pem); });
+    Server server(invocation);
+    const GivenCertificate given = onlyOneOf(invocation.one("FILE"));
+    const std::string id = request(invocation, [&] {
+        return server.service.importCertificate(ostrel::TargetServer, given.pem);
+    });
     return {{{"service", server.name}, {"source", given.source}, {"id", id}}};
 }
 
-Outcome revoke(Context& context)
+Outcome revoke(const Invocation& invocation)
 {
-    Server server(context);
+    Server server(invocation);
     if (idsOf(server.service, server.name, serverStore).empty()) {
         return {server.json("revoked", nullptr)};
     }
-    const std::string id = server.id(context);
-    request(context, [&] { server.service.revokeServerCertificate(id); });
+    const std::string id = server.id(invocation);
+    request(invocation, [&] { server.service.revokeServerCertificate(id); });
     return {server.json("revoked", id)};
 }
 
-Outcome createRequest(Context& context)
+Outcome createRequest(const Invocation& invocation)
 {
-    Server server(context);
-    context.path.clear();
-    const ostrelApi::ConfiguredField fields{context.invocation.has("--compliant")};
-    request(context, [&] { server.service.createServerCsr(fields); });
+    Server server(invocation);
+    const ostrelApi::ConfiguredField fields{invocation.has("--compliant")};
+    request(invocation, [&] { server.service.createServerCsr(fields); });
     return {server.json("created", true)};
 }
 
-Outcome showRequest(Context& context)
+Outcome showRequest(const Invocation& invocation)
 {
-    Server server(context);
-    context.path.clear();
+    Server server(invocation);
     return {server.json("csr", asInTheFile(server.service.getServerCsr()))};
 }
 
-Outcome describeRequest(Context& context)
+Outcome describeRequest(const Invocation& invocation)
 {
-    Server server(context);
-    context.path.clear();
+    Server server(invocation);
     return {server.json("record",
-                        request(context, [&] { return jsonOf(server.service.getCsrInfo()); }))};
+                        request(invocation, [&] { return jsonOf(server.service.getCsrInfo()); }))};
 }
 
-Outcome requestAge(Context& context)
+Outcome requestAge(const Invocation& invocation)
 {
-    Server server(context);
-    context.path.clear();
+    Server server(invocation);
     if (!server.service.hasServer()) {
-        throw ostrelApi::CallError(ostrelApi::NoSuchTarget, "");
+        throw ostrelApi::CallError(ostrelApi::NoSuchTarget, "the service has no server store");
     }
     const std::int64_t created = server.service.getServerCsrTimestamp();
     if (created == 0) {

@@ -116,7 +116,7 @@ ostrel::Commands commandOf(const Invocation& invocation)
     }
 }
 
-Outcome listServices(Context& /*context*/)
+Outcome listServices(const Invocation& /*invocation*/)
 {
     auto names = OstrelService::getServiceList();
     std::sort(names.begin(), names.end());
@@ -128,11 +128,11 @@ Outcome listServices(Context& /*context*/)
     return {{{"daemonRunning", isDaemonThere}, {"services", rows}}};
 }
 
-Outcome status(Context& context)
+Outcome status(const Invocation& invocation)
 {
-    const std::string name = context.serviceName();
+    const std::string name = invocation.service();
     OstrelService service = openService(name);
-    const bool isRunning = request(context, [&] { return service.isServiceRunning(); });
+    const bool isRunning = request(invocation, [&] { return service.isServiceRunning(); });
     Json row = {{"service", name},
                 {"title", service.getServiceName()},
                 {"running", isRunning},
@@ -142,20 +142,20 @@ Outcome status(Context& context)
     return {row, isRunning ? ExitStatus::Done : ExitStatus::Failed};
 }
 
-Outcome reload(Context& context)
+Outcome reload(const Invocation& invocation)
 {
-    OstrelService service = openService(context.serviceName());
-    request(context, [&] { service.reloadService(); });
-    return {{{"service", context.serviceName()}, {"reloaded", true}}};
+    OstrelService service = openService(invocation.service());
+    request(invocation, [&] { service.reloadService(); });
+    return {{{"service", invocation.service()}, {"reloaded", true}}};
 }
 
-Outcome send(Context& context)
+Outcome send(const Invocation& invocation)
 {
-    OstrelService service = openService(context.serviceName());
-    ostrel::Commands command = commandOf(context.invocation);
+    OstrelService service = openService(invocation.service());
+    ostrel::Commands command = commandOf(invocation);
     const std::string payload =
-        request(context, [&] { return service.sendCommandToServer(command); });
-    return {{{"service", context.serviceName()}, {"payload", payload}}};
+        request(invocation, [&] { return service.sendCommandToServer(command); });
+    return {{{"service", invocation.service()}, {"payload", payload}}};
 }
 
 Candidates targetCandidates(const Words& /*before*/)

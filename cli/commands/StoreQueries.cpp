@@ -13,55 +13,53 @@ namespace ostrelctl
 namespace
 {
 
-Json headOf(const Context& context, const Store& store)
+Json headOf(const Invocation& invocation, const Store& store)
 {
-    return {{"service", context.serviceName()}, {"store", store.word}};
+    return {{"service", invocation.service()}, {"store", store.word}};
 }
 
 /// A row for each certificate, with what the operation returns for it.
-Outcome textRows(Context& context, const Store& store, const char* member,
+Outcome textRows(const Invocation& invocation, const Store& store, const char* member,
                  std::string (OstrelService::*operation)(const std::string&))
 {
-    Selection selection(context, store);
+    Selection selection(invocation, store);
     Json rows = Json::array();
     for (const std::string& id : selection.ids()) {
         rows.push_back({{"id", id}, {member, asInTheFile((selection.service().*operation)(id))}});
     }
-    Outcome outcome{headOf(context, store)};
+    Outcome outcome{headOf(invocation, store)};
     outcome.json["certificates"] = rows;
     return outcome;
 }
 
 } // namespace
 
-Outcome list(Context& context, const Store& store)
+Outcome list(const Invocation& invocation, const Store& store)
 {
-    const std::string name = context.serviceName();
+    const std::string name = invocation.service();
     OstrelService service = openService(name);
-    context.path = listPathOf(name, store);
-    const Ids ids = context.invocation.has("--cn")
-                        ? (service.*store.listByCN)(context.invocation.one("--cn"))
-                        : listedIds(service, name, store);
-    Outcome outcome{headOf(context, store)};
+    const Ids ids = invocation.has("--cn") ? (service.*store.listByCN)(invocation.one("--cn"))
+                                           : listedIds(service, name, store);
+    Outcome outcome{headOf(invocation, store)};
     outcome.json["certificates"] = jsonOf(entriesOf(name, store, ids));
     return outcome;
 }
 
-Outcome show(Context& context, const Store& store)
+Outcome show(const Invocation& invocation, const Store& store)
 {
-    return textRows(context, store, "pem", store.show);
+    return textRows(invocation, store, "pem", store.show);
 }
 
-Outcome details(Context& context, const Store& store)
+Outcome details(const Invocation& invocation, const Store& store)
 {
-    return textRows(context, store, "details", store.details);
+    return textRows(invocation, store, "details", store.details);
 }
 
-Outcome info(Context& context, const Store& store)
+Outcome info(const Invocation& invocation, const Store& store)
 {
-    Selection selection(context, store);
+    Selection selection(invocation, store);
     const std::string& id = selection.ids().front();
-    Outcome outcome{headOf(context, store)};
+    Outcome outcome{headOf(invocation, store)};
     outcome.json["id"] = id;
     outcome.json["summary"] = jsonOf((selection.service().*store.info)(id));
     if (store.target == ostrel::TargetServer) {
@@ -70,20 +68,20 @@ Outcome info(Context& context, const Store& store)
     return outcome;
 }
 
-Outcome record(Context& context, const Store& store)
+Outcome record(const Invocation& invocation, const Store& store)
 {
-    Selection selection(context, store);
+    Selection selection(invocation, store);
     const std::string& id = selection.ids().front();
-    Outcome outcome{headOf(context, store)};
+    Outcome outcome{headOf(invocation, store)};
     outcome.json["id"] = id;
     outcome.json["record"] =
-        request(context, [&] { return jsonOf(store.record(selection.service(), id)); });
+        request(invocation, [&] { return jsonOf(store.record(selection.service(), id)); });
     return outcome;
 }
 
-std::function<Outcome(Context&)> on(const Store& store, StoreFunction function)
+std::function<Outcome(const Invocation&)> on(const Store& store, StoreFunction function)
 {
-    return [&store, function](Context& context) { return function(context, store); };
+    return [&store, function](const Invocation& invocation) { return function(invocation, store); };
 }
 
 View certificateTable()

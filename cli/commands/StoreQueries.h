@@ -4,21 +4,21 @@
 // list" and so on, and the views of their answers.
 
 #include "commands/Stores.h"
-#include "engine/Context.h"
+#include "engine/Command.h"
 
 namespace ostrelctl
 {
 
-using StoreFunction = Outcome (*)(Context&, const Store&);
+using StoreFunction = Outcome (*)(const Invocation&, const Store&);
 
-Outcome list(Context& context, const Store& store);
-Outcome show(Context& context, const Store& store);
-Outcome info(Context& context, const Store& store);
-Outcome record(Context& context, const Store& store);
-Outcome details(Context& context, const Store& store);
+Outcome list(const Invocation& invocation, const Store& store);
+Outcome show(const Invocation& invocation, const Store& store);
+Outcome info(const Invocation& invocation, const Store& store);
+Outcome record(const Invocation& invocation, const Store& store);
+Outcome details(const Invocation& invocation, const Store& store);
 
 /// The function of a row, on one store.
-std::function<Outcome(Context&)> on(const Store& store, StoreFunction function);
+std::function<Outcome(const Invocation&)> on(const Store& store, StoreFunction function);
 
 View certificateTable();
 View summaryFields();

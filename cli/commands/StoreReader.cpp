@@ -91,6 +91,13 @@ bool isMissing(const std::string& path)
     return ::stat(path.c_str(), &status) != 0 && errno == ENOENT;
 }
 
+/// The file with the ids of a store, or with the active id.
+std::string listPathOf(const std::string& service, const Store& store)
+{
+    return isServer(store) ? InternalCertificatesAccessor(service, store.word).activePath()
+                           : ExternalCertificatesAccessor(service, store.word).listPath();
+}
+
 } // namespace
 
 std::vector<Entry> entriesOf(const std::string& service, const Store& store, const Ids& ids)
@@ -104,12 +111,6 @@ std::vector<Entry> entriesOf(const std::string& service, const Store& store, con
         entries.push_back(entryOf(paths, id));
     }
     return entries;
-}
-
-std::string listPathOf(const std::string& service, const Store& store)
-{
-    return isServer(store) ? InternalCertificatesAccessor(service, store.word).activePath()
-                           : ExternalCertificatesAccessor(service, store.word).listPath();
 }
 
 Ids idsOf(OstrelService& object, const std::string& service, const Store& store)

@@ -27,9 +27,6 @@ std::vector<Entry> entriesOf(const std::string& service, const Store& store, con
 /// The ids of a store; empty where the daemon has not created the store yet.
 Ids idsOf(OstrelService& object, const std::string& service, const Store& store);
 
-/// The file with the ids of a store, or with the active id.
-std::string listPathOf(const std::string& service, const Store& store);
-
 /// A text as its file holds it: some operations of the library add a line feed.
 std::string asInTheFile(std::string text);
 

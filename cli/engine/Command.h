@@ -14,7 +14,7 @@
 namespace ostrelctl
 {
 
-struct Context;
+struct Invocation;
 struct Outcome;
 
 using Words = std::vector<std::string>;
@@ -78,7 +78,7 @@ struct Command {
     /// The library's operations that it gives access to, with single blanks between.
     std::string api;
     Daemon daemon;
-    std::function<Outcome(Context&)> run;
+    std::function<Outcome(const Invocation&)> run;
     View view;
 };
 
@@ -126,6 +126,8 @@ struct Invocation {
     std::string one(const std::string& name) const;
     /// The number that an option holds.
     int number(const std::string& name) const;
+    /// The service that it names, or an empty text.
+    std::string service() const { return one("SERVICE"); }
     /// The path of the command, or an empty text.
     std::string path() const { return command != nullptr ? command->path : ""; }
 };

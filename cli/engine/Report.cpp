@@ -1,6 +1,6 @@
 #include "engine/Report.h"
 
-#include "engine/Context.h"
+#include "engine/Command.h"
 #include "engine/Deadline.h"
 #include "engine/PlainText.h"
 #include "failure/Explain.h"
@@ -41,15 +41,14 @@ Json jsonOf(const Failure& failure, const Invocation& invocation)
     return error;
 }
 
-Failure failureInFlight(const Context& context)
+Failure failureInFlight(const Invocation& invocation)
 {
     try {
         Deadline::check();
     } catch (const Failure& end) {
         return end;
     }
-    return explained({context.serviceName(), context.invocation.number("--wait"), context.path,
-                      context.access, context.trace});
+    return explained(invocation.service(), invocation.number("--wait"));
 }
 
 } // namespace ostrelctl

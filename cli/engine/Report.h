@@ -10,7 +10,6 @@
 namespace ostrelctl
 {
 
-struct Context;
 struct Invocation;
 
 /// The line for people: what was attempted, on which objects, why it failed,
@@ -22,6 +21,6 @@ Json jsonOf(const Failure& failure, const Invocation& invocation);
 
 /// The exception that is being handled, as the failure of the command. The end
 /// of the time, or a signal, is its reason before all others.
-Failure failureInFlight(const Context& context);
+Failure failureInFlight(const Invocation& invocation);
 
 } // namespace ostrelctl

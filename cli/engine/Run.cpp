@@ -1,15 +1,16 @@
 #include "engine/Run.h"
 
+#include "engine/Command.h"
 #include "engine/CommandLine.h"
 #include "engine/Completion.h"
-#include "engine/Context.h"
 #include "engine/Deadline.h"
 #include "engine/Outcome.h"
 #include "engine/Output.h"
 #include "engine/PlainText.h"
 #include "engine/Report.h"
 #include "engine/Terminal.h"
-#include "failure/TraceCapture.h"
+
+#include <ostrel/Debug.h>
 
 #include <algorithm>
 #include <csignal>
@@ -92,13 +93,12 @@ void endBySignal()
     }
 }
 
-int statusOf(Context& context)
+int statusOf(const Invocation& invocation)
 {
-    const Invocation& invocation = context.invocation;
     try {
-        return finishWith(invocation.command->run(context), invocation);
+        return finishWith(invocation.command->run(invocation), invocation);
     } catch (const std::exception&) {
-        return finishWith(failureInFlight(context), invocation);
+        return finishWith(failureInFlight(invocation), invocation);
     }
 }
 
@@ -106,9 +106,8 @@ int perform(const Invocation& invocation)
 {
     prepareLastWords(invocation);
     const Deadline deadline(invocation.number("--timeout"));
-    const TraceCapture trace(invocation.has("--debug"));
-    Context context{invocation, trace};
-    const int status = statusOf(context);
+    ostrel::gDebug = invocation.has("--debug");
+    const int status = statusOf(invocation);
     endBySignal();
     return status;
 }

@@ -2,7 +2,6 @@
 
 #include "failure/LockHolder.h"
 #include "failure/ReturnCodes.h"
-#include "failure/TraceCapture.h"
 
 #include <ostrel/DaemonConfiguration.h>
 #include <ostrel/ServiceConfiguration.h>
@@ -15,18 +14,17 @@
 #include <cerrno>
 #include <cstring>
 
-#include <unistd.h>
-
 namespace ostrelctl
 {
 
 namespace
 {
 
-std::string lockPathOf(const Attempt& attempt)
+using ostrelApi::CallError;
+
+std::string lockPathOf(const std::string& service)
 {
-    const std::string name = attempt.service;
-    return name.empty() ? "" : ostrelApi::OstrelService(name).getLockPath();
+    return service.empty() ? "" : ostrelApi::OstrelService(service).getLockPath();
 }
 
 Failure withCode(int code, const std::string& why)
@@ -37,27 +35,26 @@ Failure withCode(int code, const std::string& why)
     return failure;
 }
 
-Failure locked(const Attempt& attempt)
+Failure locked(const std::string& service, int waited)
 {
-    const std::string holder = lockHolderOf(lockPathOf(attempt));
-    const int waited = attempt.waited;
+    const std::string holder = lockHolderOf(lockPathOf(service));
     return withCode(ostrelApi::ApiLocked,
                     "the service is locked" + (holder.empty() ? "" : " by " + holder) +
                         (waited == 0 ? "" : fmt::format(", for {} s now", waited)));
 }
 
-Failure denied(const Attempt& attempt)
+Failure denied(const std::string& service)
 {
-    const ostrel::ServiceConfiguration configuration(attempt.service);
-    Failure failure = withCode(ostrelApi::AccessDenied, "access denied to " + lockPathOf(attempt));
+    const ostrel::ServiceConfiguration configuration(service);
+    Failure failure = withCode(ostrelApi::AccessDenied, "access denied to " + lockPathOf(service));
     failure.next = fmt::format("is this user, {}, in the group {}?", ostrel::Tools::getUserName(),
                                configuration.m_managmentGroup);
     return failure;
 }
 
-Failure daemonOff(const Attempt& attempt)
+Failure daemonOff(const std::string& service)
 {
-    const std::string lock = lockPathOf(attempt);
+    const std::string lock = lockPathOf(service);
     if (lock.empty()) {
         return withCode(ostrelApi::DaemonOff,
                         "daemon is off: nobody reads " +
@@ -69,49 +66,64 @@ Failure daemonOff(const Attempt& attempt)
                                                   : "daemon is off: no lock file " + lock);
 }
 
-// Return code 1 says nothing; the file that was read may, and the trace.
-Failure failed(const Attempt& attempt)
+bool endsWith(const std::string& text, const std::string& end)
 {
-    if (!attempt.path.empty() && ::access(attempt.path.c_str(), attempt.access) != 0) {
-        const int error = errno;
-        const bool isDenied = error == EACCES || error == EPERM;
-        Failure failure = withCode(isDenied ? ostrelApi::AccessDenied : ostrelApi::ActionFailed,
-                                   attempt.path + ": " + std::strerror(error));
-        failure.returnCode = ostrelApi::ActionFailed;
-        return failure;
-    }
-    const std::string reason = attempt.trace.reason();
-    return withCode(ostrelApi::ActionFailed,
-                    reason.empty() ? ostrelApi::globalOstrelMessage(ostrelApi::ActionFailed)
-                                   : reason);
+    return text.size() >= end.size() &&
+           text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
-Failure ofCode(const Attempt& attempt, int code)
+// The library's return code for a file without access is ActionFailed (1), and
+// its reason ends with the system's text.
+bool isDenial(const std::string& reason)
 {
+    return endsWith(reason, std::strerror(EACCES)) || endsWith(reason, std::strerror(EPERM));
+}
+
+Failure failed(const CallError& error)
+{
+    const bool isDenied = error.getDaemonReturnCode() == 0 && isDenial(error.getReason());
+    Failure failure =
+        withCode(isDenied ? ostrelApi::AccessDenied : ostrelApi::ActionFailed,
+                 error.getReason().empty() ? ostrelApi::globalOstrelMessage(ostrelApi::ActionFailed)
+                                           : error.getReason());
+    failure.returnCode = ostrelApi::ActionFailed;
+    return failure;
+}
+
+Failure ofOtherCode(int code, const std::string& reason)
+{
+    const std::string message = ostrelApi::globalOstrelMessage(code);
+    return withCode(code, reason.empty() ? message : message + ": " + reason);
+}
+
+Failure failureOf(const CallError& error, const std::string& service, int waited)
+{
+    const int daemonCode = error.getDaemonReturnCode();
+    const int code = daemonCode != 0 ? daemonCode : error.getReturnCode();
     switch (code) {
     case ostrelApi::ActionFailed:
-        return failed(attempt);
+        return failed(error);
     case ostrelApi::ApiLocked:
-        return locked(attempt);
+        return locked(service, waited);
     case ostrelApi::AccessDenied:
-        return denied(attempt);
+        return denied(service);
     case ostrelApi::DaemonOff:
-        return daemonOff(attempt);
+        return daemonOff(service);
     default:
-        return withCode(code, ostrelApi::globalOstrelMessage(code));
+        return ofOtherCode(code, error.getReason());
     }
 }
 
 } // namespace
 
-Failure explained(const Attempt& attempt)
+Failure explained(const std::string& service, int waited)
 {
     try {
         throw;
     } catch (const Failure& failure) {
         return failure;
-    } catch (const ostrelApi::CallError& caught) {
-        return ofCode(attempt, caught.getReturnCode());
+    } catch (const CallError& caught) {
+        return failureOf(caught, service, waited);
     } catch (const std::exception& caught) {
         return {ExitStatus::Failed, caught.what(), "--debug prints each step"};
     }

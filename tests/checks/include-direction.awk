@@ -3,6 +3,7 @@
 NR == FNR {
     if ($1 == "floor") {
         allowed[$2] = " " $0 " "
+        has_rooms[top_of($2)] += $2 ~ /\//
     } else if ($1 == "header") {
         owner[$2] = $3
     } else if ($1 == "system") {
@@ -31,11 +32,19 @@ function refuse(text) {
     ++refusals
 }
 
-function floor_of(source,    parts) {
+function top_of(path) {
+    sub(/\/.*/, "", path)
+    return path
+}
+
+function floor_of(source,    parts, count) {
     if (sub(/^include\//, "", source)) {
         return owner[source]
     }
-    split(source, parts, "/")
+    count = split(source, parts, "/")
+    if (count > 2 && has_rooms[parts[1]]) {
+        return parts[1] "/" parts[2]
+    }
     return parts[1] == "src" ? parts[2] : parts[1]
 }
 
@@ -86,6 +95,10 @@ function target_of(source, name,    beside) {
     }
     if (("src/" name) in is_source) {
         return "src/" name
+    }
+    beside = top_of(source) "/" name
+    if (beside in is_source) {
+        return beside
     }
     return name in is_source ? name : ""
 }

@@ -1,4 +1,4 @@
-// Each exit status, as a script meets it, and what is said with it.
+// Each exit status, as a script sees it, and the message beside it.
 
 #include "cli/CliCase.h"
 #include "support/ScriptedPeer.h"
@@ -21,7 +21,7 @@ using testing::StartsWith;
 
 using ExitStatus = cli_case::WithDevice;
 
-/// What the words end with, told twice: to people and to programs.
+/// How the words end, for people and for programs.
 void expectFailure(const Words& words, int status, const char* word, const std::string& line)
 {
     SCOPED_TRACE(testing::PrintToString(words));
@@ -81,7 +81,21 @@ TEST_F(ExitStatus, Is4WhereAFileCannotBeRead)
     EXPECT_EQ(support::runProgram(withoutPower({"ca", "add", "web", bundle})).status, 4);
 }
 
-TEST_F(ExitStatus, Is5ForWhatServiceOrStoreThereIsNot)
+TEST_F(ExitStatus, Is4WhereAFileCannotBeWritten)
+{
+    daemon.start();
+    applyNew();
+    run({"override", "set", "web", "server", "alias", "door"});
+    const std::string overrides = paths.certOverwrittenDataPath(
+        ostrelApi::OstrelService("web").getServerActiveCertificateId());
+    ASSERT_EQ(::chmod(overrides.c_str(), 0444), 0);
+    const FinishedProgram finished =
+        support::runProgram(withoutPower({"override", "set", "web", "server", "alias", "gate"}));
+    EXPECT_EQ(finished.status, 4) << finished.errors;
+    EXPECT_THAT(finished.errors, HasSubstr(overrides + ": Permission denied"));
+}
+
+TEST_F(ExitStatus, Is5WithoutTheServiceOrTheStore)
 {
     const std::string pem = file("ca.pem", {cli_case::TestCertificate().pem()});
     expectFailure({"status", "nope"}, 5, "no-service", "there is no service 'nope'");
@@ -96,7 +110,8 @@ TEST_F(ExitStatus, Is5ForWhatServiceOrStoreThereIsNot)
         SCOPED_TRACE(testing::PrintToString(words));
         const FinishedProgram finished = run(words);
         EXPECT_EQ(finished.status, 5) << finished.errors;
-        EXPECT_THAT(finished.errors, HasSubstr("This target doesn't exist for this service"));
+        EXPECT_THAT(finished.errors, HasSubstr("This target doesn't exist for this service: "
+                                               "the service has no "));
     }
 }
 
@@ -129,13 +144,14 @@ TEST_F(ExitStatus, IsTheDaemonsReturnCodeByATable)
     EXPECT_EQ(leftovers(), std::set<std::string>());
 }
 
-TEST_F(ExitStatus, Is1WhereTheAnswerIsNone)
+TEST_F(ExitStatus, Is1WhereTheReplyHasNoReturnCode)
 {
     support::ScriptedPeer peer(device, "web");
     peer.answer("nonsense");
     const FinishedProgram finished = run({"reload", "web"});
     EXPECT_EQ(finished.status, 1);
-    EXPECT_THAT(finished.errors, HasSubstr("logic error caught while sending command"));
+    EXPECT_THAT(finished.errors,
+                HasSubstr("the daemon's reply does not start with a return code: nonsense"));
     peer.answer("0 starting");
     EXPECT_EQ(run({"status", "web"}).status, 1);
 }
@@ -159,7 +175,7 @@ TEST_F(ExitStatus, Is1WhereTheAnswerCannotBeWritten)
     EXPECT_THAT(finished.errors, HasSubstr("the answer cannot be written"));
 }
 
-TEST_F(ExitStatus, TellsTheTraceOnDemand)
+TEST_F(ExitStatus, ComesWithTheTraceOnDemand)
 {
     daemon.start();
     EXPECT_EQ(run({"reload", "web"}).errors, "");

@@ -68,12 +68,12 @@ std::size_t lengthOfAll(const std::vector<std::string>& files)
 
 } // namespace
 
-std::vector<Row> surveyRows(const Device& device, Extent extent)
+std::vector<Row> listingRows(const Device& device, Extent extent)
 {
     const std::size_t services = sizesFor(extent, {2, 50}).back();
     std::vector<std::string> files;
     for (std::size_t i = 0; i < services; ++i) {
-        const auto some = addFilledService(device, fmt::format("survey{}", i));
+        const auto some = addFilledService(device, fmt::format("listing{}", i));
         files.insert(files.end(), some.begin(), some.end());
     }
     const std::string table = device.directory() + "/table";

@@ -1,0 +1,4 @@
+#pragma once
+
+#include "engine/Middle.h"
+#include "main.h"

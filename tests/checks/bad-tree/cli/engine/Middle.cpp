@@ -1,0 +1,2 @@
+#include "engine/Middle.h"
+#include "commands/Top.h"
