@@ -103,10 +103,10 @@ const Command* commandCalled(const CommandTable& table, const std::string& path)
 /// The options that every command takes.
 const std::vector<Option>& globalOptions();
 
-/// Those of a command and of every command; of the latter alone for null.
+/// Those of a command and of every command; only of the latter for null.
 std::vector<const Option*> optionsOf(const Command* command);
 
-/// The one of this name that takes a value; null where there is none.
+/// The one of this name that takes a value, or null.
 const Option* optionWithValue(const Command* command, const std::string& name);
 
 /// A command line that was understood.

@@ -15,7 +15,7 @@
 namespace ostrelctl
 {
 
-/// The first word of a line that asks for candidates.
+/// The first word of a line that is to be completed.
 extern const char* const completionWord;
 
 /// The lines; empty after any failure. They come from files: a daemon that is

@@ -1,6 +1,6 @@
 #pragma once
 
-// Limits the time of the command, whatever blocks it.
+// Limits the time of the command, also while a call blocks.
 //
 // A signal interrupts a call of the library, which then removes its reply FIFO
 // and its temporary file, releases the lock and throws. So a time-out is a

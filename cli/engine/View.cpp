@@ -113,7 +113,7 @@ std::vector<std::size_t> widthsOf(const std::vector<Cells>& lines)
     return widths;
 }
 
-// Where the lines are too long for the terminal, the widest column gives way.
+// Where lines are longer than the terminal is wide, the widest column is cut.
 void fit(std::vector<std::size_t>& widths, const Terminal& terminal)
 {
     std::size_t total = 2 * (widths.size() - 1);
@@ -192,7 +192,7 @@ std::string fieldsOf(const Json& object, const View& view, const Terminal& termi
     return text;
 }
 
-// An extension is told by its name.
+// An extension shows its name and its value.
 std::string memberText(const Json& value)
 {
     return value.is_object()

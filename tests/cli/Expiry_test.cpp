@@ -70,7 +70,7 @@ TEST_F(Expiry, LeavesOutWhatEndsLater)
     EXPECT_EQ(answerTo({"expiry", "--within", "7"})["certificates"].size(), 0U);
 }
 
-TEST_F(Expiry, LooksAtTheServicesThatAreNamedAlone)
+TEST_F(Expiry, ListsOnlyTheServicesOfTheLine)
 {
     addCAFor(50);
     EXPECT_EQ(answerTo({"expiry", "web", "vpn"})["certificates"].size(), 1U);
@@ -78,7 +78,7 @@ TEST_F(Expiry, LooksAtTheServicesThatAreNamedAlone)
     EXPECT_EQ(run({"expiry", "vpn", "nope"}).status, 5);
 }
 
-TEST_F(Expiry, IsTheReasonForARenewalWithinTheDaysThatAreGiven)
+TEST_F(Expiry, MakesARenewalDueWithinTheDays)
 {
     applyFor(20);
     EXPECT_EQ(run({"check-renewal", "web", "--within", "20"}).status, 0);

@@ -86,7 +86,7 @@ TEST_F(Input, NamesWhichCertificateOfItsFileEachOneIs)
     EXPECT_EQ(certificatesOf(given(a))[0].source, path);
 }
 
-TEST_F(Input, ThatIsCutAnywhereWithinACertificateIsNone)
+TEST_F(Input, ThatEndsWithinACertificateIsRefused)
 {
     for (std::size_t length = 0; length < a.size() - 1; ++length) {
         const std::string failure = failureOf(a.substr(0, length));
@@ -99,7 +99,7 @@ TEST_F(Input, ThatIsCutAnywhereWithinACertificateIsNone)
     EXPECT_THAT(failureOf(a + "-----BEGIN CERTIFICATE-----\n"), HasSubstr("certificate 2 of "));
 }
 
-TEST_F(Input, ThatIsDerIsNamedAsWhatToConvert)
+TEST_F(Input, ThatIsDerIsRefusedWithTheCommandThatConvertsIt)
 {
     const std::string path = directory / "given";
     for (const char* start : {"\x30\x82", "\x30\x81", "\x30\x84"}) {

@@ -20,7 +20,7 @@ protected:
     }
 };
 
-TEST_F(Overrides, AreSetShownAndTakenAwayInAnyStore)
+TEST_F(Overrides, AreSetPrintedAndRemovedInAnyStore)
 {
     for (const std::string& place : places()) {
         SCOPED_TRACE(place);

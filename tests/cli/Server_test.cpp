@@ -16,7 +16,7 @@ using testing::StartsWith;
 class Server : public cli_case::WithDaemon
 {
 protected:
-    /// Has a certificate put to use by the program alone; its id.
+    /// Gets a certificate with the program alone, and returns its id.
     std::string applyByProgram()
     {
         EXPECT_EQ(run({"server", "csr", "create", "web"}).status, 0);
@@ -26,7 +26,7 @@ protected:
     }
 };
 
-TEST_F(Server, GetsACertificateByTheProgramAlone)
+TEST_F(Server, GetsACertificateWithTheProgramAlone)
 {
     const std::string id = applyByProgram();
     EXPECT_EQ(id, service.getServerActiveCertificateId());
@@ -51,7 +51,7 @@ TEST_F(Server, ShowsWhatItHas)
     EXPECT_EQ(answerTo({"server", "record", "web"})["record"]["keyType"], "EC");
 }
 
-TEST_F(Server, TellsOfItsPendingRequest)
+TEST_F(Server, ShowsItsPendingRequest)
 {
     const std::time_t before = std::time(nullptr);
     EXPECT_EQ(run({"server", "csr", "create", "web"}).output, "web: a request is pending\n");
@@ -64,14 +64,14 @@ TEST_F(Server, TellsOfItsPendingRequest)
     EXPECT_EQ(run({"server", "csr", "age", "web"}).status, 0);
 }
 
-TEST_F(Server, AsksForACompliantRequest)
+TEST_F(Server, CreatesACompliantRequest)
 {
     EXPECT_EQ(run({"server", "csr", "create", "web", "--compliant"}).status, 0);
     EXPECT_THAT(answerTo({"server", "csr", "info", "web"})["record"]["extensions"].dump(),
                 HasSubstr("TLS Web Client Authentication"));
 }
 
-TEST_F(Server, RevokesItsCertificateAndIsDoneWhenThereIsNone)
+TEST_F(Server, RevokesItsCertificateAndSucceedsWithoutOne)
 {
     const std::string id = applyByProgram();
     EXPECT_EQ(answerTo({"server", "revoke", "web"})["revoked"], id);
@@ -91,7 +91,7 @@ TEST_F(Server, HasNothingToShowBeforeItsFirstCertificate)
     EXPECT_EQ(answerTo({"server", "list", "web"})["certificates"], json::array());
 }
 
-TEST_F(Server, TakesTheOneCertificateThatAnswersTheRequestAlone)
+TEST_F(Server, TakesOnlyTheCertificateThatAnswersTheRequest)
 {
     const std::string other = file("other.pem", {cli_case::TestCertificate().pem()});
     const FinishedProgram early = run({"server", "apply", "web", other});

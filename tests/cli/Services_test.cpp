@@ -44,14 +44,14 @@ TEST_F(Services, AreATableForPeople)
               "web      Web server   0       0   0       yes      -               -\n");
 }
 
-TEST_F(Services, TellTheirLimits)
+TEST_F(Services, ShowTheirLimits)
 {
     configure("ca yes\nmaximumCA 7\n");
     EXPECT_THAT(run({"services"}).output, HasSubstr("0 of 7"));
     EXPECT_EQ(answerTo({"services"})["services"][1]["stores"]["ca"]["maximum"], 7);
 }
 
-TEST_F(Services, ThatAreOutOfOrderKeepNoOtherFromBeingListed)
+TEST_F(Services, AreListedBesideOneWithABrokenConfiguration)
 {
     device.addService("bad", "server yes\n");
     const auto answer = answerTo({"services"});
@@ -61,7 +61,7 @@ TEST_F(Services, ThatAreOutOfOrderKeepNoOtherFromBeingListed)
     EXPECT_THAT(run({"services"}).output, HasSubstr("PROBLEM"));
 }
 
-TEST_F(Services, AreNotRunningWithoutTheDaemonWhateverWayItEnded)
+TEST_F(Services, AreNotRunningAfterTheDaemonStoppedOrWasKilled)
 {
     daemon.stop();
     EXPECT_EQ(answerTo({"services"})["daemonRunning"], false);
@@ -72,7 +72,7 @@ TEST_F(Services, AreNotRunningWithoutTheDaemonWhateverWayItEnded)
     EXPECT_EQ(answerTo({"services"})["services"][1]["running"], false);
 }
 
-TEST_F(Services, TellTheirStatusByAskingTheDaemon)
+TEST_F(Services, ReportTheStatusOfTheDaemonsReply)
 {
     const auto answer = answerTo({"status", "web"});
     EXPECT_EQ(answer["running"], true);
@@ -90,7 +90,7 @@ TEST_F(Services, AreReadAgainOnReload)
     EXPECT_EQ(answerTo({"reload", "web"})["reloaded"], true);
 }
 
-TEST_F(Services, TakeAnyCommandOfTheDaemons)
+TEST_F(Services, TakeAnyCommandOfTheDaemon)
 {
     EXPECT_EQ(run({"send", "web", "config", "status"}).output, "running\n");
     const std::string id = addCA("One");
@@ -100,7 +100,7 @@ TEST_F(Services, TakeAnyCommandOfTheDaemons)
     EXPECT_THAT(unknown.errors, HasSubstr("Incorrect arguments received for: frobnicate"));
 }
 
-TEST_F(Services, HaveTheDaemonToldOfChangesOfTheDevice)
+TEST_F(Services, PassChangesOfTheDeviceToTheDaemon)
 {
     const support::RunningDaemon::LogMark mark(daemon);
     EXPECT_EQ(run({"notify", "network"}).status, 0);
@@ -109,7 +109,7 @@ TEST_F(Services, HaveTheDaemonToldOfChangesOfTheDevice)
     mark.await("the time changed");
 }
 
-TEST_F(Services, AreNoneOnADeviceWithoutAny)
+TEST_F(Services, AreAnEmptyListWithoutAConfiguration)
 {
     for (const char* name : {"web", "vpn"}) {
         std::filesystem::remove(device.serviceDirectory() + '/' + name + ".conf");

@@ -72,7 +72,7 @@ TEST_P(Store, IsListedWithNamesAndEnds)
     EXPECT_THAT(run(words("list")).output, HasSubstr(id + "  One          2040-01-01T00:00:00Z"));
 }
 
-TEST_P(Store, IsListedByCommonNameToTheLetter)
+TEST_P(Store, IsListedByTheExactCommonName)
 {
     const json answer = answerTo(words("list", {"--cn", "One"}));
     ASSERT_EQ(answer["certificates"].size(), 1U);
@@ -89,7 +89,7 @@ TEST_P(Store, ShowsCertificatesAsTheyAre)
     EXPECT_EQ(answerTo(words("show", {id}))["certificates"][0]["pem"], pem);
 }
 
-TEST_P(Store, TellsTheSummaryOfACertificate)
+TEST_P(Store, PrintsTheSummaryOfACertificate)
 {
     const json summary = answerTo(words("info", {id}))["summary"];
     EXPECT_EQ(summary["issuedTo"], "CN = One");
@@ -104,7 +104,7 @@ TEST_P(Store, TellsTheSummaryOfACertificate)
     EXPECT_THAT(shown, HasSubstr("authority    yes\n"));
 }
 
-TEST_P(Store, TellsEverythingThatTheDaemonKnowsOfACertificate)
+TEST_P(Store, PrintsEveryFieldOfACertificate)
 {
     const json record = answerTo(words("record", {id}))["record"];
     EXPECT_EQ(record["subject"], "CN=One");
@@ -167,7 +167,7 @@ TEST_P(Store, TakesTheStartOfAnIdForIt)
 }
 
 // So many that two of them begin alike.
-TEST_P(Store, ListsWhatAnAmbiguousIdCouldBe)
+TEST_P(Store, ListsTheIdsThatBeginWithAnAmbiguousOne)
 {
     for (int i = 0; i < 17; ++i) {
         (service.*GetParam().add)(certificateOf("Another"));

@@ -32,7 +32,7 @@ TEST_F(Terminal, AloneHasColours)
     EXPECT_THAT(run({"services"}).output, Not(HasSubstr(escape)));
 }
 
-TEST_F(Terminal, HasNoColoursAgainstTheUsersWill)
+TEST_F(Terminal, HasNoColoursWhereTheUserForbidsThem)
 {
     EXPECT_THAT(runOnTerminal(commandLine({"services", "--color=never"})).text,
                 Not(HasSubstr(escape)));
@@ -43,7 +43,7 @@ TEST_F(Terminal, HasNoColoursAgainstTheUsersWill)
     EXPECT_THAT(runOnTerminal(commandLine({"services"})).text, HasSubstr(escape));
 }
 
-TEST_F(Terminal, IsNotNeededForColoursThatAreAskedFor)
+TEST_F(Terminal, IsNotNeededForColoursOnDemand)
 {
     EXPECT_THAT(run({"services", "--color=always"}).output, HasSubstr(escape));
     EXPECT_THAT(run({"services", "--color=always", "--json"}).output, Not(HasSubstr(escape)));
@@ -59,7 +59,7 @@ std::size_t longestLine(const std::string& text)
     return longest;
 }
 
-TEST_F(Terminal, IsFilledAndNotOverfilledByATable)
+TEST_F(Terminal, IsAsWideAsATableCanBe)
 {
     const auto list = commandLine({"ca", "list", "web", "--color=never"});
     EXPECT_EQ(longestLine(runOnTerminal(list, 70).text), 70U);

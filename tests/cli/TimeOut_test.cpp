@@ -107,7 +107,7 @@ TEST_F(TimeOut, ComesInTheMiddleOfAReply)
     }
 }
 
-TEST_F(TimeOut, IsToldToProgramsToo)
+TEST_F(TimeOut, IsInTheJsonToo)
 {
     support::writeText(pipe("web", "lock"), "");
     ASSERT_EQ(::mkfifo(pipe("web", "in").c_str(), 0600), 0);
@@ -139,7 +139,7 @@ TEST_F(TimeOut, ComesWhileSomethingBlocksThatNoSignalInterrupts)
     EXPECT_THAT(finished.errors, HasSubstr("no end in time"));
 }
 
-TEST_F(TimeOut, IsNoneForAnAnswerThatComesInTime)
+TEST_F(TimeOut, DoesNotComeAfterAReplyInTime)
 {
     ScriptedPeer peer(device, "web");
     for (const char* timeout : {"5", "0"}) {

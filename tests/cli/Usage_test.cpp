@@ -18,7 +18,7 @@ struct WrongRow {
     const char* line;
 };
 
-TEST_F(Usage, ThatIsWrongIsStatus2AndSaysWhereToLook)
+TEST_F(Usage, ThatIsWrongIsStatus2AndNamesTheHelp)
 {
     const WrongRow rows[] = {
         {"no words", {}, "no command is given; `ostrelctl --help`"},
@@ -119,7 +119,7 @@ TEST_F(Usage, IsShownOnEveryLevel)
     EXPECT_EQ(run({"help"}).output, all.output);
 }
 
-TEST_F(Usage, TellsItsVersion)
+TEST_F(Usage, PrintsTheVersion)
 {
     EXPECT_THAT(run({"--version"}).output,
                 testing::MatchesRegex("ostrelctl [0-9]+\\.[0-9]+\\.[0-9]+\n"));

@@ -39,7 +39,7 @@ TEST_F(Wait, EndsWhenTheServiceIsFree)
     EXPECT_THAT(result.errors, HasSubstr("already locked"));
 }
 
-TEST_F(Wait, NamesTheHolderWhenItWasForNothing)
+TEST_F(Wait, NamesTheHolderWhenTheTimeIsOver)
 {
     const ostrel::Descriptor lock = heldLock();
     const auto start = std::chrono::steady_clock::now();
@@ -56,7 +56,7 @@ TEST_F(Wait, IsBoundedByTheTimeOut)
     EXPECT_EQ(run({"reload", "web", "--wait", "60", "--timeout", "1"}).status, 9);
 }
 
-TEST_F(Wait, LetsManyAtOnceHaveTheirTurn)
+TEST_F(Wait, LetsManyProgramsAddInTurn)
 {
     std::vector<std::future<FinishedProgram>> all;
     for (int i = 0; i < 6; ++i) {
