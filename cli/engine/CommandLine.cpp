@@ -93,14 +93,14 @@ void addGlobalOptions(CLI::App& root)
 class Parser
 {
 public:
-    explicit Parser(const CommandTable& table) : m_table(table)
+    Parser(const CommandTable& table, const Words& line) : m_table(table)
     {
         m_root.set_help_flag();
         m_root.fallthrough();
         m_root.require_subcommand(0, 1);
         setLayout(m_root, table);
         for (const Family& family : table) {
-            addFamily(family);
+            addGroups(family, line);
         }
         // Last, or each command would have an option for help of its own.
         addGlobalOptions(m_root);
@@ -142,11 +142,20 @@ public:
     Words unexpected() const { return m_root.remaining(true); }
 
 private:
-    void addFamily(const Family& family)
+    // A quick start: commands of a group that the line does not name are left out.
+    void addGroups(const Family& family, const Words& line)
     {
         for (const Group& group : family.groups) {
             add(group.path, group.help);
         }
+        if (family.groups.empty() ||
+            std::find(line.begin(), line.end(), family.groups.front().path) != line.end()) {
+            addCommands(family);
+        }
+    }
+
+    void addCommands(const Family& family)
+    {
         for (const Command& command : family.commands) {
             CLI::App& app = appOf(command);
             for (const Argument& argument : command.arguments) {
@@ -303,7 +312,7 @@ ParsedLine parse(const CommandTable& table, const Words& line)
     if (takeHelpWord(words)) {
         words.emplace_back("--help");
     }
-    Parser parser(table);
+    Parser parser(table, words);
     parser.parse(words);
     const Words unexpected = parser.unexpected();
     const auto word = wordOf(unexpected);
@@ -329,7 +338,7 @@ TypedWords typedBy(const CommandTable& table, const Words& words)
 {
     Words line = words;
     const bool isHelp = takeHelpWord(line);
-    Parser parser(table);
+    Parser parser(table, line);
     parser.parse(line);
     TypedWords typed;
     typed.isOver = std::find(line.begin(), line.end(), "--") != line.end();
