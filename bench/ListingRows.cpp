@@ -1,7 +1,7 @@
 #include "bench/Device.h"
-#include "bench/Program.h"
 #include "bench/RawStore.h"
 #include "bench/Rows.h"
+#include "bench/RunProgram.h"
 
 #include <ostrel/ExternalCertificatesAccessor.h>
 

@@ -1,5 +1,5 @@
-#include "bench/Program.h"
 #include "bench/Rows.h"
+#include "bench/RunProgram.h"
 
 namespace bench
 {

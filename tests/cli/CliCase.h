@@ -5,7 +5,7 @@
 
 #include "integration/DaemonCase.h"
 #include "integration/ServerCase.h"
-#include "support/Program.h"
+#include "support/StartProgram.h"
 #include "support/TestCertificate.h"
 
 #include <nlohmann/json.hpp>

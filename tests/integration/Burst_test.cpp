@@ -1,8 +1,8 @@
 #include "integration/DaemonCase.h"
-#include "integration/StoreFiles.h"
+#include "integration/StoreOnDisk.h"
 
 #include "support/Await.h"
-#include "support/Program.h"
+#include "support/StartProgram.h"
 
 #include <functional>
 #include <thread>
@@ -13,7 +13,7 @@
 namespace
 {
 
-using daemon_case::StoreFiles;
+using daemon_case::StoreOnDisk;
 using support::TestCertificate;
 
 /// A client process that changes the store without a pause.
@@ -77,7 +77,7 @@ protected:
         }
     }
 
-    const StoreFiles files{"web", "ca"};
+    const StoreOnDisk files{"web", "ca"};
     const std::vector<std::string> texts = someCertificates(60);
 };
 

@@ -1,5 +1,5 @@
 #include "integration/DaemonCase.h"
-#include "integration/StoreFiles.h"
+#include "integration/StoreOnDisk.h"
 
 #include <gmock/gmock.h>
 
@@ -10,7 +10,7 @@ namespace
 
 using daemon_case::payload;
 using daemon_case::refusal;
-using daemon_case::StoreFiles;
+using daemon_case::StoreOnDisk;
 using support::TestCertificate;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -79,7 +79,7 @@ protected:
     }
 
     Service service{"web"};
-    const StoreFiles files{"web", GetParam().word};
+    const StoreOnDisk files{"web", GetParam().word};
     std::vector<std::string> texts;
     std::vector<std::string> ids;
     std::string otherId;

@@ -1,6 +1,6 @@
 #include "integration/DaemonCase.h"
 
-#include "support/Program.h"
+#include "support/StartProgram.h"
 #include "support/TestCertificate.h"
 
 #include <gmock/gmock.h>

@@ -1,5 +1,5 @@
 #include "integration/DaemonCase.h"
-#include "integration/StoreFiles.h"
+#include "integration/StoreOnDisk.h"
 #include "tools/Descriptor.h"
 
 #include <cerrno>
@@ -12,7 +12,7 @@ namespace
 {
 
 namespace fs = std::filesystem;
-using daemon_case::StoreFiles;
+using daemon_case::StoreOnDisk;
 using support::TestCertificate;
 
 /// A small disk mounted over a directory.
@@ -69,7 +69,7 @@ protected:
     }
 
     ostrelApi::OstrelService service{"web"};
-    const StoreFiles cas{"web", "ca"};
+    const StoreOnDisk cas{"web", "ca"};
     std::vector<std::string> ids;
 };
 

@@ -1,5 +1,5 @@
 #include "integration/DaemonCase.h"
-#include "integration/StoreFiles.h"
+#include "integration/StoreOnDisk.h"
 
 #include <ostrl/CCertificateData.h>
 
@@ -8,7 +8,7 @@
 namespace
 {
 
-using daemon_case::StoreFiles;
+using daemon_case::StoreOnDisk;
 using support::TestCertificate;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -39,7 +39,7 @@ protected:
     }
 
     ostrelApi::OstrelService service{"web"};
-    const StoreFiles files{"web", "client"};
+    const StoreOnDisk files{"web", "client"};
 };
 
 TestCertificate leaf()

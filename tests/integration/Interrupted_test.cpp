@@ -1,5 +1,5 @@
 #include "integration/DaemonCase.h"
-#include "integration/StoreFiles.h"
+#include "integration/StoreOnDisk.h"
 
 #include <filesystem>
 #include <functional>
@@ -8,14 +8,14 @@ namespace
 {
 
 namespace fs = std::filesystem;
-using daemon_case::StoreFiles;
+using daemon_case::StoreOnDisk;
 using support::TestCertificate;
 
 /// What an interrupted change left of a store with two certificates, and how
 /// many certificates the next start keeps.
 struct Row {
     const char* sentence;
-    std::function<void(const StoreFiles& files, const std::string& id)> leave;
+    std::function<void(const StoreOnDisk& files, const std::string& id)> leave;
     std::size_t left;
 };
 
@@ -24,7 +24,7 @@ void PrintTo(const Row& row, std::ostream* out)
     *out << row.sentence;
 }
 
-void unlist(const StoreFiles& files, const std::string& id)
+void unlist(const StoreOnDisk& files, const std::string& id)
 {
     std::string text = support::readText(files.listPath());
     text.erase(text.find(id), id.size() + 1);
@@ -32,15 +32,15 @@ void unlist(const StoreFiles& files, const std::string& id)
 }
 
 const Row rows[] = {
-    {"nothing is missing", [](const StoreFiles&, const std::string&) {}, 2},
+    {"nothing is missing", [](const StoreOnDisk&, const std::string&) {}, 2},
     {"a certificate that is not listed yet",
-     [](const StoreFiles& files, const std::string&) {
+     [](const StoreOnDisk& files, const std::string&) {
          const std::string text = TestCertificate().pem();
          support::writeText(files.certPath(support::fingerprintId(text)), text);
      },
      2},
     {"a certificate that is not listed yet, with all its volatile files",
-     [](const StoreFiles& files, const std::string& id) {
+     [](const StoreOnDisk& files, const std::string& id) {
          const std::string text = TestCertificate().pem();
          const std::string other = support::fingerprintId(text);
          support::writeText(files.certPath(other), text);
@@ -52,61 +52,62 @@ const Row rows[] = {
      2},
     {"a certificate that is no longer listed", unlist, 1},
     {"a certificate that is no longer listed, with half of its files",
-     [](const StoreFiles& files, const std::string& id) {
+     [](const StoreOnDisk& files, const std::string& id) {
          unlist(files, id);
          fs::remove(files.certPath(id));
          fs::remove(files.certInfoPath(id));
      },
      1},
     {"a listed certificate whose file is missing",
-     [](const StoreFiles& files, const std::string& id) { fs::remove(files.certPath(id)); }, 1},
+     [](const StoreOnDisk& files, const std::string& id) { fs::remove(files.certPath(id)); }, 1},
     {"overrides of a missing certificate",
-     [](const StoreFiles& files, const std::string& id) {
+     [](const StoreOnDisk& files, const std::string& id) {
          fs::rename(files.certOverwrittenDataPath(id), files.certOverwrittenDataPath("0123"));
      },
      2},
     {"a missing list",
-     [](const StoreFiles& files, const std::string&) { fs::remove(files.listPath()); }, 2},
+     [](const StoreOnDisk& files, const std::string&) { fs::remove(files.listPath()); }, 2},
     {"an empty list",
-     [](const StoreFiles& files, const std::string&) { support::writeText(files.listPath(), ""); },
+     [](const StoreOnDisk& files, const std::string&) { support::writeText(files.listPath(), ""); },
      2},
     {"a list of empty lines",
-     [](const StoreFiles& files, const std::string&) {
+     [](const StoreOnDisk& files, const std::string&) {
          support::writeText(files.listPath(), "\n");
      },
      0},
     {"half of a persistent file",
-     [](const StoreFiles& files, const std::string&) {
+     [](const StoreOnDisk& files, const std::string&) {
          support::writeText(files.cachedDirectoryPath() + "/.new", "-----BEGIN CERTIFI");
      },
      2},
     {"half of a volatile file",
-     [](const StoreFiles& files, const std::string&) {
+     [](const StoreOnDisk& files, const std::string&) {
          support::writeText(files.tmpDirectoryPath() + "/.new", "{\"data_struc");
      },
      2},
     {"no volatile files",
-     [](const StoreFiles& files, const std::string&) { fs::remove_all(files.tmpDirectoryPath()); },
+     [](const StoreOnDisk& files, const std::string&) { fs::remove_all(files.tmpDirectoryPath()); },
      2},
     {"no pipe directory",
-     [](const StoreFiles& files, const std::string&) {
+     [](const StoreOnDisk& files, const std::string&) {
          fs::remove_all(fs::path(files.tmpDirectoryPath()).parent_path());
      },
      2},
     {"no info",
-     [](const StoreFiles& files, const std::string& id) { fs::remove(files.certInfoPath(id)); }, 2},
-    {"no details",
-     [](const StoreFiles& files, const std::string& id) { fs::remove(files.certDetailsPath(id)); },
+     [](const StoreOnDisk& files, const std::string& id) { fs::remove(files.certInfoPath(id)); },
      2},
-    {"no map", [](const StoreFiles& files, const std::string&) { fs::remove(files.cnMapPath()); },
+    {"no details",
+     [](const StoreOnDisk& files, const std::string& id) { fs::remove(files.certDetailsPath(id)); },
+     2},
+    {"no map", [](const StoreOnDisk& files, const std::string&) { fs::remove(files.cnMapPath()); },
      2},
     {"a map that lacks one of the names",
-     [](const StoreFiles& files, const std::string& id) {
+     [](const StoreOnDisk& files, const std::string& id) {
          support::writeText(files.cnMapPath(), id + " Another name\n");
      },
      2},
     {"volatile files cut short",
-     [](const StoreFiles& files, const std::string& id) {
+     [](const StoreOnDisk& files, const std::string& id) {
          for (const std::string& path :
               {files.certInfoPath(id), files.certDetailsPath(id), files.cnMapPath()}) {
              fs::resize_file(path, 5);
@@ -114,7 +115,7 @@ const Row rows[] = {
      },
      2},
     {"volatile files of a certificate that does not exist",
-     [](const StoreFiles& files, const std::string&) {
+     [](const StoreOnDisk& files, const std::string&) {
          support::writeText(files.certInfoPath("0123"), "{}");
          support::writeText(files.certDetailsPath("0123"), "");
      },
@@ -130,7 +131,7 @@ protected:
             service.addCA(TestCertificate().pem());
             service.addTrustedClient(TestCertificate().pem());
         }
-        for (const StoreFiles* files : {&cas, &clients}) {
+        for (const StoreOnDisk* files : {&cas, &clients}) {
             const bool isCA = files == &cas;
             daemon_case::ask("web", isCA ? ostrel::TargetCA : ostrel::TargetClient,
                              ostrel::CommandSetOverwrittenData,
@@ -139,18 +140,18 @@ protected:
     }
 
     ostrelApi::OstrelService service{"web"};
-    const StoreFiles cas{"web", "ca"};
-    const StoreFiles clients{"web", "client"};
+    const StoreOnDisk cas{"web", "ca"};
+    const StoreOnDisk clients{"web", "client"};
 };
 
 TEST_P(Interrupted, ChangeIsCompletedOrUndoneAtTheNextStart)
 {
     daemon.kill();
-    for (const StoreFiles* files : {&cas, &clients}) {
+    for (const StoreOnDisk* files : {&cas, &clients}) {
         GetParam().leave(*files, files->ids()[0]);
     }
     daemon.start();
-    for (const StoreFiles* files : {&cas, &clients}) {
+    for (const StoreOnDisk* files : {&cas, &clients}) {
         EXPECT_EQ(files->fault(), "");
         EXPECT_EQ(files->ids().size(), GetParam().left);
     }

@@ -1,5 +1,5 @@
 #include "integration/DaemonCase.h"
-#include "integration/StoreFiles.h"
+#include "integration/StoreOnDisk.h"
 
 #include "support/ChildProcess.h"
 
@@ -18,7 +18,7 @@ namespace
 {
 
 namespace fs = std::filesystem;
-using daemon_case::StoreFiles;
+using daemon_case::StoreOnDisk;
 using support::TestCertificate;
 using testing::StartsWith;
 
@@ -136,7 +136,7 @@ TEST_F(Layout, RevertsRightsThatSomebodyAdded)
 
 TEST_F(Layout, IsRestoredAfterARestartWithoutThePipesDirectory)
 {
-    const StoreFiles files("web", "ca");
+    const StoreOnDisk files("web", "ca");
     ostrelApi::OstrelService service("web");
     for (int i = 0; i < 3; ++i) {
         service.addCA(TestCertificate().pem());

@@ -3,8 +3,8 @@
 #include <ostrl/splitstr.h>
 
 #include "support/Document.h"
-#include "support/Program.h"
 #include "support/RunningDaemon.h"
+#include "support/StartProgram.h"
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,7 @@
 // How the daemon handles the overrides file, which clients write themselves.
 
 #include "integration/DaemonCase.h"
-#include "integration/StoreFiles.h"
+#include "integration/StoreOnDisk.h"
 
 namespace
 {
@@ -29,7 +29,7 @@ protected:
     std::string path() const { return files.certOverwrittenDataPath(id); }
 
     ostrelApi::OstrelService service{"web"};
-    const daemon_case::StoreFiles files{"web", "ca"};
+    const daemon_case::StoreOnDisk files{"web", "ca"};
     std::string id;
 };
 

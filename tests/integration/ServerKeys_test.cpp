@@ -1,6 +1,6 @@
 #include "integration/ServerCase.h"
 
-#include "support/Program.h"
+#include "support/StartProgram.h"
 
 #include <gmock/gmock.h>
 

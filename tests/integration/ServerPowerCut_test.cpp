@@ -1,7 +1,7 @@
 #include "integration/ServerCase.h"
 
 #include "support/Await.h"
-#include "support/Program.h"
+#include "support/StartProgram.h"
 
 #include <cerrno>
 #include <csignal>

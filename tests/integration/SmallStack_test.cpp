@@ -1,7 +1,7 @@
 #include "support/SmallStack.h"
 
 #include "integration/ServerCase.h"
-#include "integration/StoreFiles.h"
+#include "integration/StoreOnDisk.h"
 #include "support/ChildProcess.h"
 #include "support/Thrown.h"
 #include "unit/api/Operations.h"
@@ -112,8 +112,8 @@ protected:
         return (store == On::TrustedClient ? clients : authorities).certPath(idIn(store));
     }
 
-    const daemon_case::StoreFiles authorities{"web", "ca"};
-    const daemon_case::StoreFiles clients{"web", "client"};
+    const daemon_case::StoreOnDisk authorities{"web", "ca"};
+    const daemon_case::StoreOnDisk clients{"web", "client"};
 };
 
 TEST_F(SmallStack, IsEnoughForEveryOperation)

@@ -1,6 +1,6 @@
 #include "support/PseudoTerminal.h"
 
-#include "support/Program.h"
+#include "support/StartProgram.h"
 #include "tools/Descriptor.h"
 
 #include <cerrno>

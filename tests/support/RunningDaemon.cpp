@@ -1,7 +1,7 @@
 #include "support/RunningDaemon.h"
 
 #include "support/Await.h"
-#include "support/Program.h"
+#include "support/StartProgram.h"
 
 #include <gtest/gtest.h>
 

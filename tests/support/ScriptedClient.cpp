@@ -1,7 +1,7 @@
 #include "support/ScriptedClient.h"
 
 #include "support/Device.h"
-#include "support/Program.h"
+#include "support/StartProgram.h"
 
 #include <cerrno>
 #include <csignal>

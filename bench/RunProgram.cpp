@@ -1,4 +1,4 @@
-#include "bench/Program.h"
+#include "bench/RunProgram.h"
 
 #include <system_error>
 

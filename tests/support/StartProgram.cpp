@@ -1,4 +1,4 @@
-#include "support/Program.h"
+#include "support/StartProgram.h"
 
 #include "support/TextFiles.h"
 #include "tools/Descriptor.h"

@@ -25,7 +25,7 @@ struct Reader {
     int returnCode;
 };
 
-class StoreTexts : public StockedService
+class FileTexts : public StockedService
 {
 protected:
     OstrelService web{"web"};
@@ -54,7 +54,7 @@ struct TextRow {
 
 // Intended: every line gets a line feed, even the empty line after the last
 // one.
-TEST_F(StoreTexts, EndEachLineAndTheEmptyLineAfterTheLast)
+TEST_F(FileTexts, EndEachLineAndTheEmptyLineAfterTheLast)
 {
     const TextRow rows[] = {
         {"an empty file", "", "\n"},
@@ -83,7 +83,7 @@ struct UnopenableRow {
     void (*put)(const std::string& path);
 };
 
-TEST_F(StoreTexts, AreErrorsWhenTheirFilesCannotBeOpened)
+TEST_F(FileTexts, AreErrorsWhenTheirFilesCannotBeOpened)
 {
     const UnopenableRow rows[] = {
         {"missing", [](const std::string& /*path*/) {}},
@@ -105,7 +105,7 @@ TEST_F(StoreTexts, AreErrorsWhenTheirFilesCannotBeOpened)
 }
 
 // A directory can be opened but not read, so it has no first line.
-TEST_F(StoreTexts, OfADirectoryAreOneEmptyLine)
+TEST_F(FileTexts, OfADirectoryAreOneEmptyLine)
 {
     for (const Reader& reader : readers) {
         fs::remove(reader.path);
@@ -114,7 +114,7 @@ TEST_F(StoreTexts, OfADirectoryAreOneEmptyLine)
     }
 }
 
-TEST_F(StoreTexts, AreReadAgainByEachCall)
+TEST_F(FileTexts, AreReadAgainByEachCall)
 {
     for (const Reader& reader : readers) {
         for (const char* text : {"before", "after"}) {
@@ -124,7 +124,7 @@ TEST_F(StoreTexts, AreReadAgainByEachCall)
     }
 }
 
-TEST_F(StoreTexts, AreNeverTraced)
+TEST_F(FileTexts, AreNeverTraced)
 {
     const support::CapturedTrace trace;
     for (const Reader& reader : readers) {

@@ -17,7 +17,7 @@ namespace daemon_case
 {
 
 /// The files of one store, as a client finds them.
-class StoreFiles : public ostrel::ExternalCertificatesAccessor
+class StoreOnDisk : public ostrel::ExternalCertificatesAccessor
 {
 public:
     using ExternalCertificatesAccessor::ExternalCertificatesAccessor;
