@@ -12,7 +12,6 @@
 #include <fmt/format.h>
 
 #include <cerrno>
-#include <cstring>
 
 namespace ostrelctl
 {
@@ -66,22 +65,10 @@ Failure daemonOff(const std::string& service)
                                                   : "daemon is off: no lock file " + lock);
 }
 
-bool endsWith(const std::string& text, const std::string& end)
-{
-    return text.size() >= end.size() &&
-           text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
-// The library's return code for a file without access is ActionFailed (1), and
-// its reason ends with the system's text.
-bool isDenial(const std::string& reason)
-{
-    return endsWith(reason, std::strerror(EACCES)) || endsWith(reason, std::strerror(EPERM));
-}
-
+// The library's return code for a file without access is ActionFailed (1).
 Failure failed(const CallError& error)
 {
-    const bool isDenied = error.getDaemonReturnCode() == 0 && isDenial(error.getReason());
+    const bool isDenied = error.getSystemError() == EACCES || error.getSystemError() == EPERM;
     Failure failure =
         withCode(isDenied ? ostrelApi::AccessDenied : ostrelApi::ActionFailed,
                  error.getReason().empty() ? ostrelApi::globalOstrelMessage(ostrelApi::ActionFailed)

@@ -9,7 +9,8 @@ namespace ostrelApi
 
 /// The type of every OstrelApiException that the library throws, for applications
 /// that need more than an ErrorId. It adds what the fixed message leaves out: the
-/// return code as a number, the return code that the daemon sent, and the reason.
+/// return code as a number, the return code that the daemon sent, the reason, and
+/// the value of errno.
 /// Return codes have names in ReturnCode.h.
 ///
 ///     try {
@@ -25,10 +26,11 @@ namespace ostrelApi
 class OSTREL_API CallError : public OstrelApiException
 {
 public:
-    /// A return code of ReturnCode.h, a reason of one line, and the return code
-    /// that the daemon sent, or 0 if it sent none. what() and getErrorMessage()
-    /// are made from `returnCode` alone.
-    CallError(int returnCode, const std::string& reason, int daemonReturnCode = 0);
+    /// A return code of ReturnCode.h, a reason of one line, the return code that
+    /// the daemon sent, or 0 if it sent none, and the errno value of a failed system
+    /// call, or 0. what() and getErrorMessage() are made from `returnCode` alone.
+    CallError(int returnCode, const std::string& reason, int daemonReturnCode = 0,
+              int systemError = 0);
 
     ~CallError() override;
 
@@ -45,9 +47,14 @@ public:
     /// sent after its return code. May be empty.
     const std::string& getReason() const;
 
+    /// The errno value of the system call that failed, such as EACCES; 0 if the
+    /// call failed for another reason.
+    int getSystemError() const;
+
 private:
     int m_returnCode;
     int m_daemonReturnCode;
+    int m_systemError;
     std::string m_reason;
 };
 

@@ -3,9 +3,10 @@
 namespace ostrelApi
 {
 
-CallError::CallError(int returnCode, const std::string& reason, int daemonReturnCode)
+CallError::CallError(int returnCode, const std::string& reason, int daemonReturnCode,
+                     int systemError)
     : OstrelApiException(returnCode), m_returnCode(returnCode),
-      m_daemonReturnCode(daemonReturnCode), m_reason(reason)
+      m_daemonReturnCode(daemonReturnCode), m_systemError(systemError), m_reason(reason)
 {
 }
 
@@ -24,6 +25,11 @@ int CallError::getDaemonReturnCode() const
 const std::string& CallError::getReason() const
 {
     return m_reason;
+}
+
+int CallError::getSystemError() const
+{
+    return m_systemError;
 }
 
 } // namespace ostrelApi

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "errors/Fail.h"
+
 #include <stdexcept>
 #include <string>
 
@@ -12,12 +14,12 @@ namespace ostrelApi
 class Explained : public std::runtime_error
 {
 public:
-    Explained(const std::string& text, std::string why)
+    Explained(const std::string& text, Reason why)
         : std::runtime_error(text), reason(std::move(why))
     {
     }
 
-    const std::string reason;
+    const Reason reason;
 };
 
 } // namespace ostrelApi

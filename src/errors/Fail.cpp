@@ -24,30 +24,37 @@ bool isControl(unsigned char character)
     return character < 0x20 || character == 0x7f;
 }
 
-std::string oneLine(std::string_view text)
+std::string oneLine(const std::string& text)
 {
-    std::string line(text.substr(0, longestReason));
+    std::string line = text.substr(0, longestReason);
     std::replace_if(line.begin(), line.end(), isControl, ' ');
     return line;
 }
 
 } // namespace
 
-void fail(int returnCode, std::string_view reason, int daemonReturnCode)
+void fail(int returnCode, const Reason& reason, int daemonReturnCode)
 {
-    throw CallError(returnCode, oneLine(reason), daemonReturnCode);
+    throw CallError(returnCode, oneLine(reason.text), daemonReturnCode, reason.systemError);
 }
 
-std::string reasonOf(std::string_view step, const std::string& path, int error)
+Reason reasonOf(std::string_view step, const std::string& path, int error)
 {
-    return std::string(step).append(" ").append(path).append(": ") + ostrel::errorText(error);
+    std::string text(step);
+    text.append(" ").append(path).append(": ").append(ostrel::errorText(error));
+    return {text, error};
 }
 
-std::string groupReasonOf(const std::string& path, const std::string& group, int error)
+Reason groupReasonOf(const std::string& path, const std::string& group, int error)
 {
     const std::string step = "cannot give to the group '" + group + "' the file";
     const bool isKnown = ostrel::Tools::isGroupExist(group);
-    return isKnown ? reasonOf(step, path, error) : step + ' ' + path + ": no such group";
+    return isKnown ? reasonOf(step, path, error) : Reason{step + ' ' + path + ": no such group"};
+}
+
+void fail(int returnCode, std::string_view text, int daemonReturnCode)
+{
+    fail(returnCode, Reason{std::string(text)}, daemonReturnCode);
 }
 
 void fail(int returnCode, std::string_view step, const std::string& path, int error)
@@ -60,7 +67,8 @@ void failInstead()
     try {
         throw;
     } catch (const CallError& caught) {
-        fail(ActionFailed, caught.getReason(), caught.getDaemonReturnCode());
+        fail(ActionFailed, Reason{caught.getReason(), caught.getSystemError()},
+             caught.getDaemonReturnCode());
     } catch (const Explained& caught) {
         fail(ActionFailed, caught.reason);
     } catch (const std::exception& caught) {

@@ -10,18 +10,27 @@
 namespace ostrelApi
 {
 
-/// Throws a CallError. Control characters in `reason` become blanks, and a long reason
+/// Why a step failed: one line for people, and the errno value of the system call that
+/// failed, or 0.
+struct Reason {
+    std::string text;
+    int systemError = 0;
+};
+
+/// Throws a CallError. Control characters in the reason become blanks, and a long reason
 /// is cut, because it may be text that the daemon sent.
-[[noreturn]] void fail(int returnCode, std::string_view reason, int daemonReturnCode = 0);
+[[noreturn]] void fail(int returnCode, const Reason& reason, int daemonReturnCode = 0);
 
 /// The reason "STEP PATH: TEXT", where TEXT is the system's text of the errno value
 /// `error`.
-[[nodiscard]] std::string reasonOf(std::string_view step, const std::string& path, int error);
+[[nodiscard]] Reason reasonOf(std::string_view step, const std::string& path, int error);
 
 /// The reason why `path` could not be given to the group: the group does not exist, or
 /// chown() failed with the errno value `error`.
-[[nodiscard]] std::string groupReasonOf(const std::string& path, const std::string& group,
-                                        int error);
+[[nodiscard]] Reason groupReasonOf(const std::string& path, const std::string& group, int error);
+
+/// Throws a CallError without a system call that failed.
+[[noreturn]] void fail(int returnCode, std::string_view text, int daemonReturnCode = 0);
 
 /// Throws a CallError with the reason of reasonOf().
 [[noreturn]] void fail(int returnCode, std::string_view step, const std::string& path, int error);

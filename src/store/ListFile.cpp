@@ -1,10 +1,11 @@
 #include "store/ListFile.h"
 
+#include "errors/Explained.h"
 #include "tools/TextFile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <functional>
-#include <stdexcept>
 
 namespace ostrel
 {
@@ -15,9 +16,10 @@ namespace
 constexpr mode_t defaultFileMode = 0666;
 
 // Intended: the same text for a list and for a map, for reading and for writing.
-[[noreturn]] void failToOpen(const std::string& path)
+[[noreturn]] void failToOpen(const std::string& path, int error)
 {
-    throw std::runtime_error("Impossible to open the list file " + path + ".");
+    throw ostrelApi::Explained("Impossible to open the list file " + path + ".",
+                               ostrelApi::reasonOf("cannot open", path, error));
 }
 
 } // namespace
@@ -26,7 +28,7 @@ std::string readListFile(const std::string& path)
 {
     TextFile file = readTextFile(path);
     if (!file.isOpen) {
-        failToOpen(path);
+        failToOpen(path, file.error);
     }
     return std::move(file.text);
 }
@@ -61,7 +63,7 @@ Descriptor createListFile(const std::string& path)
 {
     Descriptor file = Descriptor::open(path, O_WRONLY | O_CREAT | O_TRUNC, defaultFileMode);
     if (!file.isOpen()) {
-        failToOpen(path);
+        failToOpen(path, errno);
     }
     return file;
 }

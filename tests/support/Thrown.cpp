@@ -2,6 +2,7 @@
 
 #include <ostrelApi/CallError.h>
 
+#include "errors/Explained.h"
 #include "errors/Interrupted.h"
 
 #include <exception>
@@ -25,15 +26,22 @@ std::string typeNameOf(const std::exception& caught)
     return name.get();
 }
 
+// For the private types of the library: callers see their base.
+std::string asRuntimeError(const std::runtime_error& caught)
+{
+    return std::string("std::runtime_error: ") + caught.what();
+}
+
 } // namespace
 
 std::string thrownBy(const std::function<void()>& work)
 {
     try {
         work();
+    } catch (const ostrelApi::Explained& caught) {
+        return asRuntimeError(caught);
     } catch (const ostrelApi::Interrupted& caught) {
-        // A type of the library's own: callers see its base.
-        return std::string("std::runtime_error: ") + caught.what();
+        return asRuntimeError(caught);
     } catch (const std::exception& caught) {
         return typeNameOf(caught) + ": " + caught.what();
     } catch (...) {

@@ -155,6 +155,13 @@ TEST_P(Collection, CannotBeListedWithoutItsListOrSearchedWithoutItsMap)
     EXPECT_EQ(apiError(1), "ostrelApi::CallError: Error -1: Generic exception (1 - Action Failed)");
 }
 
+TEST_P(Collection, NamesTheListThatItCannotOpenAndTheSystemsText)
+{
+    const ostrelApi::CallError error = support::callErrorOf([&] { ids(); });
+    EXPECT_EQ(error.getReason(), "cannot open " + list + ": No such file or directory");
+    EXPECT_EQ(error.getSystemError(), ENOENT);
+}
+
 TEST_P(Collection, IsEmptyWhenItsListAndItsMapAreDirectories)
 {
     fs::create_directories(list);

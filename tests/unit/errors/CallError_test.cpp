@@ -14,10 +14,11 @@ static_assert(std::is_base_of<OstrelApiException, CallError>::value, "caught as 
 
 TEST(CallError, ReturnsItsReturnCodeTheDaemonsReturnCodeAndTheReason)
 {
-    const CallError error(1, "already there", 33);
+    const CallError error(1, "already there", 33, 13);
     EXPECT_EQ(error.getReturnCode(), 1);
     EXPECT_EQ(error.getDaemonReturnCode(), 33);
     EXPECT_EQ(error.getReason(), "already there");
+    EXPECT_EQ(error.getSystemError(), 13);
 }
 
 TEST(CallError, ReturnsZeroForADaemonThatDidNotReply)

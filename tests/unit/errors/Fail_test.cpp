@@ -41,6 +41,7 @@ TEST(Fail, NamesTheStepThePathAndTheTextOfErrno)
     const CallError error =
         callErrorOf([] { ostrelApi::fail(11, "cannot open", "/x.lock", ENOENT); });
     EXPECT_EQ(error.getReason(), "cannot open /x.lock: No such file or directory");
+    EXPECT_EQ(error.getSystemError(), ENOENT);
 }
 
 struct ReasonRow {
@@ -77,7 +78,8 @@ TEST(FailInstead, ThrowsReturnCode1AndKeepsTheReason)
 {
     const InFlightRow rows[] = {
         {"a CallError", [] { throw CallError(33, "already there", 33); }, "already there", 33},
-        {"an explained failure", [] { throw ostrelApi::Explained("fixed text", "why"); }, "why", 0},
+        {"an explained failure", [] { throw ostrelApi::Explained("fixed text", {"why"}); }, "why",
+         0},
         {"any standard exception", [] { throw std::runtime_error("a text"); }, "a text", 0},
         {"an application's own OstrelApiException", [] { throw ostrelApi::OstrelApiException(21); },
          "Error 4: No CSR pending (21 - The CSR doesn't exist)", 0},
@@ -95,9 +97,9 @@ TEST(FailInstead, ThrowsReturnCode1AndKeepsTheReason)
 
 TEST(GroupReason, NamesTheGroupTheFileAndTheCause)
 {
-    EXPECT_EQ(ostrelApi::groupReasonOf("/x", "root", EPERM),
+    EXPECT_EQ(ostrelApi::groupReasonOf("/x", "root", EPERM).text,
               "cannot give to the group 'root' the file /x: Operation not permitted");
-    EXPECT_EQ(ostrelApi::groupReasonOf("/x", "no such", 0),
+    EXPECT_EQ(ostrelApi::groupReasonOf("/x", "no such", 0).text,
               "cannot give to the group 'no such' the file /x: no such group");
 }
 
