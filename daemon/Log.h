@@ -9,7 +9,7 @@
 namespace ostreld
 {
 
-/// Whether log::debug() writes; set by --debug.
+/// Whether logStep() writes; set by --debug.
 extern std::atomic<bool> gVerbose;
 
 /// Whether `c` does something on a terminal instead of being shown.
