@@ -70,9 +70,10 @@ ShownProgram runOnTerminal(const std::vector<std::string>& words, unsigned short
     size.ws_col = width;
     size.ws_row = 24;
     int terminal = -1;
+    const Execution program(words);
     const pid_t child = ::forkpty(&terminal, nullptr, nullptr, &size);
     if (child == 0) {
-        execute(words);
+        program.perform();
     }
     if (child == -1) {
         throw std::runtime_error("no terminal for " + words[0]);

@@ -32,15 +32,18 @@ Descriptor openForAppending(const std::string& path)
 
 } // namespace
 
-void execute(std::vector<std::string> words)
+Execution::Execution(std::vector<std::string> words) : m_words(std::move(words))
+{
+    for (std::string& word : m_words) {
+        m_arguments.push_back(word.data());
+    }
+    m_arguments.push_back(nullptr);
+}
+
+void Execution::perform() const
 {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    std::vector<char*> arguments;
-    for (std::string& word : words) {
-        arguments.push_back(word.data());
-    }
-    arguments.push_back(nullptr);
-    ::execv(arguments[0], arguments.data());
+    ::execv(m_arguments[0], m_arguments.data());
     ::_exit(cannotStart);
 }
 
@@ -49,11 +52,12 @@ pid_t startProgram(const std::vector<std::string>& words, const std::string& out
 {
     const Descriptor output = openForAppending(outputPath);
     const Descriptor errors = openForAppending(errorPath);
+    const Execution program(words);
     const pid_t child = ::fork();
     if (child == 0) {
         ::dup2(output.get(), STDOUT_FILENO);
         ::dup2(errors.get(), STDERR_FILENO);
-        execute(words);
+        program.perform();
     }
     if (child == -1) {
         throw std::runtime_error("no child for " + words[0]);

@@ -8,9 +8,24 @@
 namespace support
 {
 
-/// Replaces this process by a program, given by its path and arguments. The
-/// program ends when its parent ends.
-[[noreturn]] void execute(std::vector<std::string> words);
+/// A program, given by its path and arguments, for a child to become. Construct it
+/// before the fork: in the child of a process with threads, an allocation can wait
+/// for ever for a lock that another thread held.
+class Execution
+{
+public:
+    explicit Execution(std::vector<std::string> words);
+    Execution(const Execution&) = delete;
+    Execution& operator=(const Execution&) = delete;
+
+    /// Replaces this process by the program, which ends when its parent ends.
+    [[noreturn]] void perform() const;
+
+private:
+    std::vector<std::string> m_words;
+    /// Pointers to the words, and the null pointer that ends them.
+    std::vector<char*> m_arguments;
+};
 
 /// Starts a program, given by its path and arguments. Its standard output and
 /// error are appended to these files. It ends when this process ends.
