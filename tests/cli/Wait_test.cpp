@@ -1,9 +1,10 @@
 #include "cli/CliCase.h"
-#include "support/Await.h"
+#include "support/FileWatch.h"
 
 #include "tools/Descriptor.h"
 
 #include <chrono>
+#include <filesystem>
 #include <future>
 
 #include <sys/file.h>
@@ -11,6 +12,7 @@
 namespace
 {
 
+namespace fs = std::filesystem;
 using cli_case::FinishedProgram;
 using cli_case::run;
 using testing::HasSubstr;
@@ -29,10 +31,11 @@ protected:
 TEST_F(Wait, EndsWhenTheServiceIsFree)
 {
     ostrel::Descriptor lock = heldLock();
+    const support::FileWatch closings({fs::path(pipe("web", "lock")).parent_path()}, IN_CLOSE);
     auto finished = std::async(std::launch::async, [] {
         return run({"reload", "web", "--wait", "30", "--debug"});
     });
-    EXPECT_EQ(finished.wait_for(std::chrono::milliseconds(300)), std::future_status::timeout);
+    closings.awaitTouch("web.lock");
     lock.close();
     const FinishedProgram result = finished.get();
     EXPECT_EQ(result.status, 0);

@@ -1,7 +1,5 @@
 #include "support/Await.h"
 
-#include "tools/Descriptor.h"
-
 #include <filesystem>
 #include <stdexcept>
 
@@ -19,18 +17,15 @@ namespace
 
 constexpr int patience = 30000;
 
-void awaitNotice(const Descriptor& notices, const std::string& what)
+} // namespace
+
+void awaitReadable(const Descriptor& descriptor, const std::string& what)
 {
-    pollfd entry{notices.get(), POLLIN, 0};
+    pollfd entry{descriptor.get(), POLLIN, 0};
     if (::poll(&entry, 1, patience) == 0) {
         throw std::runtime_error("waited in vain: " + what);
     }
-    alignas(inotify_event) char ignored[4096];
-    while (::read(notices.get(), ignored, sizeof ignored) > 0) {
-    }
 }
-
-} // namespace
 
 void awaitChange(const std::string& watched, const std::string& what,
                  const std::function<bool()>& isReached)
@@ -41,7 +36,10 @@ void awaitChange(const std::string& watched, const std::string& what,
         throw std::runtime_error("cannot watch " + watched);
     }
     while (!isReached()) {
-        awaitNotice(notices, what);
+        awaitReadable(notices, what);
+        alignas(inotify_event) char ignored[4096];
+        while (::read(notices.get(), ignored, sizeof ignored) > 0) {
+        }
     }
 }
 

@@ -1,18 +1,18 @@
 #include "support/FileWatch.h"
 
+#include "support/Await.h"
+
 #include <cerrno>
 #include <system_error>
-
-#include <sys/inotify.h>
 
 namespace support
 {
 
-FileWatch::FileWatch(const std::set<std::string>& directories)
+FileWatch::FileWatch(const std::set<std::string>& directories, std::uint32_t events)
     : m_events(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK))
 {
     for (const std::string& directory : directories) {
-        if (::inotify_add_watch(m_events.get(), directory.c_str(), IN_ALL_EVENTS) == -1) {
+        if (::inotify_add_watch(m_events.get(), directory.c_str(), events) == -1) {
             throw std::system_error(errno, std::generic_category(), directory);
         }
     }
@@ -31,6 +31,13 @@ std::set<std::string> FileWatch::touched() const
         }
     }
     return names;
+}
+
+void FileWatch::awaitTouch(const std::string& name) const
+{
+    while (touched().count(name) == 0) {
+        awaitReadable(m_events, name + " to be touched");
+    }
 }
 
 } // namespace support
