@@ -1,5 +1,5 @@
-#include "Daemon.h"
-#include "Log.h"
+#include "base/Log.h"
+#include "process/Daemon.h"
 
 #include <ostrel/Debug.h>
 

@@ -1,4 +1,4 @@
-#include "Program.h"
+#include "base/Program.h"
 
 #include "support/DeniedSystemCalls.h"
 #include "support/TextFiles.h"

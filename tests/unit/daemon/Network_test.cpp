@@ -1,4 +1,4 @@
-#include "Network.h"
+#include "x509/Network.h"
 
 #include "support/DeniedSystemCalls.h"
 #include "support/Device.h"

@@ -1,4 +1,4 @@
-#include "PipeFiles.h"
+#include "base/PipeFiles.h"
 
 #include "support/CapturedErrors.h"
 #include "support/TextFiles.h"

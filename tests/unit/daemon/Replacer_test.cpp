@@ -1,4 +1,4 @@
-#include "Files.h"
+#include "base/Files.h"
 
 #include "support/CapturedErrors.h"
 #include "support/TextFiles.h"

@@ -1,4 +1,4 @@
-#include "ReplyFifo.h"
+#include "exchange/ReplyFifo.h"
 
 #include "support/TextFiles.h"
 
