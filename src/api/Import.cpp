@@ -1,13 +1,13 @@
 #include <ostrelApi/OstrelService.h>
 
 #include <ostrel/ServiceConfiguration.h>
-#include <ostrel/Tools.h>
 
 #include "api/ExternalStore.h"
 #include "api/TemporaryCertificate.h"
 #include "errors/Explained.h"
 #include "errors/Fail.h"
 #include "tools/PemText.h"
+#include "tools/PinnedFile.h"
 #include "tools/TextFile.h"
 #include "tools/Trace.h"
 
@@ -19,7 +19,6 @@ namespace ostrelApi
 namespace
 {
 
-using ostrel::Tools;
 using ostrel::trace;
 
 constexpr mode_t importFileMode = 0770;
@@ -27,7 +26,7 @@ constexpr mode_t importFileMode = 0770;
 bool changeGroup(const std::string& path, const std::string& group)
 {
     try {
-        return Tools::changeGroup(path, group);
+        return ostrel::changeGroupOfOwnFile(path, group);
     } catch (const std::exception& caught) {
         throw Explained(ostrel::textOf(caught), groupReasonOf(path, group, errno));
     }
@@ -40,7 +39,9 @@ void shareWith(const std::string& path, const std::string& group)
         trace("Error: Change the group of the out file to '", group, "' failed.");
         fail(ActionFailed, groupReasonOf(path, group, errno));
     }
-    Tools::changeMode(path, importFileMode);
+    if (!ostrel::PinnedFile::own(path).changeMode(importFileMode)) {
+        throw std::runtime_error("Impossible to change mode for " + path);
+    }
 }
 
 void writeImportFile(const std::string& path, const std::string& certificate,

@@ -1,5 +1,6 @@
 #include <ostrelApi/OstrelService.h>
 
+#include <ostrel/DaemonConfiguration.h>
 #include <ostrel/InternalCertificatesAccessor.h>
 #include <ostrel/ServiceConfiguration.h>
 
@@ -126,8 +127,10 @@ std::string OstrelService::pipeDirectory() const
 
 ServicePipes OstrelService::pipes() const
 {
-    return pipesOf(pipeDirectory(), m_configuration->m_serviceName,
-                   m_configuration->m_managmentGroup);
+    ServicePipes all =
+        pipesOf(pipeDirectory(), m_configuration->m_serviceName, m_configuration->m_managmentGroup);
+    all.daemonUser = ostrel::DaemonConfiguration::getDaemonUser;
+    return all;
 }
 
 OstrelService::ExternalStore OstrelService::caStore() const

@@ -5,9 +5,11 @@
 
 #include "errors/Fail.h"
 #include "errors/Interrupted.h"
+#include "protocol/CommandFifo.h"
 #include "protocol/Reply.h"
 #include "tools/Descriptor.h"
 #include "tools/ErrorText.h"
+#include "tools/PinnedFile.h"
 #include "tools/SigpipeBlock.h"
 #include "tools/Trace.h"
 
@@ -33,6 +35,7 @@ using ostrel::trace;
 // end of its own while it writes.
 constexpr mode_t replyFifoMode = 0760;
 constexpr std::size_t replyChunk = 1023;
+constexpr std::size_t longestReply = 16 << 20;
 
 /// The service's lock, held while the object lives.
 ///
@@ -110,7 +113,8 @@ public:
     void shareWith(const std::string& group) const;
 
     /// Waits for the daemon and returns its reply. The end of the file is the end of the
-    /// reply, which has no length and no final character.
+    /// reply, which has no length and no final character. Any member of the group can write
+    /// into the FIFO, so a reply of more than `longestReply` bytes fails.
     std::string receive();
 
 private:
@@ -134,7 +138,7 @@ void ReplyFifo::create() const
 bool changeGroup(const std::string& path, const std::string& group)
 {
     try {
-        return Tools::changeGroup(path, group);
+        return ostrel::changeGroupOfOwnFile(path, group);
     } catch (const std::exception&) {
         return false;
     }
@@ -148,7 +152,7 @@ void ReplyFifo::shareWith(const std::string& group) const
         fail(ActionFailed, groupReasonOf(m_path, group, error));
     }
     // mkfifo() clears the bits of the umask.
-    if (::chmod(m_path.c_str(), replyFifoMode) != 0) {
+    if (!ostrel::PinnedFile::own(m_path).changeMode(replyFifoMode)) {
         const int error = errno;
         trace("Error: Failed to assign required permissions to file :", m_path, " : ",
               errorText(error));
@@ -158,7 +162,7 @@ void ReplyFifo::shareWith(const std::string& group) const
 
 Descriptor ReplyFifo::open() const
 {
-    Descriptor fifo = Descriptor::open(m_path, O_RDONLY);
+    Descriptor fifo = Descriptor::open(m_path, O_RDONLY | O_NOFOLLOW);
     if (fifo.isOpen()) {
         return fifo;
     }
@@ -178,7 +182,13 @@ std::string ReplyFifo::receive()
     std::string reply;
     char chunk[replyChunk];
     ssize_t count = 0;
+    std::size_t length = 0;
     while ((count = ::read(fifo.get(), chunk, sizeof chunk)) > 0) {
+        length += static_cast<std::size_t>(count);
+        if (length > longestReply) {
+            trace("Error: The reply is longer than 16 MiB.");
+            fail(ActionFailed, "the daemon's reply is longer than 16 MiB");
+        }
         // Intended: what follows a NUL in a chunk is dropped, as when each chunk is appended
         // as a C string. Replies are text, so this loses nothing.
         reply.append(chunk, ::strnlen(chunk, static_cast<std::size_t>(count)));
@@ -186,30 +196,9 @@ std::string ReplyFifo::receive()
     return reply;
 }
 
-// Blocks until a daemon has the FIFO open for reading. A running daemon always has, so
-// this waits only after a daemon was killed, and the call then goes on with the next
-// daemon. A daemon that stops normally removes the FIFO, and the call fails at once.
-Descriptor openCommandFifo(const std::string& path)
-{
-    Descriptor fifo = Descriptor::open(path, O_WRONLY);
-    if (fifo.isOpen()) {
-        return fifo;
-    }
-    const int error = errno;
-    const bool isOff = error == ENOENT;
-    if (isOff) {
-        // Intended: other words than for the lock file, and a trailing blank.
-        trace("Failed to open the file '", path,
-              "'. Looks like 'ostreld' service is not running. ");
-    } else {
-        trace("Error: Failed to open FIFO IN file: ", path, ": ", errorText(error));
-    }
-    fail(isOff ? DaemonOff : ActionFailed, "cannot open the command FIFO", path, error);
-}
-
 void send(const ostrel::Commands& command, const ServicePipes& pipes)
 {
-    const Descriptor fifo = openCommandFifo(pipes.in);
+    const Descriptor fifo = openCommandFifo(pipes);
     const std::string message = command.toMessage();
     // The daemon may be killed between the open and the write, and SIGPIPE would end the
     // application.
@@ -238,7 +227,7 @@ ServicePipes pipesOf(const std::string& directory, const std::string& serviceNam
                      const std::string& group)
 {
     const std::string base = directory + '/' + serviceName;
-    return {base + ".lock", base + ".in", base + ".out", group};
+    return {base + ".lock", base + ".in", base + ".out", group, nullptr};
 }
 
 std::string exchange(ostrel::Commands& command, const ServicePipes& pipes)

@@ -20,12 +20,14 @@
 namespace ostrelApi
 {
 
-/// The paths of one service's pipes, and the group that callers and daemon share.
+/// The paths of one service's pipes, the group that callers and daemon share, and what
+/// returns the name of the daemon's user, or nothing.
 struct ServicePipes {
     std::string lock;
     std::string in;
     std::string out;
     std::string group;
+    std::string (*daemonUser)();
 };
 
 /// The pipes of the service `serviceName` in `directory`.
@@ -42,7 +44,8 @@ struct ServicePipes {
 /// - DaemonOff (11) when the lock file or the command FIFO does not exist,
 /// - AccessDenied (3) when the lock file cannot be opened,
 /// - ApiLocked (2) when another caller holds the lock,
-/// - ActionFailed (1) when another step fails or the reply is malformed,
+/// - ActionFailed (1) when another step fails or the reply is malformed or longer than
+///   16 MiB,
 /// - the daemon's return code when it is not 0,
 ///
 /// and Interrupted when a signal handler interrupts the wait for the reply.

@@ -4,6 +4,7 @@
 #include "tools/ErrorText.h"
 #include "tools/InFlight.h"
 #include "tools/PemText.h"
+#include "tools/PinnedFile.h"
 #include "tools/TextFile.h"
 #include "tools/Trace.h"
 #include "tools/UserDatabase.h"
@@ -25,6 +26,7 @@ namespace
 constexpr int mostOpenDirectories = 64;
 constexpr uid_t unchangedUser = static_cast<uid_t>(-1);
 constexpr gid_t unchangedGroup = static_cast<gid_t>(-1);
+const char groupUnchanged[] = "Impossible to change the group for ";
 
 // Intended: "a" occurs again after "n", and "p" never.
 const std::string& randomNameAlphabet()
@@ -38,6 +40,34 @@ void failUnless(int result, const char* text, const std::string& path)
 {
     if (result != 0) {
         throw std::runtime_error(text + path);
+    }
+}
+
+void changeGroupOf(const std::string& path, gid_t gid)
+{
+    failUnless(::chown(path.c_str(), unchangedUser, gid), groupUnchanged, path);
+}
+
+void changeGroupOfOwn(const std::string& path, gid_t gid)
+{
+    failUnless(PinnedFile::own(path).changeGroup(gid) ? 0 : -1, groupUnchanged, path);
+}
+
+// Intended: this function replaces the text of a failure; changeUser() by name does not.
+bool changeGroupBy(void (*change)(const std::string&, gid_t), const std::string& path,
+                   const std::string& groupName)
+{
+    try {
+        const GroupEntry group = groupByName(groupName);
+        if (group.isFound()) {
+            change(path, group->gr_gid);
+        }
+        return group.isFound();
+    } catch (...) {
+        const std::string suffix = " caught while changing group for file '" + path + "'";
+        throw std::runtime_error(describeInFlight<std::runtime_error>(
+            {"Runtime error" + suffix + ": ", "Std exception" + suffix + ": ",
+             "Generic exception" + suffix + "."}));
     }
 }
 
@@ -92,23 +122,18 @@ bool Tools::changeUser(const std::string& path, const std::string& userName)
 
 bool Tools::changeGroup(const std::string& path, gid_t gid)
 {
-    failUnless(::chown(path.c_str(), unchangedUser, gid), "Impossible to change the group for ",
-               path);
+    changeGroupOf(path, gid);
     return true;
 }
 
-// Intended: this function replaces the text of a failure; changeUser() by name does not.
 bool Tools::changeGroup(const std::string& path, const std::string& groupName)
 {
-    try {
-        const GroupEntry group = groupByName(groupName);
-        return group.isFound() && changeGroup(path, group->gr_gid);
-    } catch (...) {
-        const std::string suffix = " caught while changing group for file '" + path + "'";
-        throw std::runtime_error(describeInFlight<std::runtime_error>(
-            {"Runtime error" + suffix + ": ", "Std exception" + suffix + ": ",
-             "Generic exception" + suffix + "."}));
-    }
+    return changeGroupBy(changeGroupOf, path, groupName);
+}
+
+bool changeGroupOfOwnFile(const std::string& path, const std::string& groupName)
+{
+    return changeGroupBy(changeGroupOfOwn, path, groupName);
 }
 
 Tools::Rights Tools::getRights(const std::string& path)

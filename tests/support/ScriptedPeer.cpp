@@ -268,6 +268,13 @@ void ScriptedPeer::Call::send(const std::string& text)
     }
 }
 
+void ScriptedPeer::Call::sendUntilClosed(const std::string& text)
+{
+    if (!ostrel::writeAll(m_out, text) && errno != EPIPE) {
+        throw std::system_error(errno, std::generic_category(), "reply");
+    }
+}
+
 void ScriptedPeer::Call::sendPieces(const std::vector<std::string>& pieces)
 {
     // A pipe in packet mode returns the bytes of each write() in a separate

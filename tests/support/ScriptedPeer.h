@@ -112,6 +112,8 @@ public:
     void openReply();
     /// Writes `text` in one piece. The reply ends with the act.
     void send(const std::string& text);
+    /// Writes `text`, or as much of it as the caller reads.
+    void sendUntilClosed(const std::string& text);
     /// Writes each piece for one read() of the caller.
     void sendPieces(const std::vector<std::string>& pieces);
 
