@@ -13,4 +13,16 @@ void writeTraceLine(const std::string& line)
     std::cerr << line + '\n' << std::flush;
 }
 
+void traceParts(std::initializer_list<std::string_view> parts) noexcept
+{
+    try {
+        std::string line;
+        for (const std::string_view part : parts) {
+            line.append(part);
+        }
+        writeTraceLine(line);
+    } catch (...) {
+    }
+}
+
 } // namespace ostrel

@@ -5,7 +5,9 @@
 
 #include <ostrel/Debug.h>
 
+#include <initializer_list>
 #include <string>
+#include <string_view>
 
 namespace ostrel
 {
@@ -13,20 +15,17 @@ namespace ostrel
 /// Writes `line` and a line feed to std::cerr and flushes it.
 void writeTraceLine(const std::string& line);
 
+/// Writes the parts as one line. Throws nothing: a line that cannot be written is lost,
+/// because a trace must not change what it reports.
+void traceParts(std::initializer_list<std::string_view> parts) noexcept;
+
 /// Writes the parts as one line while `gDebug` is set. While it is clear, a trace costs one
-/// load. Throws nothing: a line that cannot be written is lost, because a trace must not
-/// change what it reports.
+/// load.
 template <class... Parts>
 void trace(const Parts&... parts) noexcept
 {
-    if (!gDebug) {
-        return;
-    }
-    try {
-        std::string line;
-        (line.append(parts), ...);
-        writeTraceLine(line);
-    } catch (...) {
+    if (gDebug) {
+        traceParts({std::string_view(parts)...});
     }
 }
 

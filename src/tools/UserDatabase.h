@@ -18,8 +18,9 @@ template <class Entry>
 class DatabaseEntry
 {
 public:
+    // One copy for all its callers: the device's flash is small.
     template <class Query, class Key>
-    DatabaseEntry(Query query, Key key)
+    [[gnu::noinline]] DatabaseEntry(Query query, Key key)
     {
         while (query(key, &m_entry, m_buffer.data(), m_buffer.size(), &m_found) == ERANGE) {
             m_buffer.resize(2 * m_buffer.size());
