@@ -26,7 +26,10 @@ std::string temporaryCertificatePath(const std::string& directory)
 
 int writeTemporaryCertificate(const std::string& path, const std::string& text)
 {
-    const auto file = ostrel::Descriptor::open(path, O_WRONLY | O_CREAT | O_TRUNC, defaultFileMode);
+    // Without a random device the name can be guessed, so a file of another user, or a link,
+    // may have it.
+    const auto file =
+        ostrel::Descriptor::open(path, O_WRONLY | O_CREAT | O_EXCL | O_TRUNC, defaultFileMode);
     if (!file.isOpen()) {
         return errno;
     }
