@@ -4,15 +4,13 @@
 #include "commands/PemInput.h"
 #include "commands/Request.h"
 #include "engine/Outcome.h"
-#include "engine/Output.h"
+#include "engine/Progress.h"
 #include "engine/Report.h"
 #include "failure/ReturnCodes.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-
-#include <unistd.h>
 
 namespace ostrelctl
 {
@@ -25,32 +23,6 @@ const char* const added = "added";
 const char* const alreadyThere = "alreadyThere";
 const char* const refused = "refused";
 const char* const notSent = "notSent";
-
-/// The progress line; printed on terminals only.
-class Progress
-{
-public:
-    explicit Progress(std::size_t all) : m_all(all) {}
-    ~Progress() { write("\r\033[K"); }
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
-
-    void show(std::size_t number) const
-    {
-        write(fmt::format("\r\033[Kadding {} of {}", number, m_all));
-    }
-
-private:
-    void write(const std::string& text) const
-    {
-        if (m_isTerminal) {
-            writeErrors(text);
-        }
-    }
-
-    const bool m_isTerminal = ::isatty(STDERR_FILENO) == 1;
-    const std::size_t m_all;
-};
 
 /// The text of a certificate without line ends, which may differ.
 std::string bodyOf(std::string pem)
@@ -77,9 +49,9 @@ public:
     /// Throws where the daemon cannot be asked.
     void run()
     {
-        const Progress progress(m_given.size());
+        const Progress progress;
         for (std::size_t i = 0; i < m_given.size(); ++i) {
-            progress.show(i + 1);
+            progress.show(fmt::format("adding {} of {}", i + 1, m_given.size()));
             add(m_given[i], m_rows[i]);
         }
     }

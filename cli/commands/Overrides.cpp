@@ -42,7 +42,10 @@ public:
         m_id = wholeId(given, idsOf(m_service, invocation.service(), *m_store), *m_store);
     }
 
-    ostrelApi::OverwrittenData overrides() { return (m_service.*m_store->overrides)(m_id); }
+    ostrelApi::OverwrittenData overrides()
+    {
+        return overridesOf(m_service, m_invocation.service(), *m_store, m_id);
+    }
 
     Json json(const Json& overrides) const
     {
@@ -135,6 +138,15 @@ Candidates certificateCandidates(const Words& before)
     return all;
 }
 
+// A shell can run what it inserts. A key in the file may be any text, as of an application.
+bool isWordInAnyShell(const std::string& key)
+{
+    const char* const plainCharacters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
+                                        "0123456789_.:/@%+=,-";
+    return !key.empty() && key[0] != '-' && key[0] != '=' &&
+           key.find_first_not_of(plainCharacters) == std::string::npos;
+}
+
 Candidates keyCandidates(const Words& before)
 {
     OstrelService service(before.at(0));
@@ -145,8 +157,10 @@ Candidates keyCandidates(const Words& before)
     }
     const std::string id = wholeId(given, idsOf(service, before.at(0), *store), *store);
     Candidates all;
-    for (const auto& [key, value] : (service.*store->overrides)(id).getMap()) {
-        all.push_back({key, value});
+    for (const auto& [key, value] : overridesOf(service, before.at(0), *store, id).getMap()) {
+        if (isWordInAnyShell(key)) {
+            all.push_back({key, value});
+        }
     }
     return all;
 }

@@ -4,11 +4,13 @@
 
 #include "engine/Command.h"
 #include "engine/Deadline.h"
+#include "engine/Progress.h"
 
 #include <ostrelApi/CallError.h>
 #include <ostrelApi/ReturnCode.h>
 
 #include <chrono>
+#include <optional>
 #include <type_traits>
 
 namespace ostrelctl
@@ -43,11 +45,27 @@ auto completeReplyTo(const Call& call) -> decltype(call())
     }
 }
 
+/// The line on a terminal while the daemon creates a key.
+class KeyProgress
+{
+public:
+    explicit KeyProgress(const Invocation& invocation)
+    {
+        if (invocation.createsKey()) {
+            m_progress.emplace().show("generating the key ...");
+        }
+    }
+
+private:
+    std::optional<Progress> m_progress;
+};
+
 /// Makes a call that sends a request, and makes it again while the service is
 /// locked, for the time of --wait.
 template <class Call>
 auto request(const Invocation& invocation, const Call& call) -> decltype(call())
 {
+    const KeyProgress progress(invocation);
     Pauses pauses(std::chrono::seconds(invocation.number("--wait")));
     for (;;) {
         Deadline::check();

@@ -158,6 +158,12 @@ Outcome send(const Invocation& invocation)
     return {{{"service", invocation.service()}, {"payload", payload}}};
 }
 
+bool isForKey(const Invocation& invocation)
+{
+    const std::string keyword = invocation.one("KEYWORD");
+    return keyword == "createcsr" || keyword == "createcrt";
+}
+
 Candidates targetCandidates(const Words& /*before*/)
 {
     Candidates all;
@@ -247,7 +253,8 @@ Family serviceFamily()
              "sendCommandToServer",
              Daemon::Asked,
              send,
-             texts("", "/payload")},
+             texts("", "/payload"),
+             isForKey},
         },
     };
 }

@@ -1,6 +1,7 @@
 #include "commands/StoreReader.h"
 
 #include "engine/Deadline.h"
+#include "failure/Failure.h"
 
 #include <ostrel/CertificateIdCnMap.h>
 #include <ostrel/CertificateInfo.h>
@@ -20,6 +21,8 @@ namespace
 using ostrel::CertificateInfo;
 using ostrel::ExternalCertificatesAccessor;
 using ostrel::InternalCertificatesAccessor;
+
+constexpr off_t mostOverrides = 1 << 20;
 
 bool isServer(const Store& store)
 {
@@ -98,6 +101,24 @@ std::string listPathOf(const std::string& service, const Store& store)
                            : ExternalCertificatesAccessor(service, store.word).listPath();
 }
 
+std::string overridesPathOf(const std::string& service, const Store& store, const std::string& id)
+{
+    return isServer(store)
+               ? InternalCertificatesAccessor(service, store.word).certOverwrittenDataPath(id)
+               : ExternalCertificatesAccessor(service, store.word).certOverwrittenDataPath(id);
+}
+
+void requireReadableSize(const std::string& path)
+{
+    struct stat status {
+    };
+    if (::stat(path.c_str(), &status) == 0 && status.st_size > mostOverrides) {
+        throw Failure(
+            ExitStatus::Failed, path + " is larger than 1 MiB",
+            "neither the daemon nor ostrelctl reads such a file; an application wrote it");
+    }
+}
+
 } // namespace
 
 std::vector<Entry> entriesOf(const std::string& service, const Store& store, const Ids& ids)
@@ -121,6 +142,13 @@ Ids idsOf(OstrelService& object, const std::string& service, const Store& store)
     const Ids ids = (object.*store.list)();
     // A service without a server certificate has one empty id.
     return ids == Ids{""} ? Ids{} : ids;
+}
+
+ostrelApi::OverwrittenData overridesOf(OstrelService& object, const std::string& service,
+                                       const Store& store, const std::string& id)
+{
+    requireReadableSize(overridesPathOf(service, store, id));
+    return (object.*store.overrides)(id);
 }
 
 std::string asInTheFile(std::string text)

@@ -27,6 +27,11 @@ std::vector<Entry> entriesOf(const std::string& service, const Store& store, con
 /// The ids of a store; empty where the daemon has not created the store yet.
 Ids idsOf(OstrelService& object, const std::string& service, const Store& store);
 
+/// The overrides of a certificate. Applications write this file, so it may have any
+/// size; throws Failure where it is larger than what the daemon reads.
+ostrelApi::OverwrittenData overridesOf(OstrelService& object, const std::string& service,
+                                       const Store& store, const std::string& id);
+
 /// A text as its file holds it: some operations of the library add a line feed.
 std::string asInTheFile(std::string text);
 

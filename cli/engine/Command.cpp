@@ -68,6 +68,11 @@ std::string Invocation::one(const std::string& name) const
     return found != values.end() && !found->second.empty() ? found->second.front() : "";
 }
 
+bool Invocation::createsKey() const
+{
+    return command != nullptr && command->createsKey && command->createsKey(*this);
+}
+
 int Invocation::number(const std::string& name) const
 {
     const std::string text = one(name);

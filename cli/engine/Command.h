@@ -80,6 +80,9 @@ struct Command {
     Daemon daemon;
     std::function<Outcome(const Invocation&)> run;
     View view;
+    /// Whether the daemon creates a key for it, which can take minutes; empty where it
+    /// never does. Without --timeout it then has no time limit.
+    std::function<bool(const Invocation&)> createsKey = {};
 };
 
 /// Words that several commands begin with.
@@ -128,6 +131,8 @@ struct Invocation {
     int number(const std::string& name) const;
     /// The service that it names, or an empty text.
     std::string service() const { return one("SERVICE"); }
+    /// Whether the daemon creates a key for it.
+    bool createsKey() const;
     /// The path of the command, or an empty text.
     std::string path() const { return command != nullptr ? command->path : ""; }
 };

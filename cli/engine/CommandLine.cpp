@@ -278,6 +278,9 @@ void fill(Invocation& invocation, const Parser& parser)
 {
     takeValues(invocation, parser.place());
     takeValues(invocation, parser.root());
+    if (invocation.createsKey()) {
+        invocation.values.emplace("--timeout", Words{"0"});
+    }
     for (const Option* const option : optionsOf(invocation.command)) {
         if (*option->otherwise != '\0') {
             invocation.values.emplace(option->name, Words{option->otherwise});

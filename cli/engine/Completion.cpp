@@ -77,8 +77,10 @@ std::string linesOf(const Candidates& candidates, const std::string& start)
 {
     std::string text;
     for (const Candidate& candidate : candidates) {
-        if (beginsWith(candidate.word, start)) {
-            text += plain(candidate.word) + '\t' + plain(candidate.help) + '\n';
+        // A masked word is another word.
+        const bool canBeWritten = plain(candidate.word) == candidate.word;
+        if (canBeWritten && beginsWith(candidate.word, start)) {
+            text += candidate.word + '\t' + plain(candidate.help) + '\n';
         }
     }
     return text;

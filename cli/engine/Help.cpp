@@ -19,6 +19,9 @@ const char* const legend =
     "for the time of --timeout at most. The others read files, or notify the daemon,\n"
     "and do not wait. `ostrelctl help COMMAND` prints what a command takes.\n";
 
+const char* const keySentence =
+    "\nThe creation of a key can take minutes and has no time limit by default.";
+
 std::string commandLines(const Family& family, const std::string& group)
 {
     std::string text;
@@ -61,8 +64,7 @@ public:
     {
         const Command* const command = commandCalled(m_table, pathOf(*app));
         return fmt::format("{}.\n{}\n", app->get_description(),
-                           command != nullptr ? sentenceOf(command->daemon) + std::string("\n")
-                                              : "");
+                           command != nullptr ? sentenceOf(*command) + '\n' : "");
     }
 
     std::string make_usage(const CLI::App* app, std::string name) const override
@@ -129,11 +131,12 @@ std::string pathOf(const CLI::App& app)
     return parent.empty() ? app.get_name() : parent + ' ' + app.get_name();
 }
 
-const char* sentenceOf(Daemon daemon)
+std::string sentenceOf(const Command& command)
 {
-    switch (daemon) {
+    switch (command.daemon) {
     case Daemon::Asked:
-        return "Sends the daemon a request and waits for the reply.";
+        return std::string("Sends the daemon a request and waits for the reply.") +
+               (command.createsKey ? keySentence : "");
     case Daemon::Notified:
         return "Notifies the daemon, and does not wait: there is no reply.";
     default:

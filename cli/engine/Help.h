@@ -16,7 +16,7 @@ namespace ostrelctl
 std::string pathOf(const CLI::App& app);
 
 /// What a command needs of the daemon, as a sentence.
-const char* sentenceOf(Daemon daemon);
+std::string sentenceOf(const Command& command);
 
 /// Has `root` lay out its help in the program's way. Every page shows the
 /// options of every command; the program's page shows all commands.

@@ -171,7 +171,7 @@ std::string entryOf(const Command& command)
     for (const Argument& argument : command.arguments) {
         line += shapeOf(argument);
     }
-    return line + '\n' + paragraph(command.help) + sentenceOf(command.daemon) + '\n' +
+    return line + '\n' + paragraph(command.help) + sentenceOf(command) + '\n' +
            parametersOf(command) + libraryOf(command);
 }
 

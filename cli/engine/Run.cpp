@@ -25,8 +25,10 @@ namespace
 
 std::string dumped(const Json& json)
 {
-    // A name that is not UTF-8 would throw.
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+    // ASCII on a terminal, because other characters could steer it. A name that is not UTF-8
+    // would throw.
+    const bool isAscii = ::isatty(STDOUT_FILENO) == 1;
+    return json.dump(2, ' ', isAscii, Json::error_handler_t::replace) + '\n';
 }
 
 /// Also of a line that cannot be parsed.

@@ -219,14 +219,17 @@ std::string membersOf(const Json& object, const Terminal& terminal)
 }
 
 // An object alone counts as one row.
-std::string textsOf(const Json& rows, const View& view)
+std::string textsOf(const Json& rows, const View& view, const Terminal& terminal)
 {
     const bool isLines = view.kind == View::Lines;
+    const auto shownText = [&](const std::string& value) {
+        return isLines ? plain(value) : terminal.isTerminal ? plainLines(value) : value;
+    };
     std::string text;
     const auto append = [&](const Json& row) {
         const Json& value = at(row, view.columns.front().pointer);
         if (!value.is_null()) {
-            text += isLines ? plain(textOf(value)) : textOf(value);
+            text += shownText(textOf(value));
             text += isLines || text.back() != '\n' ? "\n" : "";
         }
     };
@@ -283,7 +286,7 @@ std::string shown(const Json& answer, const View& view, const Terminal& terminal
         return membersOf(at(answer, view.at), terminal);
     case View::Text:
     case View::Lines:
-        return textsOf(at(answer, view.at), view);
+        return textsOf(at(answer, view.at), view, terminal);
     default:
         return sentenceOf(answer, view.at);
     }

@@ -143,6 +143,37 @@ TEST(Commands, HaveHelpWithAllOfTheRow)
     }
 }
 
+struct LimitRow {
+    Words line;
+    int seconds;
+};
+
+TEST(Commands, HaveATimeLimitUnlessTheyCreateAKey)
+{
+    const LimitRow rows[] = {
+        {{"services"}, 30},
+        {{"server", "apply", "web", "a.pem"}, 30},
+        {{"server", "csr", "create", "web"}, 0},
+        {{"server", "csr", "create", "web", "--compliant"}, 0},
+        {{"server", "csr", "create", "web", "--timeout", "5"}, 5},
+        {{"--timeout", "5", "server", "csr", "create", "web"}, 5},
+        {{"server", "csr", "show", "web"}, 30},
+        {{"send", "web", "server", "createcsr"}, 0},
+        {{"send", "web", "server", "createcrt", "self", "30", "no"}, 0},
+        {{"send", "web", "server", "createcsr", "--timeout=5"}, 5},
+        {{"send", "web", "server", "getcsr"}, 30},
+        {{"send", "web", "ca", "add", "createcsr"}, 30},
+    };
+    for (const LimitRow& row : rows) {
+        const ParsedLine parsed = parse(commandTable(), row.line);
+        EXPECT_EQ(parsed.invocation.number("--timeout"), row.seconds)
+            << testing::PrintToString(row.line);
+    }
+    EXPECT_THAT(helpOn("server csr create"), HasSubstr("no time limit by default"));
+    EXPECT_THAT(helpOn("send"), HasSubstr("no time limit by default"));
+    EXPECT_THAT(helpOn("ca add"), testing::Not(HasSubstr("no time limit by default")));
+}
+
 /// A line with all arguments and options of a command.
 Words fullLineOf(const Command& command)
 {

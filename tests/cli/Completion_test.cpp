@@ -2,6 +2,9 @@
 // the last word is not finished.
 
 #include "cli/CliCase.h"
+#include "support/TextFiles.h"
+
+#include <ostrel/ExternalCertificatesAccessor.h>
 
 #include "cli/Rows.h"
 
@@ -102,6 +105,65 @@ TEST_F(Completion, OffersWhatCanStandThere)
         SCOPED_TRACE(row.sentence);
         EXPECT_THAT(candidatesFor(row.words), testing::UnorderedElementsAreArray(row.expected));
     }
+}
+
+struct KeyRow {
+    const char* key;
+    bool isOffered;
+};
+
+// A member of the managment group writes the overrides.
+TEST_F(Completion, OffersOnlyKeysThatAreWordsForEveryShell)
+{
+    const KeyRow rows[] = {
+        {"alias", true},
+        {"a_b.c:d/e@f%g+h=i,j-k", true},
+        {"9", true},
+        {"$(id)", false},
+        {";id", false},
+        {"`id`", false},
+        {"-k", false},
+        {"=k", false},
+        {"~k", false},
+        {"a*", false},
+        {"a'b", false},
+        {"a\"b", false},
+        {"a\\b", false},
+        {"a\x1b"
+         "b",
+         false},
+        {"a\u202e"
+         "b",
+         false},
+        {"é", false},
+        {"a|b", false},
+        {"a&b", false},
+        {"a>b", false},
+        {"{a}", false},
+        {"a!b", false},
+        {"a^b", false},
+        {"a[b", false},
+    };
+    std::string text;
+    Words expected;
+    for (const KeyRow& row : rows) {
+        text += row.key + std::string(" value\n");
+        if (row.isOffered) {
+            expected.emplace_back(row.key);
+        }
+    }
+    support::writeText(
+        ostrel::ExternalCertificatesAccessor("web", "ca").certOverwrittenDataPath(one), text);
+    for (const char* command : {"get", "set", "unset"}) {
+        EXPECT_THAT(candidatesFor({"override", command, "web", "ca/" + one, ""}),
+                    testing::UnorderedElementsAreArray(expected));
+    }
+}
+
+TEST_F(Completion, OffersOnlyWordsThatItCanWrite)
+{
+    device.addService("x\x1by", "name x\nmanagmentGroup ostrel\nca yes\n");
+    EXPECT_THAT(candidatesFor({"status", "x"}), testing::IsEmpty());
 }
 
 TEST_F(Completion, OffersEveryFirstWordAtTheStart)

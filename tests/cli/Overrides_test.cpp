@@ -1,4 +1,7 @@
 #include "cli/CliCase.h"
+#include "support/TextFiles.h"
+
+#include <ostrel/ExternalCertificatesAccessor.h>
 
 namespace
 {
@@ -43,6 +46,27 @@ TEST_F(Overrides, TakeTheStartOfAnId)
     const std::string id = addCA("One");
     EXPECT_EQ(run({"override", "set", "web", "ca/" + id.substr(0, 3), "a", "b"}).status, 0);
     EXPECT_EQ(answerTo({"override", "get", "web", "ca/" + id})["overrides"]["a"], "b");
+}
+
+TEST_F(Overrides, AreReadUpToTheLimitOfTheDaemon)
+{
+    const std::size_t limit = 1 << 20;
+    const std::string id = addCA("One");
+    const std::string path =
+        ostrel::ExternalCertificatesAccessor("web", "ca").certOverwrittenDataPath(id);
+    support::writeText(path, "key " + std::string(limit - 4, 'x'));
+    EXPECT_EQ(run({"override", "get", "web", "ca/" + id, "key"}).status, 0);
+    support::writeText(path, "key " + std::string(limit - 3, 'x'));
+    for (const cli_case::Words& words :
+         {cli_case::Words{"override", "get", "web", "ca/" + id},
+          cli_case::Words{"override", "set", "web", "ca/" + id, "a", "b"},
+          cli_case::Words{"override", "unset", "web", "ca/" + id, "key"}}) {
+        const auto finished = run(words);
+        EXPECT_EQ(finished.status, 1);
+        EXPECT_THAT(finished.errors, HasSubstr(path + " is larger than 1 MiB"));
+        EXPECT_EQ(finished.output, "");
+    }
+    EXPECT_EQ(run({"__complete", "override", "get", "web", "ca/" + id, ""}).output, "");
 }
 
 struct Row {

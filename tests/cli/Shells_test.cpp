@@ -1,7 +1,10 @@
 // Completion as bash, fish and zsh do it, with the scripts that are installed.
 
 #include "cli/CliCase.h"
+#include "support/TextFiles.h"
+
 #include "support/PseudoTerminal.h"
+#include <ostrel/ExternalCertificatesAccessor.h>
 
 #include <filesystem>
 
@@ -13,6 +16,7 @@ using support::Keys;
 using support::runOnTerminal;
 using support::runProgram;
 using testing::HasSubstr;
+using testing::Not;
 
 const std::string scripts = OSTREL_COMPLETION_SCRIPTS;
 
@@ -48,6 +52,25 @@ protected:
         return finished.output;
     }
 
+    /// A service whose name a shell would take as two commands.
+    void addOddServices() const
+    {
+        device.addService(oddName, "name Odd\nmanagmentGroup ostrel\nca yes\n");
+    }
+
+    /// What a shell shows that completes the name of the odd service and runs the line.
+    static std::string shownBy(const cli_case::Words& shell, const std::string& setUp)
+    {
+        const auto shown = runOnTerminal(shell, 400,
+                                         {{"ready> ", setUp},
+                                          {"ready> ", "ostrelctl status x\t"},
+                                          {"echo", "\n"},
+                                          {"ready> ", "exit\n"}});
+        EXPECT_THAT(shown.text, HasSubstr("status " + oddName));
+        return shown.text;
+    }
+
+    inline static const std::string oddName = "x;echo $((40+2))";
     const std::string id = addCA("One");
 };
 
@@ -84,6 +107,33 @@ TEST_F(Shells, CompleteFilesInBash)
          {"ties.pem ", "\n"},
          {"ready> ", "exit\n"}});
     EXPECT_THAT(shown.text, HasSubstr("added"));
+}
+
+TEST_F(Shells, InsertQuotedWordsInBash)
+{
+    addOddServices();
+    EXPECT_EQ(bashCandidates("ostrelctl status x"), "x\\;echo\\ \\$\\(\\(40+2\\)\\)\n");
+    EXPECT_THAT(shownBy({"/bin/bash", "--noprofile", "--norc", "-i"},
+                        "source " + scripts + "/ostrelctl.bash\n"),
+                Not(HasSubstr("42")));
+}
+
+TEST_F(Shells, InsertQuotedWordsInZsh)
+{
+    addOddServices();
+    EXPECT_THAT(shownBy({"/bin/zsh", "--no-rcs", "-i"},
+                        "unsetopt zle_bracketed_paste prompt_sp; fpath=(" + scripts +
+                            " $fpath); autoload -Uz compinit; compinit -u -D\n"),
+                Not(HasSubstr("42")));
+}
+
+TEST_F(Shells, RunNoKeyOfAnOverride)
+{
+    support::writeText(
+        ostrel::ExternalCertificatesAccessor("web", "ca").certOverwrittenDataPath(id),
+        "$((40+2)) value\n;id value\n");
+    EXPECT_EQ(bashCandidates("ostrelctl override get web ca/" + id + " ''"), "\n");
+    EXPECT_EQ(fishCandidates("ostrelctl override get web ca/" + id + ' '), "");
 }
 
 TEST_F(Shells, AreGivenCandidatesInFish)

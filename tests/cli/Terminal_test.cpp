@@ -1,5 +1,8 @@
 #include "cli/CliCase.h"
 #include "support/PseudoTerminal.h"
+#include "support/TextFiles.h"
+
+#include <ostrel/ExternalCertificatesAccessor.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -86,6 +89,36 @@ TEST_F(Terminal, IsNotSteeredByWhatACertificateSays)
     const std::string text = runOnTerminal(commandLine({"ca", "list", "web"})).text;
     EXPECT_THAT(text, Not(HasSubstr("\033[2J")));
     EXPECT_THAT(run({"ca", "list", "web"}).output, Not(HasSubstr("\007")));
+}
+
+// A member of the managment group writes the overrides.
+TEST_F(Terminal, IsNotSteeredByTextsAndJson)
+{
+    const std::string id = addCA("Two");
+    const std::string path = ostrel::ExternalCertificatesAccessor("web", "ca").certDetailsPath(id);
+    support::writeText(path, "a\xc2\x9b"
+                             "2J\033[2J\n");
+    const auto details = commandLine({"ca", "details", "web", id});
+    EXPECT_THAT(runOnTerminal(details).text, HasSubstr("a?2J?[2J"));
+    EXPECT_THAT(run({"ca", "details", "web", id}).output, HasSubstr("a\xc2\x9b"
+                                                                    "2J\033[2J\n"));
+    EXPECT_THAT(runOnTerminal(commandLine({"ca", "details", "web", id, "--json"})).text,
+                HasSubstr("a\\u009b2J"));
+    EXPECT_THAT(run({"ca", "details", "web", id, "--json"}).output, HasSubstr("a\xc2\x9b"
+                                                                              "2J"));
+}
+
+TEST_F(Terminal, AloneIsToldThatAKeyIsCreated)
+{
+    const auto shown = runOnTerminal(commandLine({"server", "csr", "create", "web"}));
+    EXPECT_EQ(shown.status, 0);
+    EXPECT_THAT(shown.text, HasSubstr("generating the key ..."));
+    EXPECT_THAT(shown.text, HasSubstr("\r\033[K"));
+    EXPECT_EQ(run({"server", "csr", "create", "web"}).errors, "");
+    EXPECT_THAT(runOnTerminal(commandLine({"send", "web", "server", "createcsr"})).text,
+                HasSubstr("generating the key ..."));
+    EXPECT_THAT(runOnTerminal(commandLine({"send", "web", "server", "list"})).text,
+                Not(HasSubstr("generating")));
 }
 
 TEST_F(Terminal, ShowsWhatEndsSoonInColour)

@@ -19,6 +19,50 @@ TEST(PlainText, HasNoControlCharacters)
     EXPECT_EQ(plain("Zürich"), "Zürich");
 }
 
+struct PlainRow {
+    const char* sentence;
+    std::string text;
+    std::string expected;
+};
+
+TEST(PlainText, HasNothingThatSteersATerminalOrHidesText)
+{
+    const PlainRow rows[] = {
+        {"a C1 control in UTF-8",
+         "a\xc2\x9b"
+         "2J",
+         "a?2J"},
+        {"the first and the last C1 control", "\xc2\x80\xc2\x9f", "??"},
+        {"the characters beside them", "\x7e\xc2\xa0", "\x7e\xc2\xa0"},
+        {"a C1 control as a raw byte",
+         "a\x9b"
+         "2J",
+         "a?2J"},
+        {"other bytes that are not UTF-8", "\xff\xc0\x80\xe9", "????"},
+        {"a character that is cut off", "a\xe2\x82", "a??"},
+        {"a character that is cut off by another", "\xe2\x82z", "??z"},
+        {"a control in too many bytes", "\xe0\x82\x9b", "???"},
+        {"half of a pair of UTF-16", "\xed\xa0\x80", "???"},
+        {"more than the last character", "\xf4\x90\x80\x80", "????"},
+        {"marks of direction", "\u200e\u200f\u061c", "???"},
+        {"embeddings and overrides", "\u202a\u202b\u202c\u202d\u202e", "?????"},
+        {"isolates", "\u2066\u2067\u2068\u2069", "????"},
+        {"separators of lines and paragraphs", "\u2028\u2029", "??"},
+        {"characters without a width", "\u200b\u200c\u200d\u2060\ufeff", "?????"},
+        {"characters of 2, 3 and 4 bytes", "é\u20ac\U0001F600", "é\u20ac\U0001F600"},
+        {"dashes, which stand beside the marks", "\u2010\u2027\u202f\u2070",
+         "\u2010\u2027\u202f\u2070"},
+    };
+    for (const PlainRow& row : rows) {
+        EXPECT_EQ(plain(row.text), row.expected) << row.sentence;
+    }
+}
+
+TEST(PlainText, KeepsTheLinesOfALongerText)
+{
+    EXPECT_EQ(plainLines("a\n\tb\r\nc\rd\033\u202e\r"), "a\n\tb\r\nc?d???");
+}
+
 TEST(PlainText, IsAsWideAsItsCharacters)
 {
     EXPECT_EQ(widthOf(""), 0U);
@@ -99,6 +143,15 @@ TEST(View, PrintsTextAsItIsAndLinesWithoutWhatIsMissing)
     const Json texts = {{"rows", {{{"t", "a\nb\n"}}, {{"t", nullptr}}, {{"t", "c"}}}}};
     EXPECT_EQ(shown(texts, {View::Text, "/rows", {{"", "/t"}}}, noTerminal), "a\nb\nc\n");
     EXPECT_EQ(shown(texts, {View::Lines, "/rows", {{"", "/t"}}}, noTerminal), "a?b?\nc\n");
+}
+
+TEST(View, MasksTextOnATerminalOnly)
+{
+    Terminal terminal;
+    terminal.isTerminal = true;
+    const Json text = {{"t", "a\n\t\033[2J\xc2\x9b\u202e\n"}};
+    EXPECT_EQ(shown(text, texts("", "/t"), terminal), "a\n\t?[2J??\n");
+    EXPECT_EQ(shown(text, texts("", "/t"), noTerminal), "a\n\t\033[2J\xc2\x9b\u202e\n");
 }
 
 TEST(View, ShowsMembersWithAllOfTheirValues)
