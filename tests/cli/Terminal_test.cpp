@@ -108,7 +108,7 @@ TEST_F(Terminal, IsNotSteeredByTextsAndJson)
                                                                               "2J"));
 }
 
-TEST_F(Terminal, AloneIsToldThatAKeyIsCreated)
+TEST_F(Terminal, AloneShowsThatAKeyIsCreated)
 {
     const auto shown = runOnTerminal(commandLine({"server", "csr", "create", "web"}));
     EXPECT_EQ(shown.status, 0);
