@@ -134,6 +134,7 @@ TEST_F(TransportDistrust, WritesIntoFilesOfTrustedUsersOnly)
         if (row.isTrusted) {
             peer.answer("0 a");
             EXPECT_EQ(call(), payload("a"));
+            peer.finish();
         } else {
             expectRefusal();
         }
@@ -202,7 +203,6 @@ TEST_F(TransportDistrust, SaysThatAReplyIsTooLong)
         caller.sendUntilClosed(std::string(32 << 20, 'x'));
     });
     const support::CapturedTrace trace;
-    const std::size_t descriptorsBefore = support::openDescriptorCount();
     ostrel::Commands command;
     const ostrelApi::CallError error =
         support::callErrorOf([&] { ostrelApi::exchange(command, pipes); });
@@ -211,7 +211,26 @@ TEST_F(TransportDistrust, SaysThatAReplyIsTooLong)
     EXPECT_EQ(error.getDaemonReturnCode(), 0);
     EXPECT_EQ(error.getReason(), "the daemon's reply is longer than 16 MiB");
     EXPECT_THAT(trace.text(), testing::EndsWith("\nError: The reply is longer than 16 MiB.\n"));
-    EXPECT_EQ(support::openDescriptorCount(), descriptorsBefore);
+}
+
+// The peer runs in this process, so it must have ended before the descriptors are counted.
+TEST(TransportDescriptors, AreClosedAfterAReplyThatIsTooLong)
+{
+    const support::Device device;
+    const ostrelApi::ServicePipes pipes =
+        ostrelApi::pipesOf(device.pipesDirectory() + "/web", "web", "root");
+    const std::size_t before = support::openDescriptorCount();
+    {
+        support::ScriptedPeer peer(device, "web");
+        peer.play([](support::ScriptedPeer::Call& caller) {
+            caller.takeMessage();
+            caller.openReply();
+            caller.sendUntilClosed(std::string(32 << 20, 'x'));
+        });
+        ostrel::Commands command;
+        EXPECT_EQ(transport_case::outcomeOf(command, pipes), apiError(1));
+    }
+    EXPECT_EQ(support::openDescriptorCount(), before);
 }
 
 } // namespace
