@@ -19,14 +19,15 @@ namespace ostrelApi
 namespace
 {
 
+using ostrel::PinnedFile;
 using ostrel::trace;
 
 constexpr mode_t importFileMode = 0770;
 
-bool changeGroup(const std::string& path, const std::string& group)
+bool changeGroup(const PinnedFile& file, const std::string& path, const std::string& group)
 {
     try {
-        return ostrel::changeGroupOfOwnFile(path, group);
+        return ostrel::changeGroupOfOwnFile(file, path, group);
     } catch (const std::exception& caught) {
         throw Explained(ostrel::textOf(caught), groupReasonOf(path, group, errno));
     }
@@ -35,11 +36,12 @@ bool changeGroup(const std::string& path, const std::string& group)
 // Gives the file to `group`, so that the daemon, a member, may read it.
 void shareWith(const std::string& path, const std::string& group)
 {
-    if (!changeGroup(path, group)) {
+    const PinnedFile file = PinnedFile::own(path);
+    if (!changeGroup(file, path, group)) {
         trace("Error: Change the group of the out file to '", group, "' failed.");
         fail(ActionFailed, groupReasonOf(path, group, errno));
     }
-    if (!ostrel::PinnedFile::own(path).changeMode(importFileMode)) {
+    if (!file.changeMode(importFileMode)) {
         throw std::runtime_error("Impossible to change mode for " + path);
     }
 }

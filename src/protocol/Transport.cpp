@@ -28,6 +28,7 @@ namespace
 
 using ostrel::Descriptor;
 using ostrel::errorText;
+using ostrel::PinnedFile;
 using ostrel::Tools;
 using ostrel::trace;
 
@@ -135,10 +136,10 @@ void ReplyFifo::create() const
     }
 }
 
-bool changeGroup(const std::string& path, const std::string& group)
+bool changeGroup(const PinnedFile& file, const std::string& path, const std::string& group)
 {
     try {
-        return ostrel::changeGroupOfOwnFile(path, group);
+        return ostrel::changeGroupOfOwnFile(file, path, group);
     } catch (const std::exception&) {
         return false;
     }
@@ -146,13 +147,14 @@ bool changeGroup(const std::string& path, const std::string& group)
 
 void ReplyFifo::shareWith(const std::string& group) const
 {
-    if (!changeGroup(m_path, group)) {
+    const PinnedFile file = PinnedFile::own(m_path);
+    if (!changeGroup(file, m_path, group)) {
         const int error = errno;
         trace("Error: Change the group of the out file to '", group, "' failed.");
         fail(ActionFailed, groupReasonOf(m_path, group, error));
     }
     // mkfifo() clears the bits of the umask.
-    if (!ostrel::PinnedFile::own(m_path).changeMode(replyFifoMode)) {
+    if (!file.changeMode(replyFifoMode)) {
         const int error = errno;
         trace("Error: Failed to assign required permissions to file :", m_path, " : ",
               errorText(error));

@@ -43,24 +43,17 @@ void failUnless(int result, const char* text, const std::string& path)
     }
 }
 
-void changeGroupOf(const std::string& path, gid_t gid)
-{
-    failUnless(::chown(path.c_str(), unchangedUser, gid), groupUnchanged, path);
-}
-
-void changeGroupOfOwn(const std::string& path, gid_t gid)
-{
-    failUnless(PinnedFile::own(path).changeGroup(gid) ? 0 : -1, groupUnchanged, path);
-}
-
-// Intended: this function replaces the text of a failure; changeUser() by name does not.
-bool changeGroupBy(void (*change)(const std::string&, gid_t), const std::string& path,
-                   const std::string& groupName)
+// `file`: the file that `path` names, or null for any file. Intended: this function replaces
+// the text of a failure; changeUser() by name does not.
+bool changeGroupByName(const PinnedFile* file, const std::string& path,
+                       const std::string& groupName)
 {
     try {
         const GroupEntry group = groupByName(groupName);
-        if (group.isFound()) {
-            change(path, group->gr_gid);
+        if (group.isFound() && file != nullptr) {
+            failUnless(file->changeGroup(group->gr_gid) ? 0 : -1, groupUnchanged, path);
+        } else if (group.isFound()) {
+            Tools::changeGroup(path, group->gr_gid);
         }
         return group.isFound();
     } catch (...) {
@@ -122,18 +115,19 @@ bool Tools::changeUser(const std::string& path, const std::string& userName)
 
 bool Tools::changeGroup(const std::string& path, gid_t gid)
 {
-    changeGroupOf(path, gid);
+    failUnless(::chown(path.c_str(), unchangedUser, gid), groupUnchanged, path);
     return true;
 }
 
 bool Tools::changeGroup(const std::string& path, const std::string& groupName)
 {
-    return changeGroupBy(changeGroupOf, path, groupName);
+    return changeGroupByName(nullptr, path, groupName);
 }
 
-bool changeGroupOfOwnFile(const std::string& path, const std::string& groupName)
+bool changeGroupOfOwnFile(const PinnedFile& file, const std::string& path,
+                          const std::string& groupName)
 {
-    return changeGroupBy(changeGroupOfOwn, path, groupName);
+    return changeGroupByName(&file, path, groupName);
 }
 
 Tools::Rights Tools::getRights(const std::string& path)

@@ -24,6 +24,7 @@ PinnedFile::PinnedFile(const std::string& path)
 {
     struct stat status {
     };
+    m_error = isOpen() ? 0 : errno;
     if (isOpen() && ::fstat(m_file.get(), &status) == 0) {
         m_mode = status.st_mode;
         m_owner = status.st_uid;
@@ -37,7 +38,7 @@ PinnedFile PinnedFile::own(const std::string& path)
     const bool isKnown = S_ISREG(file.m_mode) || S_ISFIFO(file.m_mode);
     if (file.isOpen() && !(isKnown && file.m_owner == ::geteuid() && file.m_names == 1)) {
         file.m_file.close();
-        errno = EPERM;
+        file.m_error = EPERM;
     }
     return file;
 }
@@ -49,12 +50,14 @@ Descriptor PinnedFile::open(int flags) const
 
 bool PinnedFile::changeGroup(gid_t gid) const
 {
+    errno = m_error;
     return isOpen() &&
            ::fchownat(m_file.get(), "", static_cast<uid_t>(-1), gid, AT_EMPTY_PATH) == 0;
 }
 
 bool PinnedFile::changeMode(mode_t mode) const
 {
+    errno = m_error;
     return isOpen() && ::chmod(PathOf(m_file).text, mode) == 0;
 }
 

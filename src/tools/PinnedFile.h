@@ -39,9 +39,12 @@ private:
     mode_t m_mode = 0;
     uid_t m_owner = 0;
     nlink_t m_names = 0;
+    // Why the file is not open.
+    int m_error = 0;
 };
 
-/// Tools::changeGroup() for a file that the process has just created, with the same texts.
-[[nodiscard]] bool changeGroupOfOwnFile(const std::string& path, const std::string& groupName);
+/// Tools::changeGroup() for PinnedFile::own(`path`), with the same texts.
+[[nodiscard]] bool changeGroupOfOwnFile(const PinnedFile& file, const std::string& path,
+                                        const std::string& groupName);
 
 } // namespace ostrel
