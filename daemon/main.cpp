@@ -1,5 +1,6 @@
 #include "base/Log.h"
-#include "process/Daemon.h"
+#include "base/Refusal.h"
+#include "process/Supervisor.h"
 
 #include <ostrel/Debug.h>
 
@@ -7,15 +8,27 @@
 
 #include <csignal>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace
 {
 
-int runDaemon(int readyDescriptor)
+// Otherwise a file that the daemon opens could become its standard error stream.
+void openStandardStreams()
+{
+    int descriptor = -1;
+    do {
+        descriptor = ::open("/dev/null", O_RDWR);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    ::close(descriptor);
+}
+
+int runDaemon(const ostreld::ProcessName& processName, int readyDescriptor)
 {
     try {
-        ostreld::Daemon().run(readyDescriptor);
+        ostreld::Supervisor(processName).run(readyDescriptor);
         return ostreld::ActionSuccessful;
     } catch (const ostreld::Refusal& refusal) {
         ostreld::logEvent("{}", refusal.what());
@@ -28,9 +41,10 @@ int runDaemon(int readyDescriptor)
 
 } // namespace
 
-// NOLINTNEXTLINE(bugprone-exception-escape): without memory there is nothing to start.
+// NOLINTNEXTLINE(bugprone-exception-escape): without memory the daemon cannot start.
 int main(int argc, char* argv[])
 {
+    openStandardStreams();
     CLI::App app("The certificate-management daemon, in the foreground. It reads "
                  "/etc/ostrel/config.daemon and logs to the standard error stream.",
                  "ostreld");
@@ -47,8 +61,8 @@ int main(int argc, char* argv[])
     ostreld::gVerbose = isDebug;
     ostrel::gDebug = isDebug;
     std::signal(SIGPIPE, SIG_IGN);
-    // Tells the holder of a lease that somebody waits for its end.
+    // The kernel sends it to the holder of a lease when another process waits for the lease.
     std::signal(SIGIO, SIG_IGN);
     ::umask(S_IRWXG | S_IRWXO);
-    return runDaemon(readyDescriptor);
+    return runDaemon(ostreld::ProcessName(argc, argv), readyDescriptor);
 }

@@ -7,7 +7,9 @@
 #include <fmt/format.h>
 
 #include <cerrno>
+#include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -25,6 +27,7 @@ namespace
 constexpr uid_t sameUser = static_cast<uid_t>(-1);
 constexpr mode_t ownerOnly = 0600;
 constexpr mode_t allModeBits = 07777;
+constexpr char scratchName[] = ".new";
 
 Descriptor openOrFail(const std::string& path, int flags, mode_t mode = 0)
 {
@@ -48,20 +51,14 @@ std::string directoryOf(const std::string& path)
     return path.substr(0, path.rfind('/'));
 }
 
-void sync(const Descriptor& file, const std::string& path)
-{
-    if (::fsync(file.get()) != 0) {
-        failSystemCall("write to disk", path);
-    }
-}
-
-// The change has been made, and readers have seen it: a disk that does not say
-// whether it will last is no reason to undo it.
-void syncIfOpen(const Descriptor& directory, const std::string& changed)
+// Readers may have seen the change already, so a failed sync does not undo it.
+void syncDirectory(const Descriptor& directory, const std::string& path,
+                   const std::string& changed) noexcept
 {
     if (directory.isOpen() && ::fsync(directory.get()) != 0) {
-        logEvent("{}: changed, but a power cut may undo that: {}", changed,
-                 ostrel::errorText(errno));
+        char reason[128] = {};
+        logEvent("{}/{}: changed, but a power cut may undo that: {}", path, changed,
+                 ::strerror_r(errno, reason, sizeof reason));
     }
 }
 
@@ -78,14 +75,15 @@ std::size_t sizeOfRegularFile(const Descriptor& file, const std::string& name, s
     return static_cast<std::size_t>(status.st_size);
 }
 
-// A disk that fails is not the end of the file: who takes a part for the whole
-// gives up the rest.
-std::string readUpTo(const Descriptor& file, const std::string& name, std::size_t limit)
+// `text` has the size of the file. A read error is not the end of the file: a part must not
+// count as the whole.
+template <class Text>
+Text readInto(Text text, const Descriptor& file, const std::string& name)
 {
-    std::string text(limit, '\0');
+    const std::size_t limit = text.size();
     std::size_t length = 0;
     ssize_t count = 0;
-    while ((count = ::read(file.get(), &text[length], limit - length)) > 0) {
+    while ((count = ::read(file.get(), text.data() + length, limit - length)) > 0) {
         length += static_cast<std::size_t>(count);
     }
     if (count < 0) {
@@ -95,13 +93,44 @@ std::string readUpTo(const Descriptor& file, const std::string& name, std::size_
     return text;
 }
 
-bool holds(const std::string& path, const std::string& text)
+// Does not block: the name may belong to a FIFO that has no writer.
+Descriptor openAt(const Descriptor& directory, const std::string& name, int flags)
 {
-    try {
-        return readOwnFile(path) == text;
-    } catch (const std::runtime_error&) {
-        return false;
+    constexpr int always = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    return Descriptor(::openat(directory.get(), name.c_str(), flags | always, ownerOnly));
+}
+
+template <class Buffer>
+auto readAt(const Descriptor& directory, const std::string& path, const std::string& name,
+            std::size_t limit, Buffer bufferOf)
+{
+    const Descriptor file = openAt(directory, name, O_RDONLY);
+    if (!file.isOpen()) {
+        failSystemCall("open", path + '/' + name);
     }
+    return readInto(bufferOf(sizeOfRegularFile(file, name, limit)), file, name);
+}
+
+std::string textOf(std::size_t size)
+{
+    return std::string(size, '\0');
+}
+
+SecretText secretOf(std::size_t size)
+{
+    return SecretText(size);
+}
+
+FileStamp stampOfOpen(const Descriptor& file)
+{
+    struct stat status {
+    };
+    return ::fstat(file.get(), &status) == 0 ? stampOf(status) : FileStamp();
+}
+
+bool isSame(const timespec& left, const timespec& right)
+{
+    return left.tv_sec == right.tv_sec && left.tv_nsec == right.tv_nsec;
 }
 
 } // namespace
@@ -112,8 +141,8 @@ void failSystemCall(const std::string& attempt, const std::string& path)
         fmt::format("cannot {} {}: {}", attempt, path, ostrel::errorText(errno)));
 }
 
-// What has them already is not touched: the time of its last change tells when a
-// request was made. While the group changes neither has what the other had.
+// Does not change a file that has them already, because ctime is the time of a request. While
+// the group changes, neither group has the rights of the other.
 void setAccess(const Descriptor& file, const std::string& path, const Access& access)
 {
     struct stat status {
@@ -156,8 +185,10 @@ void makeDirectory(const std::string& path, mode_t widest, Durability durability
     if (!isNew && errno != EEXIST) {
         failSystemCall("make the directory", path);
     }
-    if (isNew && durability == Durability::Lasting) {
-        syncIfOpen(Descriptor::open(directoryOf(path), O_RDONLY | O_DIRECTORY), path);
+    if (isNew && durability == Durability::Persistent) {
+        const std::string parent = directoryOf(path);
+        syncDirectory(Descriptor::open(parent, O_RDONLY | O_DIRECTORY), parent,
+                      path.substr(parent.size() + 1));
     }
     const Descriptor directory = openOrFail(path, O_RDONLY | O_DIRECTORY);
     struct stat status {
@@ -174,102 +205,243 @@ void setDirectoryAccess(const std::string& path, const Access& access)
     setAccess(openOrFail(path, O_RDONLY | O_DIRECTORY), path, access);
 }
 
-Replacer::Replacer(std::string scratchDirectory, gid_t group, Durability durability)
-    : m_scratch(std::move(scratchDirectory) + "/.new"), m_group(group), m_durability(durability)
+bool operator==(const FileStamp& left, const FileStamp& right)
 {
+    return left.inode == right.inode && left.size == right.size &&
+           isSame(left.modified, right.modified) && isSame(left.changed, right.changed);
 }
 
-// Written where it was made: no name of it is trusted in between.
-void Replacer::replace(const std::string& path, const std::string& text, mode_t mode) const
+FileStamp stampOf(const struct stat& status)
 {
-    removeScratch();
-    try {
-        const Descriptor file = openOrFail(m_scratch, O_WRONLY | O_CREAT | O_EXCL, ownerOnly);
-        if (!writeAll(file, text)) {
-            failSystemCall("write", m_scratch);
+    return {status.st_ino, status.st_size, status.st_mtim, status.st_ctim};
+}
+
+DirectoryNames::DirectoryNames(int parent, const std::string& name)
+{
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    const int directory = ::openat(parent, name.c_str(), flags);
+    m_entries.reset(directory != -1 ? ::fdopendir(directory) : nullptr);
+    if (directory != -1 && !isOpen()) {
+        ::close(directory);
+    }
+}
+
+const char* DirectoryNames::next()
+{
+    errno = 0;
+    while (const dirent* entry = ::readdir(m_entries.get())) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..") {
+            return entry->d_name;
         }
-        setAccess(file, m_scratch, {m_group, mode});
-        putInPlace(file, path);
+    }
+    // readdir() fails with ENOENT for a directory that has been removed.
+    if (errno != 0 && errno != ENOENT) {
+        failSystemCall("read", "a directory");
+    }
+    return nullptr;
+}
+
+Directory::Directory(std::string path, Durability durability)
+    : m_path(std::move(path)), m_durability(durability)
+{
+    while (m_path.size() > 1 && m_path.back() == '/') {
+        m_path.pop_back();
+    }
+}
+
+void Directory::make(const Access& access)
+{
+    makeDirectory(m_path, access.mode, m_durability);
+    m_directory = openOrFail(m_path, O_RDONLY | O_DIRECTORY);
+    setAccess(m_directory, m_path, access);
+    unlink(scratchName);
+}
+
+DirectoryNames Directory::names() const
+{
+    DirectoryNames names(m_directory.get(), ".");
+    if (!names.isOpen()) {
+        failSystemCall("read", m_path);
+    }
+    return names;
+}
+
+// A file with a name that is too long does not exist.
+std::optional<struct stat> Directory::status(const std::string& name) const
+{
+    struct stat status {
+    };
+    if (::fstatat(m_directory.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
+        return status;
+    }
+    if (errno != ENOENT && errno != ENAMETOOLONG) {
+        failSystemCall("look at", pathOf(name));
+    }
+    return std::nullopt;
+}
+
+std::string Directory::read(const std::string& name, std::size_t limit) const
+{
+    return readAt(m_directory, m_path, name, limit, textOf);
+}
+
+std::string Directory::readIfThere(const std::string& name) const
+{
+    const auto found = status(name);
+    return found && S_ISREG(found->st_mode) ? read(name) : std::string();
+}
+
+SecretText Directory::readSecretIfThere(const std::string& name) const
+{
+    const auto found = status(name);
+    return found && S_ISREG(found->st_mode)
+               ? readAt(m_directory, m_path, name, largestOwnFile, secretOf)
+               : SecretText();
+}
+
+Descriptor Directory::open(const std::string& name, int flags) const
+{
+    Descriptor file = openAt(m_directory, name, flags);
+    if (!file.isOpen()) {
+        failSystemCall("open", pathOf(name));
+    }
+    return file;
+}
+
+Descriptor Directory::openNew(const std::string& name) const
+{
+    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL;
+    Descriptor file = openAt(m_directory, name, flags);
+    if (!file.isOpen() && errno == EEXIST) {
+        unlink(name);
+        file = openAt(m_directory, name, flags);
+    }
+    if (!file.isOpen()) {
+        failSystemCall("make", pathOf(name));
+    }
+    return file;
+}
+
+FileStamp Directory::replace(const std::string& name, std::string_view text, const Access& access,
+                             const Directory& scratch) const
+{
+    return putInPlace(scratch.openNew(scratchName), name, text, access, scratch);
+}
+
+// After the rename nothing fails any more.
+FileStamp Directory::putInPlace(const Descriptor& file, const std::string& name,
+                                std::string_view text, const Access& access,
+                                const Directory& scratch) const
+{
+    try {
+        if (!writeAll(file, text)) {
+            failSystemCall("write", pathOf(name));
+        }
+        setAccess(file, pathOf(name), access);
+        if (m_durability == Durability::Persistent && ::fsync(file.get()) != 0) {
+            failSystemCall("write to disk", pathOf(name));
+        }
+        if (::renameat(scratch.m_directory.get(), scratchName, m_directory.get(), name.c_str())) {
+            failSystemCall("replace", pathOf(name));
+        }
     } catch (...) {
-        // It may take the room that is missing.
-        ::unlink(m_scratch.c_str());
+        // On a full disk, the new file may take the room that is missing.
+        ::unlinkat(scratch.m_directory.get(), scratchName, 0);
         throw;
     }
+    sync(name);
+    return stampOfOpen(file);
 }
 
-void Replacer::putInPlace(const Descriptor& file, const std::string& path) const
+FileStamp Directory::update(const std::string& name, std::string_view text, const Access& access,
+                            const Directory& scratch) const
 {
-    if (m_durability == Durability::Lasting) {
-        sync(file, m_scratch);
-    }
-    const Descriptor directory = directoryToSync(path);
-    if (::rename(m_scratch.c_str(), path.c_str()) != 0) {
-        failSystemCall("replace", path);
-    }
-    syncIfOpen(directory, path);
+    const FileStamp stamp = share(name, access);
+    const bool isSameSize = stamp.inode != 0 && stamp.size == static_cast<off_t>(text.size());
+    return isSameSize && readIfThere(name) == text ? stamp : replace(name, text, access, scratch);
 }
 
-void Replacer::update(const std::string& path, const std::string& text, mode_t mode) const
+// Writes into room that is allocated already, so nobody else can take it meanwhile.
+void Directory::replaceInRoomOf(const std::string& spare, const std::string& name,
+                                std::string_view text, const Access& access) const
 {
-    if (holds(path, text)) {
-        share(path, mode);
-    } else {
-        replace(path, text, mode);
+    if (::renameat(m_directory.get(), spare.c_str(), m_directory.get(), scratchName) != 0) {
+        failSystemCall("take the room of", pathOf(spare));
+    }
+    const Descriptor file = open(scratchName, O_WRONLY);
+    if (::ftruncate(file.get(), static_cast<off_t>(text.size())) != 0) {
+        failSystemCall("shorten", pathOf(spare));
+    }
+    putInPlace(file, name, text, access, *this);
+}
+
+void Directory::create(const std::string& name, const Access& access) const
+{
+    setAccess(openNew(name), pathOf(name), access);
+}
+
+FileStamp Directory::share(const std::string& name, const Access& access) const
+{
+    const auto found = status(name);
+    if (!found || !S_ISREG(found->st_mode)) {
+        return {};
+    }
+    if (found->st_gid == access.group && (found->st_mode & allModeBits) == access.mode) {
+        return stampOf(*found);
+    }
+    const Descriptor file = open(name, O_RDONLY);
+    setAccess(file, pathOf(name), access);
+    return stampOfOpen(file);
+}
+
+void Directory::rename(const std::string& from, const std::string& to) const
+{
+    const int directory = m_directory.get();
+    if (::renameat(directory, from.c_str(), directory, to.c_str()) != 0 && errno != ENOENT) {
+        failSystemCall("rename", pathOf(from));
     }
 }
 
-void Replacer::share(const std::string& path, mode_t mode) const
+void Directory::unlink(const std::string& name) const
 {
-    const Descriptor file = Descriptor::open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-    if (file.isOpen()) {
-        setAccess(file, path, {m_group, mode});
-    } else if (errno != ENOENT) {
-        failSystemCall("open", path);
+    if (::unlinkat(m_directory.get(), name.c_str(), 0) != 0 && errno != ENOENT) {
+        failSystemCall("remove", pathOf(name));
     }
 }
 
-void Replacer::remove(const std::string& path) const
+void Directory::remove(const std::string& name) const
 {
-    const Descriptor directory = directoryToSync(path);
-    if (::unlink(path.c_str()) == 0) {
-        syncIfOpen(directory, path);
-    } else if (errno != ENOENT) {
-        failSystemCall("remove", path);
+    unlink(name);
+    sync(name);
+}
+
+void Directory::sync(const std::string& changed) const noexcept
+{
+    if (m_durability == Durability::Persistent) {
+        syncDirectory(m_directory, m_path, changed);
     }
 }
 
-void Replacer::removeScratch() const
+void removeEach(std::initializer_list<NamedFile> files)
 {
-    if (::unlink(m_scratch.c_str()) != 0 && errno != ENOENT) {
-        failSystemCall("remove", m_scratch);
+    std::string failure;
+    for (const NamedFile& file : files) {
+        try {
+            file.directory->unlink(file.name);
+        } catch (const std::runtime_error& caught) {
+            failure = caught.what();
+        }
     }
-}
-
-// Opened before anything is changed: then nothing but the disk itself can fail after.
-Descriptor Replacer::directoryToSync(const std::string& path) const
-{
-    return m_durability == Durability::Lasting
-               ? openOrFail(directoryOf(path), O_RDONLY | O_DIRECTORY)
-               : Descriptor();
+    if (!failure.empty()) {
+        throw std::runtime_error(failure);
+    }
 }
 
 std::string readRegularFile(const std::string& directory, const std::string& name,
                             std::size_t limit)
 {
-    const Descriptor parent = openOrFail(directory, O_RDONLY | O_DIRECTORY);
-    // Not blocking: the name may stand for a FIFO that nobody writes.
-    constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-    const Descriptor file(::openat(parent.get(), name.c_str(), flags));
-    if (!file.isOpen()) {
-        failSystemCall("open", directory + '/' + name);
-    }
-    return readUpTo(file, name, sizeOfRegularFile(file, name, limit));
-}
-
-std::string readOwnFile(const std::string& path, std::size_t limit)
-{
-    const std::size_t slash = path.rfind('/');
-    return readRegularFile(path.substr(0, slash), path.substr(slash + 1), limit);
+    return readAt(openOrFail(directory, O_RDONLY | O_DIRECTORY), directory, name, limit, textOf);
 }
 
 } // namespace ostreld

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <atomic>
 #include <exception>
 #include <string>
 
@@ -10,33 +9,34 @@ namespace ostreld
 {
 
 /// Whether logStep() writes; set by --debug.
-extern std::atomic<bool> gVerbose;
+extern bool gVerbose;
 
-/// Whether `c` does something on a terminal instead of being shown.
+/// Whether a terminal acts on `c` instead of showing it.
 bool isControlCharacter(char c);
 
-/// Writes one line to the standard error stream. Any thread may call; lines of
-/// several threads do not mix. Key material never goes through here.
-void writeLogLine(const std::string& line);
+/// Writes one line of at most 4096 bytes to the standard error stream, by one write(), so
+/// that lines of several processes do not mix. Never pass a key to it. It does not allocate
+/// memory or change errno, and ignores a failed write.
+void writeLogLine(fmt::string_view format, fmt::format_args arguments) noexcept;
 
 /// Logs one event.
 template <class... Arguments>
-void logEvent(fmt::format_string<Arguments...> format, Arguments&&... arguments)
+void logEvent(fmt::format_string<Arguments...> format, const Arguments&... arguments) noexcept
 {
-    writeLogLine(fmt::format(format, std::forward<Arguments>(arguments)...));
+    writeLogLine(format, fmt::make_format_args(arguments...));
 }
 
-/// Logs one step of the work, for those who look for a fault.
+/// Logs one step of the work, with --debug only.
 template <class... Arguments>
-void logStep(fmt::format_string<Arguments...> format, Arguments&&... arguments)
+void logStep(fmt::format_string<Arguments...> format, const Arguments&... arguments) noexcept
 {
     if (gVerbose) {
-        writeLogLine(fmt::format(format, std::forward<Arguments>(arguments)...));
+        writeLogLine(format, fmt::make_format_args(arguments...));
     }
 }
 
-/// Does what comes after a change that stands already: a failure is logged,
-/// behind `what`, and undoes nothing.
+/// Does work that follows a change that stands. A failure is logged, after `what`, and does
+/// not undo the change.
 template <class Work>
 void orLog(const std::string& what, Work work)
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-// The directory of a service's pipes, where clients make and leave what they like.
+// Files in the directory of a service's pipes, where clients can create and leave any file.
 
 #include "tools/Descriptor.h"
 
@@ -11,29 +11,40 @@
 namespace ostreld
 {
 
-/// The group may open these for writing and no more.
+/// The group may write into such a file, and nothing else.
 constexpr mode_t groupWritesMode = 0620;
 
-/// `descriptor`, if it is open; otherwise fails for `attempt` on `what`.
+/// Returns `descriptor` if it is open; otherwise throws with errno, `attempt` and `what`.
 ostrel::Descriptor requireOpen(ostrel::Descriptor descriptor, const std::string& attempt,
                                const std::string& what);
 
-/// Whether `error` is a lack of what the machine may have again in a moment.
+/// Whether `error` is a shortage that may end soon.
 bool isShortage(int error);
 
-/// Whether anything has the name `path`.
+/// A name that opens this file again, even if its own name belongs to another file.
+std::string pathOf(const ostrel::Descriptor& file);
+
+/// Whether a file, of any type, has the name `path`.
 bool isThere(const std::string& path);
 
-/// Removes whatever has the name `path`, a full directory too, and follows no
-/// link; a missing one is no failure. True when the name is free: what of a
-/// directory cannot be removed is logged, and lies under another name.
+/// Removes the file or the whole directory `path` and follows no link. Returns whether the
+/// name is free. A directory that cannot be removed, or not in a bounded time, is logged and
+/// stays under another name.
 bool freeName(const std::string& path);
 
-/// Removes what freeName() had to leave for `path` before.
+/// Removes the directories that freeName(path) has renamed.
 void removeSetAside(const std::string& path);
 
-/// Removes what has the name `path` unless it is of this type and the daemon's alone:
-/// while no daemon runs, a client can put a file of its own there.
+/// Removes `path` unless it has this type and belongs to the daemon alone: while no daemon
+/// runs, a client can create a file there.
 void removeUnlessOwn(const std::string& path, mode_t type);
+
+/// Whether an open file has this type (S_IFIFO ...) and belongs to the daemon alone.
+bool isOwn(const ostrel::Descriptor& file, mode_t type);
+
+/// Opens the FIFO (S_IFIFO) or regular file (S_IFREG) `path` with `flags`, and creates it if
+/// it does not exist. Removes anything that does not belong to the daemon alone. Throws
+/// std::runtime_error if that fails several times.
+ostrel::Descriptor openOwn(const std::string& path, mode_t type, int flags);
 
 } // namespace ostreld

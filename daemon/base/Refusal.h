@@ -8,11 +8,10 @@
 namespace ostreld
 {
 
-// The codes are the library's and the daemon's alike.
+// Library and daemon use the same codes.
 using namespace ostrelApi;
 
-/// Why a request is not carried out: the return code for the client, and the
-/// reason for the log.
+/// Why the daemon refuses a request: the return code, and the reason for reply and log.
 class Refusal : public std::runtime_error
 {
 public:

@@ -1,18 +1,17 @@
 #include "commands/Service.h"
 
 #include "base/Log.h"
-#include "store/StoreTexts.h"
+#include "commands/Groups.h"
+#include "commands/Stores.h"
 
 #include <ostrel/DaemonConfiguration.h>
 #include <ostrel/Tools.h>
-#include <ostrelApi/OstrelApiException.h>
-
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <filesystem>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace ostreld
@@ -22,8 +21,6 @@ using ostrel::Commands;
 
 namespace
 {
-
-constexpr mode_t storeDirectoryMode = 0751;
 
 constexpr unsigned int only(ostrel::TypeTarget target)
 {
@@ -35,18 +32,8 @@ constexpr unsigned int own = only(ostrel::TargetServer);
 constexpr unsigned int config = only(ostrel::TargetConfig);
 constexpr unsigned int anyTarget = ~0U;
 
-std::string replyOf(ReturnCode code, const std::string& payload)
-{
-    return std::to_string(code) + ' ' + payload;
-}
-
-std::string joined(const std::vector<std::string>& words)
-{
-    return fmt::format("{}", fmt::join(words, " "));
-}
-
-// Once a message is told from its separators, a control character in it could
-// only forge a line: of the log, of the library's trace or of a store's file.
+// A message has no control character but its separators. Another one could only forge a line
+// of the log, of the library's trace or of a store's file.
 bool isPlain(const std::string& message)
 {
     return std::none_of(message.begin(), message.end(),
@@ -65,59 +52,21 @@ Commands parsed(const std::string& message)
     }
 }
 
-std::unique_ptr<ostrel::ServiceConfiguration> configurationOf(const std::string& service)
-{
-    try {
-        return std::make_unique<ostrel::ServiceConfiguration>(service);
-    } catch (const std::runtime_error& caught) {
-        throw Refusal(BadConfiguration, caught.what());
-    }
-}
-
-gid_t groupOf(const ostrel::ServiceConfiguration& configuration)
-{
-    const std::string& name = configuration.m_managmentGroup;
-    if (!ostrel::Tools::isGroupExist(name)) {
-        throw Refusal(BadConfiguration, "the managment group '" + name + "' does not exist");
-    }
-    return ostrel::Tools::getGroupId(name);
-}
-
-// A message as one line for the log.
-std::string forLog(std::string message)
-{
-    constexpr std::size_t longest = 200;
-    std::replace(message.begin(), message.end(), '\t', ' ');
-    return message.substr(0, longest);
-}
-
-std::vector<CertificateStore> storesOf(const ostrel::ServiceConfiguration& configuration,
-                                       gid_t group)
-{
-    std::vector<CertificateStore> stores;
-    for (const StoreRow& row : storeRows) {
-        if (configuration.*row.isOn) {
-            stores.emplace_back(row, configuration, group);
-        }
-    }
-    return stores;
-}
-
 } // namespace
 
-/// One command: its value, the targets that it serves, what it does, how it is
-/// written, and the event that it is for a callback script.
+/// One command: its number, its targets, its function, its line of "help", and its event for
+/// callback scripts.
 struct Service::Operation {
     ostrel::CommandType command;
     unsigned int targets;
-    std::string (Service::*work)(const Commands&);
+    Result (Service::*work)(const Commands&);
     const char* help;
     const char* event = nullptr;
 };
 
 const Service::Operation Service::operations[] = {
     {ostrel::CommandStatus, config, &Service::status, "status"},
-    {ostrel::CommandReload, config, &Service::reloadCommand, "reload"},
+    {ostrel::CommandReload, config, &Service::reload, "reload"},
     {ostrel::CommandHelp, anyTarget, &Service::help, "help"},
     {ostrel::CommandAdd, external, &Service::add, "add FILE", "add"},
     {ostrel::CommandRevoke, external, &Service::revoke, "revoke ID...", "revoke"},
@@ -155,16 +104,84 @@ Service::Service(const std::string& name, OnChange onChange)
     : m_name(name), m_onChange(std::move(onChange)),
       m_pipeDirectory(ostrel::DaemonConfiguration::getNamePipesDirectory() + '/' + name)
 {
-    // Its directories would be those of all services.
+    // Without a name, its directories would be those of all services.
     if (name.empty()) {
         throw Refusal(BadServiceId, "a service without a name");
     }
-    reload();
-    removeLeftImports();
 }
 
-// What clients that were killed left. The lease is given, and makes others wait,
-// while none has the lock file open, and so none is in its call.
+Service::Request Service::parse(const std::string& message)
+{
+    Commands command = parsed(message);
+    for (const Operation& operation : operations) {
+        if (operation.command == command.command &&
+            (operation.targets & only(command.target)) != 0) {
+            return {std::move(command), &operation};
+        }
+    }
+    throw Refusal(BadCommand, "no such command for this target");
+}
+
+bool Service::isAnsweredMeanwhile(const Request& request)
+{
+    return request.operation->work == &Service::status || request.operation->work == &Service::help;
+}
+
+bool Service::isReload(const Request& request)
+{
+    return request.operation->work == &Service::reload;
+}
+
+Result Service::carryOut(const Request& request)
+{
+    return (this->*request.operation->work)(request.command);
+}
+
+// A revocation that removes nothing is not a change.
+std::string Service::tellChange(const Request& request, const std::string& payload) const
+{
+    const bool isChange = request.operation->work != &Service::revoke || !payload.empty();
+    if (request.operation->event == nullptr || !isChange) {
+        return {};
+    }
+    const Commands& command = request.command;
+    const bool isOwn = command.target == ostrel::TargetServer;
+    const char* const store = isOwn ? "server" : m_stores->external(command.target).row().word;
+    const std::string ids = changedIds(request, payload);
+    m_onChange(std::string(store) + '-' + request.operation->event, ids);
+    return ids;
+}
+
+// The reply to a change is the ids that it concerns, except for an override.
+std::string Service::changedIds(const Request& request, const std::string& payload) const
+{
+    if (request.operation->work == &Service::setOverwrittenData) {
+        return request.command.arguments[0];
+    }
+    return request.operation->work == &Service::setServerOverwrittenData ? m_stores->own().active()
+                                                                         : payload;
+}
+
+Result Service::rebuild()
+{
+    const auto stores = std::make_shared<Stores>(m_name, m_stores.get());
+    // Throws for an invalid configuration before anything is changed.
+    makeDirectories(stores->group);
+    if (!m_stores) {
+        removeLeftImports();
+    }
+    auto work = std::make_unique<Work>();
+    work->slice = [stores] { return stores->rebuildSome(); };
+    work->then = [this, stores](const ChildEnd&) {
+        m_stores = stores;
+        ++m_readings;
+        return Result("");
+    };
+    return work;
+}
+
+// Removes what killed clients left. The kernel grants the lease only if no client has the
+// lock file open, which means that none is in a call. The lease makes new clients wait.
 void Service::removeLeftImports() const
 {
     const auto lock = ostrel::Descriptor::open(m_pipeDirectory + '/' + m_name + ".lock",
@@ -174,132 +191,55 @@ void Service::removeLeftImports() const
     }
     for (const auto& entry : std::filesystem::directory_iterator(m_pipeDirectory)) {
         const std::string path = entry.path().string();
-        if (entry.path().extension() == ".crt" && !entry.is_directory()) {
+        // unlink() fails for a directory, which stays.
+        if (entry.path().extension() == ".crt" && ::unlink(path.c_str()) == 0) {
             logEvent("{}: removing what a killed client left", path);
-            ::unlink(path.c_str());
         }
-    }
-}
-
-void Service::reload()
-{
-    auto configuration = configurationOf(m_name);
-    const gid_t group = groupOf(*configuration);
-    std::vector<CertificateStore> stores = storesOf(*configuration, group);
-    std::optional<ServerStore> serverStore;
-    if (configuration->m_server) {
-        serverStore.emplace(*configuration, group);
-    }
-    // Everything that the configuration names is found before anything is changed.
-    makeDirectories(group);
-    for (CertificateStore& store : stores) {
-        store.rebuild();
-    }
-    if (serverStore) {
-        serverStore->rebuild();
-    }
-    m_configuration = std::move(configuration);
-    ++m_readings;
-    m_group = group;
-    m_stores.swap(stores);
-    m_server.reset();
-    if (serverStore) {
-        m_server.emplace(std::move(*serverStore));
     }
 }
 
 void Service::makeDirectories(gid_t group) const
 {
-    // The channel opens it to the group, when everything of the daemon's is in it.
+    // The exchange opens the directory to the group when the daemon's files are in it.
     makeDirectory(m_pipeDirectory, pipeDirectoryMode, Durability::Volatile);
     const std::string stores = ostrel::DaemonConfiguration::getOstrelDirectory() + '/' + m_name;
-    makeDirectory(stores, storeDirectoryMode, Durability::Lasting);
+    makeDirectory(stores, storeDirectoryMode, Durability::Persistent);
     setDirectoryAccess(stores, {group, storeDirectoryMode});
+    const std::string lock = stores + storeLockName;
+    setAccess(openOwn(lock, S_IFREG, O_RDONLY), lock, {group, S_IRUSR | S_IWUSR});
 }
 
-std::string Service::answer(const std::string& message, const Confide& confide)
+gid_t Service::group() const
 {
-    m_confide = confide;
-    try {
-        std::string payload = carryOut(parsed(message));
-        // It may be a key.
-        const Wipe wipe(payload);
-        logEvent("{}: {}: done", m_name, forLog(message));
-        return replyOf(ActionSuccessful, payload);
-    } catch (const Refusal& refusal) {
-        logEvent("{}: {}: refused ({} - {}): {}", m_name, forLog(message),
-                 static_cast<int>(refusal.code()), ostrelApi::globalOstrelMessage(refusal.code()),
-                 refusal.what());
-        return replyOf(refusal.code(), refusal.what());
-    } catch (const std::exception& caught) {
-        logEvent("{}: {}: failed: {}", m_name, forLog(message), caught.what());
-        return replyOf(DaemonError, caught.what());
-    }
+    return m_stores->group;
 }
 
-std::string Service::carryOut(const Commands& command)
+bool Service::retryRemovals()
 {
-    const Operation& operation = operationOf(command);
-    std::string payload = (this->*operation.work)(command);
-    // Revoking nothing changes nothing.
-    const bool isChange = operation.work != &Service::revoke || !payload.empty();
-    if (operation.event != nullptr && isChange) {
-        const bool isOwn = command.target == ostrel::TargetServer;
-        tellChange((isOwn ? "server" : storeOf(command.target).row().word) + std::string("-") +
-                   operation.event);
-    }
-    return payload;
+    return !m_stores || m_stores->retryRemovals();
 }
 
-void Service::tellChange(const std::string& event) const
+std::string Service::callbackScript() const
 {
-    m_onChange(m_configuration->m_callbackScript, m_name, event);
+    return m_stores->configuration->m_callbackScript;
 }
 
-const Service::Operation& Service::operationOf(const Commands& command) const
+std::uint32_t Service::expiryCheckOffset() const
 {
-    for (const Operation& operation : operations) {
-        if (operation.command == command.command &&
-            (operation.targets & only(command.target)) != 0) {
-            return operation;
-        }
-    }
-    throw Refusal(BadCommand, "no such command for this target");
+    return m_stores->configuration->m_certDailyExpiryChkTimeOffsetSecs;
 }
 
-CertificateStore& Service::storeOf(ostrel::TypeTarget target)
-{
-    for (CertificateStore& store : m_stores) {
-        if (store.row().target == target) {
-            return store;
-        }
-    }
-    throw Refusal(NoSuchTarget, "the service has no such store");
-}
-
-// The store that a command addresses, which must hold the certificate that its
-// first argument names.
-CertificateStore& Service::storeWith(const Commands& command)
-{
-    CertificateStore& store = storeOf(command.target);
-    if (command.arguments.empty() || !store.has(command.arguments[0])) {
-        throw Refusal(store.row().bad, "no such certificate");
-    }
-    return store;
-}
-
-std::string Service::status(const Commands& /*command*/)
+Result Service::status(const Commands& /*command*/)
 {
     return "running";
 }
 
-std::string Service::reloadCommand(const Commands& /*command*/)
+Result Service::reload(const Commands& /*command*/)
 {
-    reload();
-    return {};
+    return rebuild();
 }
 
-std::string Service::help(const Commands& command)
+Result Service::help(const Commands& command)
 {
     std::string text;
     for (const Operation& operation : operations) {
@@ -308,88 +248,6 @@ std::string Service::help(const Commands& command)
         }
     }
     return text;
-}
-
-std::string Service::add(const Commands& command)
-{
-    CertificateStore& store = storeOf(command.target);
-    return store.add(Certificate(importedText(command.arguments[0])));
-}
-
-// A file that a client names must lie directly in the service's pipe directory.
-std::string Service::importedText(const std::string& path) const
-{
-    const std::string directory = m_pipeDirectory + '/';
-    const std::string name =
-        path.compare(0, directory.size(), directory) == 0 ? path.substr(directory.size()) : "";
-    if (name.empty() || name.find('/') != std::string::npos) {
-        throw Refusal(AccessDenied, "not a file in the service's directory");
-    }
-    try {
-        return readRegularFile(m_pipeDirectory, name, largestClientFile);
-    } catch (const std::exception& caught) {
-        throw Refusal(AccessDenied, caught.what());
-    }
-}
-
-std::string Service::revoke(const Commands& command)
-{
-    return joined(storeOf(command.target).revoke(command.arguments));
-}
-
-std::string Service::list(const Commands& command)
-{
-    return joined(storeOf(command.target).ids());
-}
-
-std::string Service::listByCN(const Commands& command)
-{
-    return joined(storeOf(command.target).idsByCN(command.arguments[0]));
-}
-
-std::string Service::info(const Commands& command)
-{
-    return infoText(storeWith(command).files(), command.arguments[0]);
-}
-
-std::string Service::details(const Commands& command)
-{
-    return storeWith(command).files().detailsText(command.arguments[0]);
-}
-
-std::string Service::getCertificate(const Commands& command)
-{
-    return storeWith(command).files().certificateText(command.arguments[0]);
-}
-
-// The argument is a certificate's path, but the path of a listed one.
-std::string Service::getCertificateInfo(const Commands& command)
-{
-    const CertificateStore& store = storeOf(command.target);
-    const std::string asked = command.arguments.empty() ? "" : command.arguments[0];
-    for (const std::string& id : store.ids()) {
-        if (store.files().paths.certPath(id) == asked) {
-            return recordText(Certificate(store.files().certificateText(id)).record());
-        }
-    }
-    throw Refusal(store.row().bad, "no such certificate");
-}
-
-std::string Service::path(const Commands& command)
-{
-    return storeWith(command).files().paths.certPath(command.arguments[0]);
-}
-
-std::string Service::getOverwrittenData(const Commands& command)
-{
-    return overridesText(storeWith(command).files(), command.arguments[0]);
-}
-
-std::string Service::setOverwrittenData(const Commands& command)
-{
-    const CertificateStore& store = storeWith(command);
-    store.files().setOverride(command.arguments[0], command.arguments[1], command.arguments[2]);
-    return {};
 }
 
 } // namespace ostreld

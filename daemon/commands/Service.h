@@ -1,118 +1,150 @@
 #pragma once
 
-#include "store/CertificateStore.h"
-#include "store/ServerStore.h"
+#include "commands/Work.h"
 
 #include <ostrel/Commands.h>
-#include <ostrel/ServiceConfiguration.h>
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
+
+#include <sys/types.h>
+
+namespace ostrel
+{
+class ServiceConfiguration;
+}
 
 namespace ostreld
 {
 
-/// One service of the device: its configuration, its stores, and the answer to
-/// each command that reaches it. One thread at a time.
+class CertificateStore;
+struct Identity;
+
+/// The mode of the directory of a service's stores.
+constexpr mode_t storeDirectoryMode = 0751;
+
+/// The file in it that the service's process locks. Callers cannot open it, because its lock
+/// would keep the service from starting.
+constexpr char storeLockName[] = "/.lock";
+
+/// One service of the device: its configuration, its stores, and the commands on them. It
+/// executes one command or task at a time.
 class Service
 {
 public:
-    /// Told of each change, once it is made: the service's callback script
-    /// (empty when it has none), its name, and the event.
-    using OnChange = std::function<void(const std::string& script, const std::string& service,
-                                        const std::string& event)>;
+    /// Called after each change with its event and the ids that it concerns.
+    using OnChange = std::function<void(const std::string& event, const std::string& ids)>;
 
-    /// Reads the configuration and makes the directories; throws
-    /// std::runtime_error, or Refusal where the configuration is at fault.
+    /// Reads nothing before the first rebuild().
     Service(const std::string& name, OnChange onChange);
+
+    /// One row of the table of commands.
+    struct Operation;
+
+    /// A message that names a command of the table.
+    struct Request {
+        ostrel::Commands command;
+        const Operation* operation;
+    };
+
+    /// Throws Refusal.
+    static Request parse(const std::string& message);
+
+    /// Whether a command needs no store, so that it is answered during slow work.
+    static bool isAnsweredMeanwhile(const Request& request);
+
+    /// Whether it reads the configuration again.
+    static bool isReload(const Request& request);
+
+    /// Throws Refusal, and std::runtime_error for a failure inside the daemon.
+    Result carryOut(const Request& request);
+
+    /// Call it with the payload when all work of a command is done. Returns the ids that a
+    /// change concerns.
+    std::string tellChange(const Request& request, const std::string& payload) const;
+
+    /// Reads the configuration again and updates the stores, in slices. The former stores
+    /// serve until the end, and stay after a failure.
+    Result rebuild();
+
+    /// Makes a self-signed certificate if the configuration requests one and it is due, or if
+    /// the device's addresses changed. The payload is its id, or empty.
+    Result checkExpiry();
+    Result checkNetwork();
+
+    /// The time of the daily checkExpiry(), in seconds after midnight UTC.
+    std::uint32_t expiryCheckOffset() const;
+
+    /// Tries again to remove what could not be removed. Returns whether nothing is left.
+    bool retryRemovals();
+
+    /// The path of the callback script; empty if the service has none.
+    std::string callbackScript() const;
+
+    /// The directory of the service's pipes, and the group that may call.
+    const std::string& pipeDirectory() const { return m_pipeDirectory; }
+    gid_t group() const;
 
     /// How often the configuration has been read.
     unsigned int readings() const { return m_readings; }
 
-    /// Makes the reply one for a single user, and returns who that is; nothing
-    /// where that cannot be done.
-    using Confide = std::function<std::optional<uid_t>()>;
-
-    /// The reply to a message: return code, one blank, payload. A key is only in
-    /// one that `confide` was called for.
-    std::string answer(const std::string& message, const Confide& confide);
-
-    /// Reads the configuration again and rebuilds the stores. After a failure
-    /// everything is as it was.
-    void reload();
-
-    /// Makes a self-signed certificate where the service's configuration asks
-    /// for one and it is time, or where the device's addresses changed.
-    void checkExpiry();
-    void checkNetwork();
-
-    /// Seconds after midnight UTC at which checkExpiry() is to be called.
-    std::uint32_t expiryCheckOffset() const;
-
-    const std::string& name() const { return m_name; }
-    /// The directory of the service's pipes, and the group that may call.
-    const std::string& pipeDirectory() const { return m_pipeDirectory; }
-    gid_t group() const { return m_group; }
-
 private:
-    struct Operation;
     static const Operation operations[];
+
+    /// Configuration and stores as one rebuild() read them.
+    struct Stores;
 
     void makeDirectories(gid_t group) const;
     void removeLeftImports() const;
-    std::string carryOut(const ostrel::Commands& command);
-    const Operation& operationOf(const ostrel::Commands& command) const;
-    CertificateStore& storeOf(ostrel::TypeTarget target);
     CertificateStore& storeWith(const ostrel::Commands& command);
-    ServerStore& server();
     std::string importedText(const std::string& path) const;
-    void generateSelfSigned(std::uint32_t days);
-    void tellChange(const std::string& event) const;
+    std::string changedIds(const Request& request, const std::string& payload) const;
 
-    std::string status(const ostrel::Commands& command);
-    std::string reloadCommand(const ostrel::Commands& command);
-    std::string help(const ostrel::Commands& command);
-    std::string add(const ostrel::Commands& command);
-    std::string revoke(const ostrel::Commands& command);
-    std::string list(const ostrel::Commands& command);
-    std::string listByCN(const ostrel::Commands& command);
-    std::string info(const ostrel::Commands& command);
-    std::string details(const ostrel::Commands& command);
-    std::string getCertificate(const ostrel::Commands& command);
-    std::string getCertificateInfo(const ostrel::Commands& command);
-    std::string path(const ostrel::Commands& command);
-    std::string getOverwrittenData(const ostrel::Commands& command);
-    std::string setOverwrittenData(const ostrel::Commands& command);
+    using Make = std::function<Identity(const ostrel::ServiceConfiguration&, const std::string&)>;
+    using Use = std::function<std::string(const Identity&)>;
+    Result makeIdentity(Make make, Use use);
+    Result makeKey(const std::string& configurationText, Make make, Use use);
+    Result makeSelfSigned(std::uint32_t days);
 
-    std::string createCsr(const ostrel::Commands& command);
-    std::string createCertificate(const ostrel::Commands& command);
-    std::string applyCertificate(const ostrel::Commands& command);
-    std::string revokeServer(const ostrel::Commands& command);
-    std::string getCsr(const ostrel::Commands& command);
-    std::string getCsrInfo(const ostrel::Commands& command);
-    std::string getCsrTimestamp(const ostrel::Commands& command);
-    std::string getKey(const ostrel::Commands& command);
-    std::string serverInfo(const ostrel::Commands& command);
-    std::string serverDetails(const ostrel::Commands& command);
-    std::string serverCertificate(const ostrel::Commands& command);
-    std::string serverCertificateInfo(const ostrel::Commands& command);
-    std::string serverPath(const ostrel::Commands& command);
-    std::string serverOverwrittenData(const ostrel::Commands& command);
-    std::string setServerOverwrittenData(const ostrel::Commands& command);
+    Result status(const ostrel::Commands& command);
+    Result reload(const ostrel::Commands& command);
+    Result help(const ostrel::Commands& command);
+    Result add(const ostrel::Commands& command);
+    Result revoke(const ostrel::Commands& command);
+    Result list(const ostrel::Commands& command);
+    Result listByCN(const ostrel::Commands& command);
+    Result info(const ostrel::Commands& command);
+    Result details(const ostrel::Commands& command);
+    Result getCertificate(const ostrel::Commands& command);
+    Result getCertificateInfo(const ostrel::Commands& command);
+    Result path(const ostrel::Commands& command);
+    Result getOverwrittenData(const ostrel::Commands& command);
+    Result setOverwrittenData(const ostrel::Commands& command);
+
+    Result createCsr(const ostrel::Commands& command);
+    Result createCertificate(const ostrel::Commands& command);
+    Result applyCertificate(const ostrel::Commands& command);
+    Result revokeServer(const ostrel::Commands& command);
+    Result getCsr(const ostrel::Commands& command);
+    Result getCsrInfo(const ostrel::Commands& command);
+    Result getCsrTimestamp(const ostrel::Commands& command);
+    Result getKey(const ostrel::Commands& command);
+    Result serverInfo(const ostrel::Commands& command);
+    Result serverDetails(const ostrel::Commands& command);
+    Result serverCertificate(const ostrel::Commands& command);
+    Result serverCertificateInfo(const ostrel::Commands& command);
+    Result serverPath(const ostrel::Commands& command);
+    Result serverOverwrittenData(const ostrel::Commands& command);
+    Result setServerOverwrittenData(const ostrel::Commands& command);
 
     const std::string m_name;
     const OnChange m_onChange;
-    std::unique_ptr<ostrel::ServiceConfiguration> m_configuration;
+    const std::string m_pipeDirectory;
+    // Shared, because work in progress needs the stores that it began with.
+    std::shared_ptr<Stores> m_stores;
     unsigned int m_readings = 0;
-    gid_t m_group = 0;
-    std::string m_pipeDirectory;
-    std::vector<CertificateStore> m_stores;
-    std::optional<ServerStore> m_server;
-    // Of the message that is answered.
-    Confide m_confide;
 };
 
 } // namespace ostreld

@@ -4,10 +4,8 @@
 #include "base/PipeFiles.h"
 
 #include <cerrno>
-#include <stdexcept>
 #include <utility>
 
-#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,68 +14,50 @@ namespace ostreld
 
 using ostrel::Descriptor;
 
-CommandFifo::CommandFifo(std::string path) : m_path(std::move(path))
+// Opening the reading end lets clients continue that wait for a daemon.
+CommandFifo::CommandFifo(std::string path, Notices& notices) : m_path(std::move(path))
 {
-    removeSetAside(m_path);
-    removeUnlessOwn(m_path, S_IFIFO);
-    if (::mkfifo(m_path.c_str(), S_IRUSR | S_IWUSR) != 0 && errno != EEXIST) {
-        failSystemCall("make", m_path);
-    }
-    reopen();
+    const Descriptor own = openOwn(m_path, S_IFIFO, O_PATH);
+    notices.watchCommand(pathOf(own));
+    m_reader = requireOpen(Descriptor::open(pathOf(own), O_RDONLY | O_NONBLOCK), "open", m_path);
+    m_writer = requireOpen(Descriptor::open(pathOf(own), O_WRONLY | O_NONBLOCK), "open", m_path);
 }
 
 void CommandFifo::shareWith(gid_t group) const
 {
-    setAccess(m_fifo, m_path, {group, groupWritesMode});
+    setAccess(m_reader, m_path, {group, groupWritesMode});
 }
 
-void CommandFifo::reopen()
+// A read that leaves room has emptied it.
+void CommandFifo::drainInto(Binding& binding) const
 {
-    Descriptor fifo = Descriptor::open(m_path, O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
-    m_isToBeReopened = m_fifo.isOpen() && !fifo.isOpen() && isShortage(errno);
-    if (m_isToBeReopened) {
-        return;
-    }
-    m_fifo = requireOpen(std::move(fifo), "open", m_path);
-    if (!isFifo(m_fifo)) {
-        throw std::runtime_error(m_path + " is not a FIFO");
-    }
-}
-
-bool CommandFifo::isReady() const
-{
-    return !m_isToBeReopened && eventsOf(m_fifo, POLLIN) != 0;
-}
-
-std::optional<CommandFifo::Message> CommandFifo::take()
-{
-    char bytes[4096];
-    const ssize_t count = ::read(m_fifo.get(), bytes, sizeof bytes);
-    if (count > 0) {
-        append(bytes, static_cast<std::size_t>(count));
-    }
-    return count == 0 ? std::optional(std::exchange(m_message, {})) : std::nullopt;
-}
-
-// A longer one than allowed is read on and dropped.
-void CommandFifo::append(const char* bytes, std::size_t count)
-{
-    m_message.isTooLong = m_message.isTooLong || m_message.text.size() + count > largestMessage;
-    if (!m_message.isTooLong) {
-        m_message.text.append(bytes, count);
+    constexpr int readsInARow = 16;
+    char bytes[16384];
+    ssize_t count = sizeof bytes;
+    for (int i = 0; i < readsInARow && count == sizeof bytes; ++i) {
+        count = ::read(m_reader.get(), bytes, sizeof bytes);
+        binding.append(bytes, count > 0 ? static_cast<std::size_t>(count) : 0);
     }
 }
 
-// While a client has it open there is no end of file.
-bool CommandFifo::isMessageUnderWay() const
+bool CommandFifo::isThere() const
 {
-    char ignored = '\0';
-    return m_fifo.isOpen() && ::read(m_fifo.get(), &ignored, 1) != 0;
+    struct stat status {
+    };
+    return ::fstat(m_reader.get(), &status) == 0 && status.st_nlink == 1;
 }
 
 void CommandFifo::remove() const
 {
     ::unlink(m_path.c_str());
+}
+
+// read() returns 0, the end of the file, only if no client has the FIFO open.
+bool CommandFifo::isClientThere()
+{
+    m_writer.close();
+    char ignored = '\0';
+    return ::read(m_reader.get(), &ignored, 1) != 0;
 }
 
 } // namespace ostreld

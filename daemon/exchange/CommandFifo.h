@@ -1,60 +1,48 @@
 #pragma once
 
+#include "exchange/Binding.h"
+#include "exchange/Notices.h"
+
 #include "tools/Descriptor.h"
 
-#include <optional>
 #include <string>
 
 namespace ostreld
 {
 
-/// The FIFO through which a service's clients send, one message for each
-/// opening: a message is whole when its writer closes the FIFO. For one thread.
+/// The FIFO into which a service's clients write. The daemon holds both ends. Its own writing
+/// end prevents the end of the file, which would not separate two clients that follow each
+/// other quickly.
 class CommandFifo
 {
 public:
-    static constexpr std::size_t largestMessage = 64 * 1024;
+    /// Creates it, or takes the one that a former daemon of the same user left. `notices`
+    /// reports its writes before a client can open it.
+    CommandFifo(std::string path, Notices& notices);
 
-    struct Message {
-        std::string text;
-        // Its text is not kept then.
-        bool isTooLong = false;
-    };
-
-    /// Makes it, and opens it.
-    explicit CommandFifo(std::string path);
-
-    /// What to wait for until isReady(); -1 while it is to be reopened.
-    int reader() const { return m_isToBeReopened ? -1 : m_fifo.get(); }
+    const ostrel::Descriptor& descriptor() const { return m_reader; }
 
     /// Lets `group` write into it.
     void shareWith(gid_t group) const;
 
-    /// Whether there is something to take().
-    bool isReady() const;
+    /// Passes what was written to `binding`. Reads a limited number of times, because a
+    /// client may never stop writing.
+    void drainInto(Binding& binding) const;
 
-    /// Takes some of what was written: the message when that is its end.
-    std::optional<Message> take();
+    /// Whether the FIFO still has its name.
+    bool isThere() const;
 
-    /// Opens it anew, so that the next writer is never mistaken for the last one.
-    /// Where there is no descriptor for that, it has to be done later.
-    void reopen();
-    bool isToBeReopened() const { return m_isToBeReopened; }
-
-    /// Whether a client has it open; for the end, for this takes a byte.
-    bool isMessageUnderWay() const;
-
-    /// Takes its name away: clients are told that the daemon is off.
+    /// Removes its name, so that new clients find the daemon off.
     void remove() const;
-    void close() { m_fifo.close(); }
+
+    /// Whether a client has it open. Closes the daemon's writing end: call it at the end
+    /// only.
+    bool isClientThere();
 
 private:
-    void append(const char* bytes, std::size_t count);
-
     const std::string m_path;
-    ostrel::Descriptor m_fifo;
-    Message m_message;
-    bool m_isToBeReopened = false;
+    ostrel::Descriptor m_reader;
+    ostrel::Descriptor m_writer;
 };
 
 } // namespace ostreld

@@ -7,24 +7,18 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/inotify.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace ostreld
 {
 
-using ostrel::Descriptor;
-
-LockFile::LockFile(std::string path, const Descriptor& notices) : m_path(std::move(path))
+LockFile::LockFile(std::string path, Notices& notices)
+    : m_path(std::move(path)), m_file(openOwn(m_path, S_IFREG, O_RDONLY | O_NONBLOCK))
 {
-    removeSetAside(m_path);
-    removeUnlessOwn(m_path, S_IFREG);
-    constexpr int flags = O_RDONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
-    m_file = requireOpen(Descriptor::open(m_path, flags, S_IRUSR | S_IWUSR), "open", m_path);
-    m_watch = ::inotify_add_watch(notices.get(), m_path.c_str(), IN_CLOSE_WRITE);
-    if (m_watch == -1) {
-        failSystemCall("watch", m_path);
-    }
+    // Clients open it for writing; without this, what they wrote would stay in memory.
+    [[maybe_unused]] const int emptied = ::truncate(pathOf(m_file).c_str(), 0);
+    notices.watchLock(pathOf(m_file));
 }
 
 void LockFile::shareWith(gid_t group) const
@@ -32,13 +26,8 @@ void LockFile::shareWith(gid_t group) const
     setAccess(m_file, m_path, {group, groupWritesMode});
 }
 
-bool LockFile::isClosing(const inotify_event& event) const
-{
-    return event.wd == m_watch;
-}
-
-// A lease is given while nobody has the file open for writing, and makes those
-// who open it then wait.
+// The kernel grants a lease if nobody has the file open for writing. A process that then
+// opens it waits until the lease ends.
 bool LockFile::makeClientsWait() const
 {
     return ::fcntl(m_file.get(), F_SETLEASE, F_RDLCK) == 0;

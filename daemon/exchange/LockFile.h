@@ -1,42 +1,37 @@
 #pragma once
 
+#include "exchange/Notices.h"
+
 #include "tools/Descriptor.h"
 
 #include <string>
 
-struct inotify_event;
-
 namespace ostreld
 {
 
-/// The file whose lock a client holds during its call. It stays when the daemon
-/// ends. For one thread.
+/// The file that a client locks during its call. It stays when the daemon ends, so a client
+/// that is stopped in its call also excludes others under the next daemon.
 class LockFile
 {
 public:
-    /// Makes it, opens it, and has `notices`, an inotify descriptor, tell when a
-    /// client closes it.
-    LockFile(std::string path, const ostrel::Descriptor& notices);
+    /// Creates it, empties it and opens it, and has `notices` report when a client closes it.
+    LockFile(std::string path, Notices& notices);
 
     /// Lets `group` open it.
     void shareWith(gid_t group) const;
 
-    /// Whether `event` tells that a client closed it.
-    bool isClosing(const inotify_event& event) const;
+    /// Makes new clients wait. Returns false if a client has the file open.
+    [[nodiscard]] bool makeClientsWait() const;
 
-    /// Makes clients that come now wait; false while one has the file open.
-    bool makeClientsWait() const;
+    /// Makes new clients fail. Returns false if a client holds the lock.
+    [[nodiscard]] bool makeClientsFail() const;
 
-    /// Makes clients that come now fail; false while one has the lock.
-    bool makeClientsFail() const;
-
-    /// Ends either.
+    /// Ends both.
     void letClientsIn() const;
 
 private:
     const std::string m_path;
-    ostrel::Descriptor m_file;
-    int m_watch = -1;
+    const ostrel::Descriptor m_file;
 };
 
 } // namespace ostreld

@@ -1,40 +1,48 @@
 #pragma once
 
-#include <condition_variable>
+#include "base/Child.h"
+#include "base/Loop.h"
+
 #include <deque>
-#include <mutex>
+#include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace ostreld
 {
 
-/// Runs a service's callback scripts one after the other, in a thread of its
-/// own, so that a slow script delays no client, and no other service's scripts.
-/// A script's failure is logged and changes nothing. One thread calls add().
+/// Runs the callback scripts of a service one after the other, each in a child process. The
+/// failure of a script is logged and changes nothing.
 class Callbacks
 {
 public:
-    Callbacks() = default;
-    /// Drops what has not begun, and waits for what has.
-    ~Callbacks();
-    Callbacks(const Callbacks&) = delete;
-    Callbacks& operator=(const Callbacks&) = delete;
+    Callbacks(Loop& loop, std::string service);
 
-    /// Has `script`, a name in the scripts' directory or a path, run with the
-    /// service's name and the event as its arguments. No script, no call.
-    void add(const std::string& script, const std::string& service, const std::string& event);
+    /// Queues `script`, a path or a name in the scripts' directory, with the service, the
+    /// event and the ids as arguments. Does nothing if `script` is empty. Does not throw,
+    /// because the change stands in any case.
+    void add(const std::string& script, const std::string& event, const std::string& ids);
+
+    /// Call it after each SIGCHLD.
+    void reap();
+
+    /// Drops the queued scripts, and calls `onEnd` when the running one has ended.
+    void finish(Loop::Action onEnd);
+
+    /// Kills the running script.
+    void kill();
 
 private:
-    void run();
+    void runNext();
+    void start(const std::vector<std::string>& words);
+    void onScriptEnd(const std::string& event, const ChildEnd& end);
 
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::deque<std::vector<std::string>> m_calls;
-    bool m_isEnding = false;
-    // From the first call on: many services have no script.
-    std::thread m_thread;
+    Loop& m_loop;
+    const std::string m_service;
+    std::deque<std::vector<std::string>> m_waiting;
+    std::unique_ptr<Child> m_script;
+    Loop::Source m_next;
+    Loop::Action m_onEnd;
 };
 
 } // namespace ostreld

@@ -1,7 +1,6 @@
 #include "process/ExpiryClock.h"
 
 #include "base/Clock.h"
-#include "base/Event.h"
 #include "base/Files.h"
 
 #include <sys/timerfd.h>
@@ -31,7 +30,8 @@ ExpiryClock::ExpiryClock() : m_timer(::timerfd_create(CLOCK_REALTIME, TFD_CLOEXE
 
 void ExpiryClock::arm(std::uint32_t offset)
 {
-    drain(m_timer);
+    std::uint64_t ignored = 0;
+    [[maybe_unused]] const ssize_t drained = ::read(m_timer.get(), &ignored, sizeof ignored);
     itimerspec time{};
     time.it_value.tv_sec = nextTime(currentTime(), offset);
     ::timerfd_settime(m_timer.get(), TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &time, nullptr);

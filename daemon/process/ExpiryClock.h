@@ -7,17 +7,17 @@
 namespace ostreld
 {
 
-/// Tells once a day, and whenever the device's clock is set, that it is time to
-/// look at the certificates' ends.
+/// Reports the time to check when certificates expire: once a day, and when the device's
+/// clock is set.
 class ExpiryClock
 {
 public:
     ExpiryClock();
 
-    /// Readable when it is time; arm() makes it wait for the next time.
+    /// Readable at that time, until arm() is called.
     const ostrel::Descriptor& descriptor() const { return m_timer; }
 
-    /// Waits for `offset` seconds after midnight UTC.
+    /// Waits until `offset` seconds after midnight UTC.
     void arm(std::uint32_t offset);
 
 private:

@@ -1,12 +1,11 @@
 #include "process/NotificationFifo.h"
 
 #include "base/Files.h"
+#include "base/PipeFiles.h"
 #include "base/Refusal.h"
 
 #include <ostrel/DaemonConfiguration.h>
 #include <ostrel/Tools.h>
-
-#include <cerrno>
 
 #include <sys/stat.h>
 
@@ -17,8 +16,6 @@ using ostrel::DaemonConfiguration;
 
 namespace
 {
-
-constexpr mode_t groupWritesMode = 0620;
 
 gid_t notificationGroup()
 {
@@ -34,14 +31,8 @@ gid_t notificationGroup()
 NotificationFifo::NotificationFifo()
     : m_path(DaemonConfiguration::getNamePipesDirectory() + "/notification.signal")
 {
-    if (::mkfifo(m_path.c_str(), S_IRUSR | S_IWUSR) != 0 && errno != EEXIST) {
-        failSystemCall("make", m_path);
-    }
-    // For writing too: without a writer of its own the FIFO would be at its end for ever.
-    m_fifo = ostrel::Descriptor::open(m_path, O_RDWR | O_NONBLOCK | O_NOFOLLOW);
-    if (!m_fifo.isOpen() || !isFifo(m_fifo)) {
-        failSystemCall("use as a FIFO", m_path);
-    }
+    // Opened for writing too, because without a writer the FIFO would be at its end for ever.
+    m_fifo = openOwn(m_path, S_IFIFO, O_RDWR);
     setAccess(m_fifo, m_path, {notificationGroup(), groupWritesMode});
 }
 
@@ -52,7 +43,7 @@ NotificationFifo::~NotificationFifo()
 
 std::string NotificationFifo::take() const
 {
-    // As much as the FIFO holds.
+    // The capacity of the FIFO.
     std::string bytes(65536, '\0');
     const ssize_t count = ::read(m_fifo.get(), bytes.data(), bytes.size());
     bytes.resize(count > 0 ? static_cast<std::size_t>(count) : 0);

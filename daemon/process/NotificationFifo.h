@@ -7,8 +7,8 @@
 namespace ostreld
 {
 
-/// The FIFO through which any process of the notification group tells the
-/// daemon, by one byte, what changed around it. Removed with the object.
+/// The FIFO into which members of the notification group write one byte for each change
+/// around the daemon. Removed by the destructor.
 class NotificationFifo
 {
 public:

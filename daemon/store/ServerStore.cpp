@@ -1,20 +1,8 @@
 #include "store/ServerStore.h"
 
-#include "base/Log.h"
-#include "x509/Network.h"
 #include "x509/SigningRequest.h"
 
-#include <ostrel/Tools.h>
-
-#include <fmt/format.h>
-
-#include <algorithm>
 #include <utility>
-
-#include <grp.h>
-#include <pwd.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace ostreld
 {
@@ -24,8 +12,6 @@ namespace
 
 constexpr mode_t ownerOnlyMode = 0600;
 constexpr std::int64_t secondsPerDay = 86400;
-constexpr std::size_t longestUserEntry = 16 * 1024;
-constexpr int mostGroups = 65536;
 
 gid_t keyGroupOf(const ostrel::ServiceConfiguration& service, gid_t otherwise)
 {
@@ -36,39 +22,10 @@ gid_t keyGroupOf(const ostrel::ServiceConfiguration& service, gid_t otherwise)
     return name.empty() ? otherwise : ostrel::Tools::getGroupId(name);
 }
 
-// By the user database, for a message comes with no groups.
-bool isMember(uid_t user, gid_t group)
+// The name of a new request's file until the request itself is in place.
+std::string nextOf(const std::string& name)
 {
-    passwd entry{};
-    passwd* found = nullptr;
-    std::vector<char> text(longestUserEntry);
-    if (::getpwuid_r(user, &entry, text.data(), text.size(), &found) != 0 || found == nullptr) {
-        return false;
-    }
-    int count = mostGroups;
-    std::vector<gid_t> groups(mostGroups);
-    if (::getgrouplist(entry.pw_name, entry.pw_gid, groups.data(), &count) == -1) {
-        return false;
-    }
-    const auto end = groups.begin() + count;
-    return std::find(groups.begin(), end, group) != end;
-}
-
-std::string networkText(const std::vector<std::string>& names)
-{
-    return fmt::format("{}\n", fmt::join(names, "\n"));
-}
-
-// Where a file of a new request waits until the request itself is there.
-std::string nextOf(const std::string& path)
-{
-    return path + ".next";
-}
-
-// A file that is there but cannot be read is a failure: nothing is given up for it.
-std::string orEmpty(const std::string& path)
-{
-    return std::filesystem::is_regular_file(path) ? readOwnFile(path) : std::string();
+    return name + ".next";
 }
 
 } // namespace
@@ -76,9 +33,9 @@ std::string orEmpty(const std::string& path)
 ServerStore::ServerStore(const ostrel::ServiceConfiguration& service, gid_t group)
     : m_service(&service), m_files(ostrel::InternalCertificatesAccessor(service, "server"), group,
                                    keyGroupOf(service, group) != group),
-      m_lastingKeys(m_files.paths.cachedDirectoryPath(), keyGroupOf(service, group),
-                    Durability::Lasting),
-      m_keyMode(service.m_keyGroup.empty() ? ownerOnlyMode : storeFileMode)
+      m_keyAccess{keyGroupOf(service, group),
+                  service.m_keyGroup.empty() ? ownerOnlyMode : storeFileMode},
+      m_isKeyForCallers(!service.m_keyGroup.empty() && m_keyAccess.group == group)
 {
 }
 
@@ -87,58 +44,74 @@ void ServerStore::rebuild()
     m_files.makeDirectories();
     readActive();
     discardHalfRequest();
-    m_files.removeUnless([&](const std::filesystem::path& path) { return isNeeded(path); });
+    removeUnneeded(m_files.certificates);
+    removeUnneeded(m_files.cached);
+    removeUnneeded(m_files.volatiles);
     shareAgain();
     if (hasActive()) {
-        m_files.writeSummaries(m_active, activeCertificate());
+        CertificateStamps unused;
+        m_files.updateSummaries(m_active, Summaries(activeCertificate()), unused);
     }
 }
 
-// The configuration may name other groups than when the files were written.
+// The groups in the configuration may have changed since the files were written.
 void ServerStore::shareAgain() const
 {
     const auto& paths = m_files.paths;
-    for (const std::string& path : {paths.activePath(), paths.csrPath()}) {
-        m_files.lasting.share(path, storeFileMode);
-    }
-    m_files.fleeting.share(paths.csrNetworkPath(), storeFileMode);
+    const Access access = {m_files.group, storeFileMode};
+    m_files.cached.share(nameOf(paths.activePath()), access);
+    m_files.cached.share(nameOf(paths.csrPath()), access);
+    m_files.volatiles.share(nameOf(paths.csrNetworkPath()), access);
     if (hasActive()) {
         m_files.share(m_active);
-        m_files.lasting.share(paths.certNetworkPath(m_active), storeFileMode);
-        m_lastingKeys.share(paths.certKeyPath(m_active), m_keyMode);
+        m_files.cached.share(nameOf(paths.certNetworkPath(m_active)), access);
+        m_files.certificates.share(nameOf(paths.certKeyPath(m_active)), m_keyAccess);
     }
 }
 
-bool ServerStore::isNeeded(const std::filesystem::path& path) const
+void ServerStore::removeUnneeded(const Directory& directory) const
 {
-    const auto& paths = m_files.paths;
-    const bool isOfActive = path == paths.activePath() || path.stem().string() == m_active;
-    const bool isOfRequest =
-        path == paths.csrPath() || path == paths.csrKeyPath() || path == paths.csrNetworkPath();
-    return (isOfActive && hasActive()) || (isOfRequest && isRequestPending());
+    DirectoryNames names = directory.names();
+    while (const char* name = names.next()) {
+        m_files.removeUnless(isNeeded(name), directory, name);
+    }
+}
+
+bool ServerStore::isNeeded(const std::string& name) const
+{
+    const bool isOfActive =
+        name == nameOf(m_files.paths.activePath()) || name.substr(0, name.rfind('.')) == m_active;
+    return (isOfActive && hasActive()) || (isRequestPending() && isOfRequest(name));
+}
+
+bool ServerStore::isOfRequest(const std::string& name) const
+{
+    const std::string key = nameOf(m_files.paths.csrKeyPath());
+    const std::string network = nameOf(m_files.paths.csrNetworkPath());
+    return name == nameOf(m_files.paths.csrPath()) || name == key || name == network ||
+           ((name == nextOf(key) || name == nextOf(network)) && isNextPending());
 }
 
 void ServerStore::readActive()
 {
     m_active.clear();
     m_former.clear();
-    const std::string named = orEmpty(m_files.paths.activePath());
+    const std::string named = m_files.cached.readIfThere(nameOf(m_files.paths.activePath()));
     const std::string id = named.substr(0, named.find('\n'));
     if (!id.empty() && id.find('/') == std::string::npos && isWhole(id)) {
         m_active = id;
     }
 }
 
-// A certificate that is damaged, or has no key, is not in use: the service would
-// serve nothing with it.
+// A certificate that is damaged or has no key is not in use, because no service can work with
+// it.
 bool ServerStore::isWhole(const std::string& id) const
 {
     try {
-        const Certificate certificate(orEmpty(m_files.paths.certPath(id)));
-        std::string keyPem = orEmpty(m_files.paths.certKeyPath(id));
-        const Wipe wipe(keyPem);
-        if (certificate.id() != id ||
-            !Key::fromPem(keyPem).matches(X509_get0_pubkey(certificate.get()))) {
+        const Directory& directory = m_files.certificates;
+        const Certificate certificate(directory.readIfThere(id));
+        const SecretText key = directory.readSecretIfThere(nameOf(m_files.paths.certKeyPath(id)));
+        if (certificate.id() != id || !Key::fromPem(key.view()).matches(certificate.publicKey())) {
             throw Refusal(NoServerCertificate, "another certificate, or another key");
         }
         return true;
@@ -148,67 +121,67 @@ bool ServerStore::isWhole(const std::string& id) const
     }
 }
 
-// A request without its key, which lies in a volatile directory, can never be answered.
-void ServerStore::discardHalfRequest() const
+// Without its key, which is volatile, nobody can use the answer to a request.
+void ServerStore::discardHalfRequest()
 {
     if (!isRequestPending()) {
         return;
     }
+    m_requestWork = RequestWork::Finish;
     try {
-        finishRequest();
-        std::string pem = pendingKeyText();
-        const Wipe wipe(pem);
+        (void)pendingKeyText();
     } catch (const Refusal& caught) {
         logEvent("{}: the pending request is removed: {}", m_service->m_serviceName, caught.what());
-        removeRequest();
+        m_requestWork = RequestWork::Remove;
     }
+    settle(true);
 }
 
-void ServerStore::createRequest(bool isCompliant)
+void ServerStore::putRequest(std::string_view keyPem, const std::string& requestPem,
+                             const std::string& network)
 {
-    RequestProfile profile(*m_service);
-    if (isCompliant) {
-        profile.makeCompliant();
-    }
-    const Key key = Key::generate(profile.keyKind());
-    const std::string request = profile.request(key);
-    std::string pem = key.pem();
-    const Wipe wipePem(pem);
     const auto& paths = m_files.paths;
+    const Directory& volatiles = m_files.volatiles;
+    if (isRequestPending()) {
+        finishRequest();
+    }
     try {
-        m_files.fleeting.replace(nextOf(paths.csrKeyPath()), pem, ownerOnlyMode);
-        m_files.fleeting.replace(nextOf(paths.csrNetworkPath()),
-                                 networkText(profile.networkNames()), storeFileMode);
-        m_files.lasting.replace(paths.csrPath(), request, storeFileMode);
+        const std::string key = nextOf(nameOf(paths.csrKeyPath()));
+        volatiles.replace(key, keyPem, {m_files.group, ownerOnlyMode}, volatiles);
+        m_files.write(volatiles, nextOf(nameOf(paths.csrNetworkPath())), network);
+        m_files.write(m_files.cached, nameOf(paths.csrPath()), requestPem);
     } catch (...) {
-        ::unlink(nextOf(paths.csrKeyPath()).c_str());
-        ::unlink(nextOf(paths.csrNetworkPath()).c_str());
+        attempt(m_service->m_serviceName, true, [this] { removeNextFiles(); });
         throw;
     }
-    finishRequest();
+    m_requestWork = RequestWork::Finish;
+    settle(true);
 }
 
-// The request decides: what lies beside it comes to its place, under which the
-// former request's lies till then, when it is the key of this one. The key comes
-// last, for where it is missing nothing more is to be done.
+// Whether a new request is in place while its key and addresses still have their first names.
+// The request decides that they belong to it.
+bool ServerStore::isNextPending() const
+{
+    const SecretText pem =
+        m_files.volatiles.readSecretIfThere(nextOf(nameOf(m_files.paths.csrKeyPath())));
+    return !pem.empty() &&
+           Key::fromPem(pem.view()).matches(SigningRequest(requestText()).publicKey());
+}
+
+// Renames the key last, because without a key under its first name nothing is left to do.
 void ServerStore::finishRequest() const
 {
-    const auto& paths = m_files.paths;
-    std::string pem = orEmpty(nextOf(paths.csrKeyPath()));
-    const Wipe wipe(pem);
-    if (!pem.empty() && isRequestPending() &&
-        Key::fromPem(pem).matches(SigningRequest(requestText()).publicKey())) {
-        for (const std::string& path : {paths.csrNetworkPath(), paths.csrKeyPath()}) {
-            if (std::filesystem::exists(nextOf(path))) {
-                std::filesystem::rename(nextOf(path), path);
-            }
+    if (isNextPending()) {
+        for (const std::string& path :
+             {m_files.paths.csrNetworkPath(), m_files.paths.csrKeyPath()}) {
+            m_files.volatiles.rename(nextOf(nameOf(path)), nameOf(path));
         }
     }
 }
 
 bool ServerStore::isRequestPending() const
 {
-    return std::filesystem::exists(m_files.paths.csrPath());
+    return m_files.cached.has(nameOf(m_files.paths.csrPath()));
 }
 
 std::string ServerStore::requestText() const
@@ -216,104 +189,139 @@ std::string ServerStore::requestText() const
     if (!isRequestPending()) {
         throw Refusal(NoCsr, "no request is pending");
     }
-    return readOwnFile(m_files.paths.csrPath());
+    return m_files.cached.read(nameOf(m_files.paths.csrPath()));
 }
 
 std::int64_t ServerStore::requestTime() const
 {
-    struct stat status {
-    };
-    return ::stat(m_files.paths.csrPath().c_str(), &status) == 0 ? status.st_ctime : 0;
+    const auto found = m_files.cached.status(nameOf(m_files.paths.csrPath()));
+    return found ? found->st_ctime : 0;
 }
 
-// The key of the pending request, which the caller wipes.
-std::string ServerStore::pendingKeyText() const
+SecretText ServerStore::pendingKeyText() const
 {
     const SigningRequest request(requestText());
-    std::string pem = orEmpty(m_files.paths.csrKeyPath());
-    if (!Key::fromPem(pem).matches(request.publicKey())) {
-        const Wipe wipe(pem);
+    const std::string name = nameOf(m_files.paths.csrKeyPath());
+    SecretText pem = m_files.volatiles.readSecretIfThere(isNextPending() ? nextOf(name) : name);
+    if (!Key::fromPem(pem.view()).matches(request.publicKey())) {
         throw Refusal(NoPrivateKey, "the pending request has lost its key");
     }
     return pem;
 }
 
+std::string ServerStore::pendingNetwork() const
+{
+    const std::string name = nameOf(m_files.paths.csrNetworkPath());
+    const bool isNext = isNextPending() && m_files.volatiles.has(nextOf(name));
+    return m_files.volatiles.readIfThere(isNext ? nextOf(name) : name);
+}
+
 void ServerStore::apply(const std::string& pem)
 {
     const Certificate certificate(pem);
-    std::string keyPem = pendingKeyText();
-    const Wipe wipe(keyPem);
-    if (!Key::fromPem(keyPem).matches(X509_get0_pubkey(certificate.get()))) {
+    const SecretText keyPem = pendingKeyText();
+    if (!Key::fromPem(keyPem.view()).matches(certificate.publicKey())) {
         throw Refusal(CertificateAndCsrDiffer, "another key than the pending request's");
     }
-    putInUse(certificate, keyPem, orEmpty(m_files.paths.csrNetworkPath()));
-    orLog(m_service->m_serviceName + ": after an answered request", [&] { removeRequest(); });
+    putInUse(certificate, keyPem.view(), pendingNetwork());
+    m_requestWork = RequestWork::Remove;
+    settle(true);
 }
 
-void ServerStore::generateSelfSigned(std::uint32_t days)
-{
-    const RequestProfile profile(*m_service);
-    const Key key = Key::generate(profile.keyKind());
-    std::string keyPem = key.pem();
-    const Wipe wipe(keyPem);
-    putInUse(Certificate(profile.selfSigned(key, days)), keyPem,
-             networkText(profile.networkNames()));
-}
-
-void ServerStore::putInUse(const Certificate& certificate, const std::string& keyPem,
+void ServerStore::putInUse(const Certificate& certificate, std::string_view keyPem,
                            const std::string& network)
 {
-    const std::string id = certificate.id();
+    std::string id = certificate.id();
+    std::set<std::string> undone = {id};
+    std::set<std::string> oldest = {m_former};
     try {
         writeSet(certificate, keyPem, network);
     } catch (...) {
-        if (id != m_active) {
-            removeSet(id);
-        }
+        m_leftovers.take(undone);
+        settle(true);
         throw;
     }
     if (id != m_active) {
-        // It is in use already, whatever becomes of the oldest one.
-        const std::string oldest = std::exchange(m_former, std::exchange(m_active, id));
-        orLog(m_service->m_serviceName + ": after a change of the certificate",
-              [&] { removeSet(oldest); });
+        m_former = std::exchange(m_active, std::move(id));
+        m_leftovers.take(oldest);
+        settle(true);
     }
 }
 
-void ServerStore::writeSet(const Certificate& certificate, const std::string& keyPem,
-                           const std::string& network)
+void ServerStore::writeSet(const Certificate& certificate, std::string_view keyPem,
+                           const std::string& network) const
 {
     const std::string id = certificate.id();
-    m_lastingKeys.replace(m_files.paths.certKeyPath(id), keyPem, m_keyMode);
-    m_files.lasting.replace(m_files.paths.certNetworkPath(id), network, storeFileMode);
-    m_files.writeCertificate(id, certificate);
-    m_files.lasting.replace(m_files.paths.activePath(), id + '\n', storeFileMode);
+    const Summaries summaries(certificate);
+    const auto& paths = m_files.paths;
+    const Directory& cached = m_files.cached;
+    m_files.certificates.replace(nameOf(paths.certKeyPath(id)), keyPem, m_keyAccess, cached);
+    m_files.write(cached, nameOf(paths.certNetworkPath(id)), network);
+    if (!cached.has(nameOf(paths.certOverwrittenDataPath(id)))) {
+        m_files.makeOverrides(id);
+    }
+    m_files.writeCertificate(id, certificate.pem(), summaries);
+    m_files.write(cached, nameOf(paths.activePath()), id + '\n');
 }
 
 void ServerStore::revoke()
 {
-    const std::string id = active();
-    m_files.lasting.remove(m_files.paths.activePath());
+    std::set<std::string> removed = {active(), m_former};
+    m_files.cached.remove(nameOf(m_files.paths.activePath()));
     m_active.clear();
-    removeSet(id);
-    removeSet(m_former);
     m_former.clear();
+    m_leftovers.take(removed);
+    settle(true);
+}
+
+bool ServerStore::retryRemovals() noexcept
+{
+    return settle(false);
+}
+
+bool ServerStore::settle(bool isLogged) noexcept
+{
+    const std::string& title = m_service->m_serviceName;
+    if (attempt(title, isLogged, [this] { doRequestWork(); })) {
+        m_requestWork = RequestWork::None;
+    }
+    const bool isNoneLeft =
+        m_leftovers.retry(title, isLogged, [this](const std::string& id) { removeSet(id); });
+    return isNoneLeft && m_requestWork == RequestWork::None;
 }
 
 void ServerStore::removeSet(const std::string& id) const
 {
-    if (!id.empty()) {
-        m_files.lasting.remove(m_files.paths.certKeyPath(id));
-        m_files.lasting.remove(m_files.paths.certNetworkPath(id));
-        m_files.removeCertificate(id);
+    if (id.empty() || id == m_active || id == m_former) {
+        return;
+    }
+    removeEach({{&m_files.certificates, nameOf(m_files.paths.certKeyPath(id))},
+                {&m_files.cached, nameOf(m_files.paths.certNetworkPath(id))},
+                {&m_files.certificates, id}});
+    m_files.removeCertificate(id);
+}
+
+void ServerStore::doRequestWork() const
+{
+    if (m_requestWork == RequestWork::Finish) {
+        finishRequest();
+    } else if (m_requestWork == RequestWork::Remove) {
+        removeRequest();
     }
 }
 
 void ServerStore::removeRequest() const
 {
-    m_files.lasting.remove(m_files.paths.csrPath());
-    m_files.fleeting.remove(m_files.paths.csrKeyPath());
-    m_files.fleeting.remove(m_files.paths.csrNetworkPath());
+    m_files.cached.remove(nameOf(m_files.paths.csrPath()));
+    removeEach({{&m_files.volatiles, nameOf(m_files.paths.csrKeyPath())},
+                {&m_files.volatiles, nameOf(m_files.paths.csrNetworkPath())}});
+    removeNextFiles();
+}
+
+void ServerStore::removeNextFiles() const
+{
+    removeEach({{&m_files.volatiles, nextOf(nameOf(m_files.paths.csrKeyPath()))},
+                {&m_files.volatiles, nextOf(nameOf(m_files.paths.csrNetworkPath()))}});
 }
 
 const std::string& ServerStore::active() const
@@ -324,19 +332,13 @@ const std::string& ServerStore::active() const
     return m_active;
 }
 
-bool ServerStore::mayReadKey(uid_t user) const
+SecretText ServerStore::keyText() const
 {
-    const std::string& group = m_service->m_keyGroup;
-    return user == ::geteuid() || (!group.empty() && isMember(user, keyGroupOf(*m_service, 0)));
-}
-
-std::string ServerStore::keyText() const
-{
-    const std::string path = m_files.paths.certKeyPath(active());
-    if (!std::filesystem::exists(path)) {
+    const std::string name = nameOf(m_files.paths.certKeyPath(active()));
+    if (!m_files.certificates.has(name)) {
         throw Refusal(NoPrivateKey, "the certificate in use has no key");
     }
-    return readOwnFile(path);
+    return m_files.certificates.readSecretIfThere(name);
 }
 
 Certificate ServerStore::activeCertificate() const
@@ -352,16 +354,17 @@ bool ServerStore::isSelfSignedDue(std::int64_t now) const
     const Certificate certificate = activeCertificate();
     const std::int64_t margin = m_service->m_selfSignedValidityOffset * secondsPerDay;
     return m_service->m_selfSignedOnExpiration && certificate.isSelfSigned() &&
-           now + margin >= static_cast<std::int64_t>(certificate.record().validNotAfterDate);
+           !certificate.validity().covers(now, margin);
 }
 
-bool ServerStore::isNetworkOutdated() const
+std::string ServerStore::activeNetwork() const
 {
-    if (!hasActive() || !m_service->m_selfSignedGeneration || !activeCertificate().isSelfSigned()) {
-        return false;
-    }
-    const std::string former = orEmpty(m_files.paths.certNetworkPath(m_active));
-    return former != networkText(alternativeNames(*m_service, former));
+    return m_files.cached.readIfThere(nameOf(m_files.paths.certNetworkPath(active())));
+}
+
+bool ServerStore::followsNetwork() const
+{
+    return hasActive() && m_service->m_selfSignedGeneration && activeCertificate().isSelfSigned();
 }
 
 } // namespace ostreld

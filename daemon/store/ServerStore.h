@@ -1,100 +1,119 @@
 #pragma once
 
 #include "base/Refusal.h"
+#include "base/SecretText.h"
 #include "store/StoreFiles.h"
 #include "x509/Certificate.h"
 #include "x509/Key.h"
-#include "x509/RequestProfile.h"
 
 #include <ostrel/InternalCertificatesAccessor.h>
 #include <ostrel/ServiceConfiguration.h>
 
 #include <cstdint>
 #include <string>
-#include <vector>
+#include <string_view>
 
 namespace ostreld
 {
 
-/// A service's own certificate: the one in use with its key, and the signing
-/// request that is pending.
+/// A service's own certificate: the one in use with its key, and the pending request. This
+/// class only reads and writes files. Its caller makes keys, requests and certificates, and
+/// looks up the names of the device.
 ///
-/// The file that names the certificate in use is what decides. A new set of
-/// files is in place before it is named, and the set that was in use before
-/// stays until the next change, so a reader who took the name a moment ago still
-/// finds what it names. Keys are readable by the daemon and the key group alone.
+/// The file that names the certificate in use decides. The files of a new certificate are
+/// complete before it names them. The files of the former certificate stay until the next
+/// change, so a reader that has just read its name still finds them. The request file decides
+/// about its key and addresses in the same way. Only the daemon and the key group can read
+/// keys. A change that throws, also std::bad_alloc, changes neither memory nor disk.
 ///
-/// One thread at a time.
+/// Move-only; not for several threads at a time.
 class ServerStore
 {
 public:
     ServerStore(const ostrel::ServiceConfiguration& service, gid_t group);
 
-    /// Makes the directories, undoes what was interrupted, and writes every
-    /// volatile file anew.
+    /// Creates the directories, completes or undoes an interrupted change, and writes
+    /// volatile files that are missing or wrong.
     void rebuild();
 
-    /// Makes a new key and a request, which replace a pending one.
-    void createRequest(bool isCompliant);
+    /// Replaces the pending request by this one, with its key and its network text.
+    void putRequest(std::string_view keyPem, const std::string& requestPem,
+                    const std::string& network);
     bool isRequestPending() const;
     /// The pending request as PEM text; throws Refusal.
     std::string requestText() const;
-    /// When it was made, seconds since 1970 UTC.
+    /// The time of the request in seconds since 1970 UTC; 0 if no request is pending.
     std::int64_t requestTime() const;
 
-    /// Puts the certificate that answers the pending request in use.
+    /// Puts in use the certificate that answers the pending request.
     void apply(const std::string& pem);
 
-    /// Makes a key and a certificate signed by it, and puts it in use.
-    void generateSelfSigned(std::uint32_t days);
+    /// Puts a certificate in use, with its key and its network text.
+    void putInUse(const Certificate& certificate, std::string_view keyPem,
+                  const std::string& network);
 
-    /// Takes the certificate in use, and its key, away.
+    /// Removes the certificate in use and its key. Files that cannot be removed are left to
+    /// retryRemovals().
     void revoke();
 
-    /// The id of the certificate in use; throws Refusal when there is none.
+    /// Tries again the work that failed after a change. Returns whether nothing is left.
+    bool retryRemovals() noexcept;
+
+    /// The id of the certificate in use; throws Refusal if no certificate is in use.
     const std::string& active() const;
     bool hasActive() const { return !m_active.empty(); }
 
-    /// Whether a user may read the key in use: the daemon's own, and a member of
-    /// the key group.
-    bool mayReadKey(uid_t user) const;
+    /// Whether callers may get the key: the key group is the group that may call.
+    bool isKeyForCallers() const { return m_isKeyForCallers; }
 
-    /// The key in use as PEM text, which the caller wipes; throws Refusal.
-    std::string keyText() const;
+    /// The key in use as PEM text; throws Refusal.
+    SecretText keyText() const;
 
-    /// Whether the service is to get a certificate of the daemon's making now:
-    /// it has none and should, or the one that the daemon made ends soon.
+    /// Whether a self-signed certificate is due: no certificate is in use and the
+    /// configuration requests one; or the self-signed one expires soon, or is not yet valid
+    /// because the clock was set back.
     bool isSelfSignedDue(std::int64_t now) const;
 
-    /// Whether the device's addresses differ from those in the certificate that
-    /// the daemon made.
-    bool isNetworkOutdated() const;
+    /// The network text of the certificate in use; throws Refusal.
+    std::string activeNetwork() const;
+
+    /// Whether the certificate in use is self-signed by the daemon, so that a change of the
+    /// device's addresses replaces it.
+    bool followsNetwork() const;
 
     const StoreFiles<ostrel::InternalCertificatesAccessor>& files() const { return m_files; }
 
 private:
     void readActive();
     bool isWhole(const std::string& id) const;
-    bool isNeeded(const std::filesystem::path& path) const;
-    std::string pendingKeyText() const;
+    bool isNeeded(const std::string& name) const;
+    bool isOfRequest(const std::string& name) const;
+    void removeUnneeded(const Directory& directory) const;
+    SecretText pendingKeyText() const;
+    std::string pendingNetwork() const;
+    bool isNextPending() const;
     void finishRequest() const;
-    void discardHalfRequest() const;
+    void discardHalfRequest();
     void shareAgain() const;
-    void putInUse(const Certificate& certificate, const std::string& keyPem,
-                  const std::string& network);
-    void writeSet(const Certificate& certificate, const std::string& keyPem,
-                  const std::string& network);
+    void writeSet(const Certificate& certificate, std::string_view keyPem,
+                  const std::string& network) const;
     void removeSet(const std::string& id) const;
     void removeRequest() const;
+    void doRequestWork() const;
+    void removeNextFiles() const;
+    bool settle(bool isLogged) noexcept;
     Certificate activeCertificate() const;
 
     const ostrel::ServiceConfiguration* m_service;
     StoreFiles<ostrel::InternalCertificatesAccessor> m_files;
-    // For keys alone: their group, where they have one.
-    Replacer m_lastingKeys;
-    mode_t m_keyMode;
+    Access m_keyAccess;
+    bool m_isKeyForCallers;
     std::string m_active;
     std::string m_former;
+    Leftovers m_leftovers;
+    // The work that is left for the files of the request.
+    enum class RequestWork { None, Finish, Remove };
+    RequestWork m_requestWork = RequestWork::None;
 };
 
 } // namespace ostreld

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the daemon answers of one certificate, in whichever store it lies.
+// The daemon's replies about one certificate, for all stores.
 
 #include "store/StoreFiles.h"
 

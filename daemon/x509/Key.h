@@ -1,39 +1,41 @@
 #pragma once
 
+#include "base/SecretText.h"
 #include "x509/OpenSsl.h"
 
 #include <string>
+#include <string_view>
 
 namespace ostreld
 {
 
-/// What kind of key to make.
+/// The kind of a key.
 struct KeyKind {
-    /// Empty for RSA, else the name of the elliptic curve.
+    /// The name of the elliptic curve; empty for RSA.
     std::string curve;
     unsigned int rsaBits = 2048;
 };
 
-/// A private key. Move-only; wiped from memory with the object.
+/// A private key. Move-only; its destructor wipes it from memory.
 class Key
 {
 public:
-    /// Makes a new one; throws Refusal, "Error during key generation".
+    /// Makes a new key; throws Refusal, "Error during key generation".
     static Key generate(const KeyKind& kind);
 
-    /// Reads one from PEM text; an object without a key when there is none.
-    static Key fromPem(const std::string& pem);
+    /// Reads a key from PEM text. If the text contains none, the object has no key.
+    static Key fromPem(std::string_view pem);
 
-    /// The key as PEM text, which the caller wipes.
-    std::string pem() const;
+    /// The key as PEM text.
+    SecretText pem() const;
 
-    /// Whether `publicKey` is its other half.
+    /// Whether `publicKey` belongs to this key.
     bool matches(const EVP_PKEY* publicKey) const;
 
     EVP_PKEY* get() const { return m_key.get(); }
 
 private:
-    explicit Key(EVP_PKEY* key) : m_key(key) {}
+    explicit Key(KeyPointer key) : m_key(std::move(key)) {}
 
     KeyPointer m_key;
 };

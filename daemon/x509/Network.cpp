@@ -22,7 +22,7 @@ namespace
 
 constexpr std::string_view dnsPrefix = "DNS:";
 
-// An address of an interface, and whether the device gave it to itself.
+// An address of an interface, and whether it is link-local.
 struct Address {
     std::string text;
     bool isIPv6;
@@ -82,7 +82,7 @@ std::string formerHostName(const std::string& former, const std::string& otherwi
     return otherwise;
 }
 
-// The name with its domain where the resolver knows one, else the plain name.
+// The full name of the device if the resolver knows one, otherwise the plain name.
 std::string hostName(const std::string& former)
 {
     char name[256] = "";
@@ -129,6 +129,11 @@ std::vector<std::string> alternativeNames(const ostrel::ServiceConfiguration& se
     std::sort(names.begin(), names.end());
     names.erase(std::unique(names.begin(), names.end()), names.end());
     return names;
+}
+
+std::string networkText(const std::vector<std::string>& names)
+{
+    return fmt::format("{}\n", fmt::join(names, "\n"));
 }
 
 } // namespace ostreld

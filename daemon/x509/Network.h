@@ -8,12 +8,14 @@
 namespace ostreld
 {
 
-/// The names by which the device is reached, as a service's configuration wants
-/// them in its certificate: "IP:" or "DNS:" and the address or the name, sorted.
-/// While the resolver does not answer, the device has the name that it has among
-/// `former`, lines of such names, or else its plain one. Throws
-/// std::runtime_error when the addresses are not known.
+/// The alternative names of the device that a service's configuration requests, sorted: "IP:"
+/// and an address, or "DNS:" and a name. While the resolver does not answer, the name comes
+/// from `former`, lines of such names, or is the plain name. Throws std::runtime_error if the
+/// addresses cannot be read.
 std::vector<std::string> alternativeNames(const ostrel::ServiceConfiguration& service,
                                           const std::string& former = {});
+
+/// Writes such names as lines.
+std::string networkText(const std::vector<std::string>& names);
 
 } // namespace ostreld

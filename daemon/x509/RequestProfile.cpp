@@ -2,20 +2,17 @@
 
 #include "base/Clock.h"
 #include "base/Files.h"
-#include "base/Program.h"
-#include "base/Refusal.h"
 #include "x509/Network.h"
-#include "x509/X509Text.h"
+#include "x509/RequestExtensions.h"
 
-#include <ostrel/DaemonConfiguration.h>
 #include <ostrl/CDistinguishedName.h>
 
-#include <openssl/err.h>
 #include <openssl/pem.h>
 #include <openssl/rand.h>
 
 #include <charconv>
 #include <filesystem>
+#include <stdexcept>
 
 namespace ostreld
 {
@@ -24,141 +21,100 @@ namespace
 {
 
 constexpr std::size_t largestConfiguration = 256 * 1024;
-constexpr std::chrono::seconds hookPatience{10};
 constexpr unsigned int smallestRsaKey = 2048;
 constexpr unsigned int largestRsaKey = 8192;
 constexpr int serialBytes = 16;
 
-void require(bool isFine, ReturnCode otherwise, const char* reason)
-{
-    if (!isFine) {
-        ERR_clear_error();
-        throw Refusal(otherwise, reason);
-    }
-}
-
-std::string printedByHook(const ostrel::ServiceConfiguration& service)
-{
-    namespace fs = std::filesystem;
-    const fs::path hook =
-        fs::path(ostrel::DaemonConfiguration::getScriptsDirectory()) / service.m_cnfHookFile;
-    try {
-        return runProgram({hook.string(), service.m_serviceName}, hookPatience);
-    } catch (const std::exception& caught) {
-        throw Refusal(ErrorDuringExternalCommand, caught.what());
-    }
-}
-
-std::string configurationText(const ostrel::ServiceConfiguration& service)
-{
-    if (!service.m_cnfHookFile.empty()) {
-        return printedByHook(service);
-    }
-    const std::filesystem::path path = service.m_cnfFile;
-    try {
-        return readRegularFile(path.parent_path().string(), path.filename().string(),
-                               largestConfiguration);
-    } catch (const std::exception& caught) {
-        throw Refusal(CnfNotGood, caught.what());
-    }
-}
-
 ConfPointer parse(const std::string& text)
 {
+    const BioPointer reader = readerOf(text);
     ConfPointer conf(NCONF_new(nullptr));
-    require(NCONF_load_bio(conf.get(), readerOf(text).get(), nullptr) == 1, CnfNotGood,
-            "not an OpenSSL configuration");
+    require(withMemory([&] {
+                return conf != nullptr && NCONF_load_bio(conf.get(), reader.get(), nullptr) == 1;
+            }),
+            CnfNotGood, "not an OpenSSL configuration");
     return conf;
 }
 
-// What the device calls itself where a configuration says nothing.
+// The device's name, for a configuration without a subject.
 struct DefaultName {
-    int nid;
+    const char* type;
     const std::string& value;
 };
 
-const DefaultName defaultNames[] = {
-    {NID_countryName, ostrl::CDistinguishedName::DEFAULT_COUNTRY_CODE},
-    {NID_stateOrProvinceName, ostrl::CDistinguishedName::DEFAULT_STATE},
-    {NID_localityName, ostrl::CDistinguishedName::DEFAULT_CITY},
-    {NID_organizationName, ostrl::CDistinguishedName::DEFAULT_COMPANY_NAME},
-    {NID_organizationalUnitName, ostrl::CDistinguishedName::DEFAULT_DIVISION_NAME},
-    {NID_commonName, ostrl::CDistinguishedName::DEFAULT_COMMON_NAME},
-    {NID_pkcs9_emailAddress, ostrl::CDistinguishedName::DEFAULT_EMAIL_ADDR},
+const DefaultName defaultName[] = {
+    {SN_countryName, ostrl::CDistinguishedName::DEFAULT_COUNTRY_CODE},
+    {SN_stateOrProvinceName, ostrl::CDistinguishedName::DEFAULT_STATE},
+    {SN_localityName, ostrl::CDistinguishedName::DEFAULT_CITY},
+    {SN_organizationName, ostrl::CDistinguishedName::DEFAULT_COMPANY_NAME},
+    {SN_organizationalUnitName, ostrl::CDistinguishedName::DEFAULT_DIVISION_NAME},
+    {SN_commonName, ostrl::CDistinguishedName::DEFAULT_COMMON_NAME},
+    {LN_pkcs9_emailAddress, ostrl::CDistinguishedName::DEFAULT_EMAIL_ADDR},
 };
 
-// What the profile "CA-CB_compliant" asks for.
-struct CompliantExtension {
-    int nid;
-    const char* value;
-};
-
-constexpr CompliantExtension compliantExtensions[] = {
-    {NID_basic_constraints, "critical,CA:FALSE"},
-    {NID_key_usage, "critical,digitalSignature,keyEncipherment"},
-    {NID_ext_key_usage, "serverAuth,clientAuth"},
-};
-
-void replaceExtension(ExtensionsPointer& extensions, X509V3_CTX* context,
-                      const CompliantExtension& wanted)
+void addAttribute(X509_NAME* name, const std::string& type, const std::string& value)
 {
-    STACK_OF(X509_EXTENSION)* stack = extensions.release();
-    for (int at; (at = X509v3_get_ext_by_NID(stack, wanted.nid, -1)) >= 0;) {
-        X509_EXTENSION_free(X509v3_delete_ext(stack, at));
-    }
-    const OpenSslPointer<X509_EXTENSION, X509_EXTENSION_free> extension(
-        X509V3_EXT_nconf_nid(nullptr, context, wanted.nid, wanted.value));
-    X509v3_add_ext(&stack, extension.get(), -1);
-    extensions.reset(stack);
+    const auto* bytes = reinterpret_cast<const unsigned char*>(value.c_str());
+    require(withMemory([&] {
+                return X509_NAME_add_entry_by_txt(name, type.c_str(), MBSTRING_UTF8, bytes, -1, -1,
+                                                  0) == 1;
+            }),
+            CnfNotGood, "a subject attribute that no name can carry");
 }
 
-GENERAL_NAME* generalName(const std::string& text)
-{
-    const std::size_t colon = text.find(':');
-    const int type = text.compare(0, colon, "IP") == 0 ? GEN_IPADD : GEN_DNS;
-    return a2i_GENERAL_NAME(nullptr, nullptr, nullptr, type, text.c_str() + colon + 1, 0);
-}
-
-void addNames(ExtensionsPointer& extensions, const std::vector<std::string>& texts)
-{
-    int criticality = 0;
-    OpenSslPointer<GENERAL_NAMES, GENERAL_NAMES_free> names(static_cast<GENERAL_NAMES*>(
-        X509V3_get_d2i(extensions.get(), NID_subject_alt_name, &criticality, nullptr)));
-    if (!names) {
-        names.reset(GENERAL_NAMES_new());
-        criticality = 0;
-    }
-    for (const std::string& text : texts) {
-        GENERAL_NAME* name = generalName(text);
-        require(name != nullptr, CnfNotGood, "a network name that no certificate can carry");
-        sk_GENERAL_NAME_push(names.get(), name);
-    }
-    STACK_OF(X509_EXTENSION)* stack = extensions.release();
-    X509V3_add1_i2d(&stack, NID_subject_alt_name, names.get(), criticality, X509V3_ADD_REPLACE);
-    extensions.reset(stack);
-}
-
-void setRandomSerial(X509* certificate)
+bool setRandomSerial(X509* certificate)
 {
     unsigned char bytes[serialBytes] = {};
-    require(RAND_bytes(bytes, serialBytes) == 1, ErrorDuringSignature, "no random serial number");
-    // Positive, and of the same length whatever the dice say.
+    if (RAND_bytes(bytes, serialBytes) != 1) {
+        return false;
+    }
+    // Makes the number positive and always of the same length.
     bytes[0] = static_cast<unsigned char>((bytes[0] & 0x7f) | 0x40);
     const OpenSslPointer<BIGNUM, BN_free> number(BN_bin2bn(bytes, serialBytes, nullptr));
-    BN_to_ASN1_INTEGER(number.get(), X509_get_serialNumber(certificate));
+    return number &&
+           BN_to_ASN1_INTEGER(number.get(), X509_get_serialNumber(certificate)) != nullptr;
+}
+
+bool setDates(X509* certificate, std::uint32_t days)
+{
+    std::time_t now = currentTime();
+    return X509_time_adj_ex(X509_getm_notBefore(certificate), 0, 0, &now) != nullptr &&
+           X509_time_adj_ex(X509_getm_notAfter(certificate), static_cast<int>(days), 0, &now) !=
+               nullptr;
+}
+
+bool addExtensions(X509* certificate, const STACK_OF(X509_EXTENSION) * extensions)
+{
+    for (int i = 0; i < sk_X509_EXTENSION_num(extensions); ++i) {
+        if (X509_add_ext(certificate, sk_X509_EXTENSION_value(extensions, i), -1) != 1) {
+            return false;
+        }
+    }
+    return true;
 }
 
 } // namespace
 
-RequestProfile::RequestProfile(const ostrel::ServiceConfiguration& service)
-    : m_conf(parse(configurationText(service))), m_networkNames(alternativeNames(service))
+std::string configurationFileText(const ostrel::ServiceConfiguration& service)
+{
+    const std::filesystem::path path = service.m_cnfFile;
+    try {
+        return readRegularFile(path.parent_path().string(), path.filename().string(),
+                               largestConfiguration);
+    } catch (const std::runtime_error& caught) {
+        throw Refusal(CnfNotGood, caught.what());
+    }
+}
+
+RequestProfile::RequestProfile(const ostrel::ServiceConfiguration& service,
+                               const std::string& configurationText)
+    : m_conf(parse(configurationText)), m_networkNames(alternativeNames(service))
 {
 }
 
 std::string RequestProfile::requestSetting(const char* name) const
 {
-    const char* value = NCONF_get_string(m_conf.get(), "req", name);
-    ERR_clear_error();
+    const char* value = withMemory([&] { return NCONF_get_string(m_conf.get(), "req", name); });
     return value != nullptr ? value : "";
 }
 
@@ -171,14 +127,14 @@ KeyKind RequestProfile::keyKind() const
     if (!bits.empty()) {
         const char* end = bits.data() + bits.size();
         const auto [behind, error] = std::from_chars(bits.data(), end, kind.rsaBits);
-        require(error == std::errc() && behind == end, CnfNotGood, "default_bits is no number");
+        require(error == std::errc() && behind == end, CnfNotGood, "default_bits is not a number");
     }
     require(kind.rsaBits >= smallestRsaKey && kind.rsaBits <= largestRsaKey, CnfNotGood,
             "default_bits is out of range");
     return kind;
 }
 
-void RequestProfile::takeConfiguredName(X509_NAME* name) const
+void RequestProfile::addConfiguredName(X509_NAME* name) const
 {
     const std::string section = requestSetting("distinguished_name");
     const bool isPlain = requestSetting("prompt") == "no";
@@ -187,7 +143,7 @@ void RequestProfile::takeConfiguredName(X509_NAME* name) const
     for (int i = 0; i < sk_CONF_VALUE_num(values); ++i) {
         const CONF_VALUE* entry = sk_CONF_VALUE_value(values, i);
         std::string type = entry->name;
-        // With prompts, the answer is the default that the prompt would offer.
+        // With prompts, the value is the default that the prompt would offer.
         constexpr std::string_view ending = "_default";
         const bool isDefault =
             type.size() > ending.size() &&
@@ -196,39 +152,33 @@ void RequestProfile::takeConfiguredName(X509_NAME* name) const
             continue;
         }
         type.resize(isDefault ? type.size() - ending.size() : type.size());
-        // "0.organizationName" numbers attributes that occur more than once.
+        // A number, as in "0.organizationName", allows an attribute to occur several times.
         type.erase(0, type.find_first_of(".:,") + 1);
-        require(X509_NAME_add_entry_by_txt(name, type.c_str(), MBSTRING_UTF8,
-                                           reinterpret_cast<const unsigned char*>(entry->value), -1,
-                                           -1, 0) == 1,
-                CnfNotGood, "a subject attribute that no name can carry");
+        addAttribute(name, type, entry->value);
     }
 }
 
 void RequestProfile::fillName(X509_NAME* name) const
 {
-    takeConfiguredName(name);
-    for (const DefaultName& row : defaultNames) {
-        if (X509_NAME_get_index_by_NID(name, row.nid, -1) == -1) {
-            X509_NAME_add_entry_by_NID(name, row.nid, MBSTRING_UTF8,
-                                       reinterpret_cast<const unsigned char*>(row.value.c_str()),
-                                       -1, -1, 0);
+    addConfiguredName(name);
+    if (X509_NAME_entry_count(name) == 0) {
+        for (const DefaultName& row : defaultName) {
+            addAttribute(name, row.type, row.value);
         }
     }
 }
 
 ExtensionsPointer RequestProfile::extensions(X509V3_CTX* context) const
 {
-    STACK_OF(X509_EXTENSION)* stack = sk_X509_EXTENSION_new_null();
+    STACK_OF(X509_EXTENSION)* stack = nullptr;
     const std::string section = requestSetting("req_extensions");
     const bool isFine = section.empty() || X509V3_EXT_add_nconf_sk(m_conf.get(), context,
                                                                    section.c_str(), &stack) == 1;
     ExtensionsPointer extensions(stack);
+    requireMemory();
     require(isFine, CnfNotGood, "an extension that OpenSSL does not take");
     if (m_isCompliant) {
-        for (const CompliantExtension& row : compliantExtensions) {
-            replaceExtension(extensions, context, row);
-        }
+        addCompliantExtensions(extensions, context);
     }
     if (!m_networkNames.empty()) {
         addNames(extensions, m_networkNames);
@@ -239,40 +189,46 @@ ExtensionsPointer RequestProfile::extensions(X509V3_CTX* context) const
 std::string RequestProfile::request(const Key& key) const
 {
     const RequestPointer request(X509_REQ_new());
+    require(
+        withMemory([&] { return request && X509_REQ_set_pubkey(request.get(), key.get()) == 1; }),
+        ErrorDuringCsrGeneration, "the request could not be made");
     fillName(X509_REQ_get_subject_name(request.get()));
-    X509_REQ_set_pubkey(request.get(), key.get());
     X509V3_CTX context;
     X509V3_set_ctx(&context, nullptr, nullptr, request.get(), nullptr, 0);
     X509V3_set_nconf(&context, m_conf.get());
     const ExtensionsPointer wanted = extensions(&context);
     const bool hasExtensions = sk_X509_EXTENSION_num(wanted.get()) > 0;
-    require((!hasExtensions || X509_REQ_add_extensions(request.get(), wanted.get()) == 1) &&
-                X509_REQ_sign(request.get(), key.get(), EVP_sha256()) > 0,
+    require(withMemory([&] {
+                return (!hasExtensions ||
+                        X509_REQ_add_extensions(request.get(), wanted.get()) == 1) &&
+                       X509_REQ_sign(request.get(), key.get(), EVP_sha256()) > 0;
+            }),
             ErrorDuringCsrGeneration, "the request could not be made");
-    return printed([&](BIO* out) { PEM_write_bio_X509_REQ(out, request.get()); });
+    return printed([&](BIO* out) { return PEM_write_bio_X509_REQ(out, request.get()) == 1; });
 }
 
 std::string RequestProfile::selfSigned(const Key& key, std::uint32_t days) const
 {
     const X509Pointer certificate(X509_new());
-    X509_set_version(certificate.get(), X509_VERSION_3);
-    setRandomSerial(certificate.get());
-    fillName(X509_get_subject_name(certificate.get()));
-    X509_set_issuer_name(certificate.get(), X509_get_subject_name(certificate.get()));
-    std::time_t now = currentTime();
-    X509_time_adj_ex(X509_getm_notBefore(certificate.get()), 0, 0, &now);
-    X509_time_adj_ex(X509_getm_notAfter(certificate.get()), static_cast<int>(days), 0, &now);
-    X509_set_pubkey(certificate.get(), key.get());
+    X509* const made = certificate.get();
+    require(withMemory([&] {
+                return made != nullptr && X509_set_version(made, X509_VERSION_3) == 1 &&
+                       setRandomSerial(made) && setDates(made, days) &&
+                       X509_set_pubkey(made, key.get()) == 1;
+            }),
+            ErrorDuringSignature, "the certificate could not be made");
+    fillName(X509_get_subject_name(made));
     X509V3_CTX context;
-    X509V3_set_ctx(&context, certificate.get(), certificate.get(), nullptr, nullptr, 0);
+    X509V3_set_ctx(&context, made, made, nullptr, nullptr, 0);
     X509V3_set_nconf(&context, m_conf.get());
     const ExtensionsPointer wanted = extensions(&context);
-    for (int i = 0; i < sk_X509_EXTENSION_num(wanted.get()); ++i) {
-        X509_add_ext(certificate.get(), sk_X509_EXTENSION_value(wanted.get(), i), -1);
-    }
-    require(X509_sign(certificate.get(), key.get(), EVP_sha256()) > 0, ErrorDuringSignature,
-            "the certificate could not be signed");
-    return printed([&](BIO* out) { PEM_write_bio_X509(out, certificate.get()); });
+    require(withMemory([&] {
+                return X509_set_issuer_name(made, X509_get_subject_name(made)) == 1 &&
+                       addExtensions(made, wanted.get()) &&
+                       X509_sign(made, key.get(), EVP_sha256()) > 0;
+            }),
+            ErrorDuringSignature, "the certificate could not be signed");
+    return printed([&](BIO* out) { return PEM_write_bio_X509(out, made) == 1; });
 }
 
 } // namespace ostreld

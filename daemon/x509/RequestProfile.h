@@ -5,8 +5,6 @@
 
 #include <ostrel/ServiceConfiguration.h>
 
-#include <openssl/x509v3.h>
-
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -14,43 +12,39 @@
 namespace ostreld
 {
 
-inline void freeExtensions(STACK_OF(X509_EXTENSION) * extensions)
-{
-    sk_X509_EXTENSION_pop_free(extensions, X509_EXTENSION_free);
-}
-using ExtensionsPointer = OpenSslPointer<STACK_OF(X509_EXTENSION), freeExtensions>;
+/// The text of the service's `cnfFile`. Throws Refusal, "CNF not good".
+std::string configurationFileText(const ostrel::ServiceConfiguration& service);
 
-/// What a service's certificate is to say: its request configuration, an
-/// OpenSSL one, from the file that the service names or from what its hook
-/// prints; the device's default name for whatever that leaves out; and the
-/// alternative names that the service's network settings add. Move-only.
+/// The contents of a service's requests and self-signed certificates: its OpenSSL request
+/// configuration, the device's default name if that has no subject, and the alternative names
+/// from the network settings. Move-only.
 class RequestProfile
 {
 public:
-    /// Reads the service's configuration. Throws Refusal, "CNF not good" or
-    /// "Error during external command execution".
-    explicit RequestProfile(const ostrel::ServiceConfiguration& service);
+    /// `configurationText` is the text of `cnfFile` or the output of the hook. Throws
+    /// Refusal, "CNF not good".
+    RequestProfile(const ostrel::ServiceConfiguration& service,
+                   const std::string& configurationText);
 
-    /// Asks for the extensions of the profile "CA-CB_compliant" in the place of
-    /// the configuration's own.
+    /// Replaces the configuration's extensions by those of the profile "CA-CB_compliant".
     void makeCompliant() { m_isCompliant = true; }
 
     KeyKind keyKind() const;
 
-    /// The alternative names that the network settings add.
+    /// The alternative names from the network settings.
     const std::vector<std::string>& networkNames() const { return m_networkNames; }
 
     /// A signing request as PEM text; throws Refusal.
     std::string request(const Key& key) const;
 
-    /// A certificate that the key signs itself, valid from now, as PEM text;
-    /// throws Refusal.
+    /// A certificate that is signed with `key` and valid from now, as PEM text; throws
+    /// Refusal.
     std::string selfSigned(const Key& key, std::uint32_t days) const;
 
 private:
     std::string requestSetting(const char* name) const;
     void fillName(X509_NAME* name) const;
-    void takeConfiguredName(X509_NAME* name) const;
+    void addConfiguredName(X509_NAME* name) const;
     ExtensionsPointer extensions(X509V3_CTX* context) const;
 
     ConfPointer m_conf;

@@ -9,21 +9,22 @@
 namespace ostreld
 {
 
-/// A signing request that is pending. Move-only.
+/// A pending signing request. Move-only.
 class SigningRequest
 {
 public:
-    /// Reads PEM text; throws Refusal, "CSR not goof", when it is none.
+    /// Reads PEM text; throws Refusal, "CSR not goof".
     explicit SigningRequest(const std::string& pem);
 
-    /// The key that it asks to be certified.
-    const EVP_PKEY* publicKey() const { return X509_REQ_get0_pubkey(m_request.get()); }
+    /// The key that the request is for.
+    const EVP_PKEY* publicKey() const { return m_key; }
 
-    /// The record that answers "getcsrinfo".
+    /// The record for the reply to "getcsrinfo".
     ostrl::CCSRData record() const;
 
 private:
     RequestPointer m_request;
+    EVP_PKEY* m_key;
 };
 
 } // namespace ostreld

@@ -1,15 +1,13 @@
 #include "x509/X509Text.h"
 
-#include "base/Log.h"
+#include "base/Utf8.h"
 
 #include <ostrel/Tools.h>
 
 #include <openssl/objects.h>
-#include <openssl/x509v3.h>
 
 #include <algorithm>
 #include <ctime>
-#include <memory>
 
 #include <arpa/inet.h>
 
@@ -19,33 +17,30 @@ namespace ostreld
 namespace
 {
 
-std::string onOneLine(std::string text, char replacement)
+std::string orEmpty(const char* text)
 {
-    std::replace_if(text.begin(), text.end(), isControlCharacter, replacement);
-    return text;
+    return text != nullptr ? text : "";
 }
 
 std::string utf8(const ASN1_STRING* string)
 {
     unsigned char* bytes = nullptr;
-    const int length = ASN1_STRING_to_UTF8(&bytes, string);
-    if (length < 0) {
-        return {};
-    }
-    const std::unique_ptr<unsigned char, void (*)(unsigned char*)> owner(
-        bytes, [](unsigned char* p) { OPENSSL_free(p); });
-    return std::string(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
+    const int length = withMemory([&] { return ASN1_STRING_to_UTF8(&bytes, string); });
+    const BytesPointer owner(bytes);
+    return length < 0 ? std::string()
+                      : std::string(reinterpret_cast<const char*>(bytes),
+                                    static_cast<std::size_t>(length));
 }
 
 std::string forNameRecord(const std::string& value)
 {
-    std::string text = onOneLine(value, ' ');
+    std::string text = withoutHidden(value, ' ');
     std::replace_if(
         text.begin(), text.end(), [](char c) { return c == ',' || c == '=' || c == '#'; }, ' ');
     return text;
 }
 
-// The members of a name record that take one value, by OpenSSL's number.
+// The members of a name record that take one value, by OpenSSL's numbers.
 struct NameField {
     int nid;
     std::string ostrl::CDistinguishedName::*field;
@@ -77,15 +72,19 @@ void putIntoRecord(const X509_NAME_ENTRY* entry, ostrl::CDistinguishedName& reco
 
 std::string objectText(const ASN1_OBJECT* object)
 {
-    char text[128] = "";
-    OBJ_obj2txt(text, sizeof text, object, 1);
+    const int length = withMemory([&] { return OBJ_obj2txt(nullptr, 0, object, 1); });
+    require(length >= 0, BadCertificateFormat, "an object identifier without a text");
+    std::string text(static_cast<std::size_t>(length), '\0');
+    // OBJ_obj2txt() adds a NUL, for which a string has room.
+    const int written = withMemory([&] { return OBJ_obj2txt(text.data(), length + 1, object, 1); });
+    require(written == length, BadCertificateFormat, "an object identifier without a text");
     return text;
 }
 
-// A record's field ends at "|", its line at a line feed, and "#" starts a comment.
+// In a record, "|" ends a field, a line feed ends a line, and "#" starts a comment.
 std::string forExtensionRecord(const std::string& value)
 {
-    std::string text = onOneLine(value, ' ');
+    std::string text = withoutHidden(value, ' ');
     std::replace_if(
         text.begin(), text.end(), [](char c) { return c == '|' || c == '#'; }, ' ');
     return text;
@@ -97,10 +96,12 @@ ostrl::v3Ext extensionRecord(X509_EXTENSION* extension)
     const int nid = OBJ_obj2nid(object);
     ostrl::v3Ext record;
     record.obj_id = objectText(object);
-    record.short_name = OBJ_nid2sn(nid);
-    record.long_name = OBJ_nid2ln(nid);
-    const std::string value =
-        printed([&](BIO* out) { X509V3_EXT_print(out, extension, X509V3_EXT_DUMP_UNKNOWN, 0); });
+    record.short_name = orEmpty(OBJ_nid2sn(nid));
+    record.long_name = longName(nid);
+    // If OpenSSL cannot print an extension, it is also missing in the details.
+    const std::string value = printed([&](BIO* out) {
+        return X509V3_EXT_print(out, extension, X509V3_EXT_DUMP_UNKNOWN, 0) >= 0;
+    });
     const char* criticality = X509_EXTENSION_get_critical(extension) != 0 ? "critical, " : "";
     record.comment = forExtensionRecord(criticality + value);
     return record;
@@ -119,19 +120,10 @@ std::string addressText(const ASN1_OCTET_STRING* address)
 
 } // namespace
 
-std::string printed(const std::function<void(BIO*)>& print)
-{
-    const std::unique_ptr<BIO, int (*)(BIO*)> out(BIO_new(BIO_s_mem()), BIO_free);
-    print(out.get());
-    char* bytes = nullptr;
-    const long length = BIO_get_mem_data(out.get(), &bytes);
-    return std::string(bytes, static_cast<std::size_t>(length));
-}
-
 std::string nameText(const X509_NAME* name)
 {
     return printed([&](BIO* out) {
-        X509_NAME_print_ex(out, name, 0, XN_FLAG_ONELINE & ~ASN1_STRFLGS_ESC_MSB);
+        return X509_NAME_print_ex(out, name, 0, XN_FLAG_ONELINE & ~ASN1_STRFLGS_ESC_MSB) >= 0;
     });
 }
 
@@ -141,7 +133,7 @@ std::string commonNameOf(const X509_NAME* name)
     for (int i = -1; (i = X509_NAME_get_index_by_NID(name, NID_commonName, i)) >= 0;) {
         result = utf8(X509_NAME_ENTRY_get_data(X509_NAME_get_entry(name, i)));
     }
-    return onOneLine(result, '?');
+    return withoutHidden(result, '?');
 }
 
 ostrl::CDistinguishedName nameRecord(const X509_NAME* name)
@@ -164,32 +156,38 @@ std::vector<ostrl::v3Ext> extensionRecords(const STACK_OF(X509_EXTENSION) * exte
     return records;
 }
 
-std::uint64_t secondsSince1970(const ASN1_TIME* time)
+std::int64_t secondsSince1970(const ASN1_TIME* time)
 {
     std::tm fields{};
-    if (ASN1_TIME_to_tm(time, &fields) != 1) {
-        return 0;
-    }
-    const std::int64_t seconds = ostrel::Tools::getInternalTimeGmt(&fields);
-    return seconds < 0 ? 0 : static_cast<std::uint64_t>(seconds);
+    require(ASN1_TIME_to_tm(time, &fields) == 1, BadCertificateFormat,
+            "a date that does not exist");
+    return std::max(std::int64_t{0}, ostrel::Tools::getInternalTimeGmt(&fields));
+}
+
+std::string longName(int nid)
+{
+    return orEmpty(OBJ_nid2ln(nid));
+}
+
+EVP_PKEY* keyIn(X509_PUBKEY* holder)
+{
+    return withMemory([&] { return X509_PUBKEY_get0(holder); });
 }
 
 std::string keyType(const EVP_PKEY* key)
 {
-    const char* name = key != nullptr ? EVP_PKEY_get0_type_name(key) : nullptr;
-    return name != nullptr ? name : "";
+    return orEmpty(key != nullptr ? EVP_PKEY_get0_type_name(key) : nullptr);
 }
 
-std::string keyText(EVP_PKEY* key)
+// Taken as the certificate holds it: encoding the key again takes most of the time of a record.
+std::string keyText(const X509_PUBKEY* holder)
 {
     unsigned char* der = nullptr;
-    const int length = key != nullptr ? i2d_PUBKEY(key, &der) : 0;
-    if (length <= 0) {
-        return {};
-    }
+    const int length = withMemory([&] { return i2d_X509_PUBKEY(holder, &der); });
+    const BytesPointer owner(der);
+    require(length > 0, BadCertificateFormat, "a public key that cannot be encoded");
     std::string text(4 * ((static_cast<std::size_t>(length) + 2) / 3) + 1, '\0');
     EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), der, length);
-    OPENSSL_free(der);
     text.pop_back();
     return text;
 }
@@ -197,10 +195,11 @@ std::string keyText(EVP_PKEY* key)
 AlternativeNames alternativeNamesOf(const X509* certificate)
 {
     AlternativeNames result;
-    const std::unique_ptr<GENERAL_NAMES, void (*)(GENERAL_NAMES*)> names(
-        static_cast<GENERAL_NAMES*>(
-            X509_get_ext_d2i(certificate, NID_subject_alt_name, nullptr, nullptr)),
-        GENERAL_NAMES_free);
+    using Names = OpenSslPointer<GENERAL_NAMES, GENERAL_NAMES_free>;
+    const Names names = withMemory([&] {
+        return Names(static_cast<GENERAL_NAMES*>(
+            X509_get_ext_d2i(certificate, NID_subject_alt_name, nullptr, nullptr)));
+    });
     for (int i = 0; i < sk_GENERAL_NAME_num(names.get()); ++i) {
         int type = 0;
         const void* value = GENERAL_NAME_get0_value(sk_GENERAL_NAME_value(names.get(), i), &type);
@@ -208,7 +207,7 @@ AlternativeNames alternativeNamesOf(const X509* certificate)
             result.ips.push_back(addressText(static_cast<const ASN1_OCTET_STRING*>(value)));
         } else if (type == GEN_DNS) {
             result.hostnames.push_back(
-                onOneLine(utf8(static_cast<const ASN1_STRING*>(value)), '?'));
+                withoutHidden(utf8(static_cast<const ASN1_STRING*>(value)), '?'));
         }
     }
     return result;

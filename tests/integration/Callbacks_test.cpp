@@ -20,8 +20,12 @@ using testing::Not;
 
 // Appends each call with a single write, because the scripts of several
 // services run at the same time.
-const char record[] = "for word; do line=\"$line<$word>\"; done\n"
-                      "printf '%s\\n' \"$line\" >>\"$OSTREL_SANDBOX/calls\"\n";
+std::string record()
+{
+    return "for word; do line=\"$line<$word>\"; done\n"
+           "printf '%s\\n' \"$line\" >>" +
+           support::boxDirectory() + "/calls\n";
+}
 
 class Callbacks : public server_case::WithServer
 {
@@ -57,54 +61,65 @@ protected:
 
 TEST_F(Callbacks, RunOnceForEachChangeInOrder)
 {
-    startWith(record);
-    applyNew();
+    startWith(record());
+    const std::string first = '<' + applyNew() + '>';
     ask(ostrel::CommandSetOverwrittenData, {"key", "value"});
     ask(ostrel::CommandCreateCrt, {"self", "30", "yes"});
+    const std::string second = '<' + web().getServerActiveCertificateId() + '>';
     web().revokeServerCertificate("");
-    EXPECT_EQ(callsAfter("<web><server-revoke>"), "<web><server-request>\n"
-                                                  "<web><server-apply>\n"
-                                                  "<web><server-override>\n"
-                                                  "<web><server-apply>\n"
-                                                  "<web><server-revoke>\n");
+    EXPECT_EQ(callsAfter("<web><server-revoke>" + second), "<web><server-request><>\n"
+                                                           "<web><server-apply>" +
+                                                               first +
+                                                               "\n"
+                                                               "<web><server-override>" +
+                                                               first +
+                                                               "\n"
+                                                               "<web><server-apply>" +
+                                                               second +
+                                                               "\n"
+                                                               "<web><server-revoke>" +
+                                                               second + "\n");
 }
 
 TEST_F(Callbacks, DoNotRunForReadsAndRefusedCommands)
 {
-    startWith(record);
+    startWith(record());
     ask(ostrel::CommandGetCsr);
     ask(ostrel::CommandRevoke);
     ask(ostrel::CommandApplyCrt, {given("")});
     ask(ostrel::CommandHelp);
     web().createServerCsr();
-    EXPECT_EQ(callsAfter("<web><server-request>"), "<web><server-request>\n");
+    EXPECT_EQ(callsAfter("<web><server-request><>"), "<web><server-request><>\n");
 }
 
 TEST_F(Callbacks, RunForChangesThatTheDaemonMakesItself)
 {
-    startWith(record, "selfSignedGeneration yes\n");
-    EXPECT_EQ(callsAfter("<web><server-apply>"), "<web><server-apply>\n");
+    startWith(record(), "selfSignedGeneration yes\n");
+    const std::string call = "<web><server-apply><" + web().getServerActiveCertificateId() + '>';
+    EXPECT_EQ(callsAfter(call), call + '\n');
 }
 
 TEST_F(Callbacks, ReceiveEachNameAsOneArgument)
 {
     const std::string name = "o'dd \"na me\" $(id) *;";
-    writeScript("/etc/ostrel/scripts/a script", record);
+    writeScript("/etc/ostrel/scripts/a script", record());
     configure("callbackScript a script\nselfSignedGeneration yes\n");
     device.addService(name, support::readText("/etc/ostrel/services/web.conf"));
     daemon.start();
-    callsAfter('<' + name + "><server-apply>");
-    callsAfter("<web><server-apply>");
+    for (const std::string& service : {name, std::string("web")}) {
+        const std::string id = ostrelApi::OstrelService(service).getServerActiveCertificateId();
+        callsAfter('<' + service + "><server-apply><" + id + '>');
+    }
 }
 
 TEST_F(Callbacks, MayBeInAnyDirectory)
 {
     const std::string path = support::boxDirectory() + "/elsewhere";
-    writeScript(path, record);
+    writeScript(path, record());
     configure("callbackScript " + path + '\n');
     daemon.start();
     web().createServerCsr();
-    callsAfter("<web><server-request>");
+    callsAfter("<web><server-request><>");
 }
 
 TEST_F(Callbacks, ThatFailAreLoggedAndDoNotAffectTheChange)
@@ -132,67 +147,57 @@ TEST_F(Callbacks, ThatFailAreLoggedAndDoNotAffectTheChange)
     }
 }
 
-/// What the daemon logs about a program that does not exist. Under an emulator
-/// vfork() acts as fork(), so only the exit status reports the failure.
-std::string missingProgram(const std::string& path)
-{
-    char* const arguments[] = {nullptr};
-    pid_t child = 0;
-    if (::posix_spawn(&child, path.c_str(), nullptr, nullptr, arguments, arguments) != 0) {
-        return "cannot run " + path;
-    }
-    ::waitpid(child, nullptr, 0);
-    return path + " failed";
-}
-
 TEST_F(Callbacks, ThatAreMissingAreLoggedAndDoNotAffectTheChange)
 {
     configure("callbackScript missing\n");
     daemon.start();
     const support::RunningDaemon::LogMark mark(daemon);
     EXPECT_EQ(ask(ostrel::CommandCreateCsr), payload(""));
-    mark.await("web: callback for server-request: " +
-               missingProgram("/etc/ostrel/scripts/missing"));
+    mark.await("web: callback for server-request: cannot run /etc/ostrel/scripts/missing");
 }
 
 TEST_F(Callbacks, ThatHangDelayNoCallAndAreKilled)
 {
-    startWith("[ \"$2\" != server-request ] || exec sleep 1000\n" + std::string(record));
+    startWith("[ \"$2\" != server-request ] || exec sleep 1000\n" + record());
     const support::RunningDaemon::LogMark mark(daemon);
     const std::string id = applyNew();
     EXPECT_EQ(ask(ostrel::CommandPath), payload(paths.certPath(id)));
     EXPECT_THAT(daemon.log(), Not(HasSubstr("takes too long")));
     mark.await("web: callback for server-request: /etc/ostrel/scripts/changed takes too long");
-    EXPECT_EQ(callsAfter("<web><server-apply>"), "<web><server-apply>\n");
+    const std::string call = "<web><server-apply><" + id + '>';
+    EXPECT_EQ(callsAfter(call), call + '\n');
 }
 
 TEST_F(Callbacks, DoNotRunWhenNothingWasRevoked)
 {
-    writeScript("/etc/ostrel/scripts/changed", record);
+    writeScript("/etc/ostrel/scripts/changed", record());
     configure("callbackScript changed\nca yes\n");
     daemon.start();
     EXPECT_EQ(daemon_case::ask("web", ostrel::TargetCA, ostrel::CommandRevoke), payload(""));
-    EXPECT_EQ(daemon_case::ask("web", ostrel::TargetCA, ostrel::CommandRevoke, {"unknown"}),
-              payload(""));
+    EXPECT_EQ(
+        daemon_case::ask("web", ostrel::TargetCA, ostrel::CommandRevoke, {"0123456789abcdef"}),
+        payload(""));
     const std::string id = web().addCA(support::TestCertificate().pem());
     web().revokeCA(id);
-    EXPECT_EQ(callsAfter("<web><ca-revoke>"), "<web><ca-add>\n<web><ca-revoke>\n");
+    const std::string revocation = "<web><ca-revoke><" + id + '>';
+    EXPECT_EQ(callsAfter(revocation), "<web><ca-add><" + id + ">\n" + revocation + '\n');
 }
 
 TEST_F(Callbacks, ThatHangDoNotDelayOtherServices)
 {
-    writeScript("/etc/ostrel/scripts/quick", record);
+    writeScript("/etc/ostrel/scripts/quick", record());
     device.addService("vpn", std::string(daemon_case::vpnConfiguration) + "callbackScript quick\n");
-    // Hangs until this test ends, because a killed daemon leaves its callbacks running.
+    // The script hangs until this test ends.
     const std::string held = support::boxDirectory() + "/held";
     ASSERT_EQ(::mkfifo(held.c_str(), 0600), 0);
     const auto writer = ostrel::Descriptor::open(held, O_RDWR);
-    startWith("exec <" + held + '\n' + record + "exec cat\n");
+    startWith("exec <" + held + '\n' + record() + "exec cat\n");
     web().createServerCsr();
     web().createServerCsr();
-    callsAfter("<web><server-request>");
-    ostrelApi::OstrelService("vpn").addCA(support::TestCertificate().pem());
-    EXPECT_EQ(callsAfter("<vpn><ca-add>"), "<web><server-request>\n<vpn><ca-add>\n");
+    callsAfter("<web><server-request><>");
+    const std::string id = ostrelApi::OstrelService("vpn").addCA(support::TestCertificate().pem());
+    const std::string addition = "<vpn><ca-add><" + id + '>';
+    EXPECT_EQ(callsAfter(addition), "<web><server-request><>\n" + addition + '\n');
     EXPECT_THAT(daemon.log(), Not(HasSubstr("takes too long")));
     daemon.kill();
 }

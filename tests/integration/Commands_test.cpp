@@ -146,7 +146,8 @@ TEST_P(StoreCommands, GetcertinfoAcceptsOnlyThePathOfAListedCertificate)
 TEST_P(StoreCommands, RevokeRepliesTheRevokedIdsSeparatedBySingleBlanks)
 {
     const auto all = sorted();
-    EXPECT_EQ(ask(ostrel::CommandRevoke, {all[2], "no-id", all[0], all[2]}),
+    const std::string unlisted = "0123456789abcdef";
+    EXPECT_EQ(ask(ostrel::CommandRevoke, {all[2], unlisted, all[0], all[2]}),
               payload(all[0] + ' ' + all[2]));
     EXPECT_EQ((service.*GetParam().list)(), std::vector<std::string>{all[1]});
     EXPECT_EQ(files.fault(), "");
@@ -155,6 +156,16 @@ TEST_P(StoreCommands, RevokeRepliesTheRevokedIdsSeparatedBySingleBlanks)
     EXPECT_EQ((service.*GetParam().revoke)(all), std::vector<std::string>{all[1]});
     EXPECT_EQ(ask(ostrel::CommandList), payload(""));
     EXPECT_EQ(files.fault(), "");
+}
+
+TEST_P(StoreCommands, RevokeRemovesNothingWhenAnArgumentIsNoId)
+{
+    const auto all = sorted();
+    for (const char* noId : {"no-id", "", "0123456789ABCDEF", "0123456789abcdef0", "root"}) {
+        EXPECT_EQ(ask(ostrel::CommandRevoke, {all[0], noId, all[1]}), refusal(GetParam().bad))
+            << noId;
+    }
+    EXPECT_EQ((service.*GetParam().list)(), all);
 }
 
 TEST_P(StoreCommands, OverridesAreStoredUntilTheirCertificateIsRevoked)

@@ -3,6 +3,7 @@
 
 #include "integration/DaemonCase.h"
 #include "support/ScriptedClient.h"
+#include "support/TestCertificate.h"
 
 #include <filesystem>
 
@@ -106,6 +107,49 @@ TEST_F(ForeignFiles, LeftByAKilledAdditionAreRemovedAtTheStart)
     EXPECT_FALSE(fs::exists(left));
     EXPECT_TRUE(fs::exists(other));
     EXPECT_EQ(daemon_case::askStatus("web"), payload("running"));
+}
+
+TEST_F(ForeignFiles, WithAnyNameKeepNoServiceDown)
+{
+    daemon.stop();
+    const std::string loop = pipeDirectory("web") + "/loop.crt";
+    const std::string tooLong = pipeDirectory("web") + "/long.crt";
+    const std::string directory = pipeDirectory("web") + "/directory.crt";
+    fs::create_symlink(loop, loop);
+    fs::create_symlink(std::string(300, 'x'), tooLong);
+    fs::create_directory(directory);
+    daemon.start();
+    EXPECT_EQ(daemon_case::askStatus("web"), payload("running"));
+    EXPECT_FALSE(fs::is_symlink(loop));
+    EXPECT_FALSE(fs::is_symlink(tooLong));
+    EXPECT_TRUE(fs::is_directory(directory));
+}
+
+TEST_F(ForeignFiles, WithAnyNameInAStoreKeepNoServiceDown)
+{
+    ostrelApi::OstrelService web("web");
+    const std::string id = web.addCA(support::TestCertificate().pem());
+    daemon.stop();
+    const std::string store = device.storeDirectory() + "/web/ca/";
+    for (const std::string& directory : {store, store + ".cacheddata/"}) {
+        fs::create_symlink(directory + "loop", directory + "loop");
+        fs::create_symlink(std::string(300, 'x'), directory + "long");
+    }
+    const std::string list = store + ".cacheddata/list.txt";
+    support::writeText(list, "../../etc\n.cacheddata\n" + id + "\n" + std::string(300, 'f') + '\n');
+    daemon.start();
+    EXPECT_EQ(daemon_case::askStatus("web"), payload("running"));
+    EXPECT_EQ(support::readText(list), id + '\n');
+    EXPECT_FALSE(fs::is_symlink(store + "loop"));
+}
+
+TEST_F(ForeignFiles, LeaveNoTextInTheLockFile)
+{
+    daemon.stop();
+    support::writeText(pipe("web", "lock"), std::string(100000, 'x'));
+    daemon.start();
+    EXPECT_EQ(daemon_case::askStatus("web"), payload("running"));
+    EXPECT_EQ(fs::file_size(pipe("web", "lock")), 0U);
 }
 
 } // namespace

@@ -24,7 +24,7 @@ TEST_F(Limits, DescriptorLimitStopsNoService)
 {
     ostrelApi::OstrelService client("web");
     support::denyDescriptors(daemon.pid());
-    daemon.reload("web: served on, with the former configuration");
+    daemon.reload("what is served stays: cannot read ");
     support::allowDescriptors(daemon.pid());
     EXPECT_TRUE(client.isServiceRunning());
     EXPECT_THAT(daemon.log(), testing::Not(testing::HasSubstr("its configuration is gone")));
@@ -33,11 +33,11 @@ TEST_F(Limits, DescriptorLimitStopsNoService)
 TEST_F(Limits, DescriptorLimitDelaysAReply)
 {
     ScriptedClient client(device, "web", "root\t1\tconfig\tstatus", Step::MakesReplyFifo);
-    support::denyDescriptors(daemon.pid());
+    support::denyDescriptors(daemon.pidOf("web"));
     const support::RunningDaemon::LogMark mark(daemon);
     client.resume();
-    mark.await("web.out has to wait: ");
-    support::allowDescriptors(daemon.pid());
+    mark.await("has to wait: ");
+    support::allowDescriptors(daemon.pidOf("web"));
     EXPECT_EQ(client.outcome(), "reply 0 running");
     EXPECT_EQ(daemon_case::askStatus("web"), daemon_case::payload("running"));
 }

@@ -82,12 +82,12 @@ TEST_F(NotServed, ServicesLeaveNoEarlierCallerWaiting)
 TEST_F(NotServed, ServicesEndACallInProgress)
 {
     ScriptedClient client(device, "web", "", Step::OpensCommandFifo);
-    std::filesystem::remove(pipe("web", "in"));
     const support::RunningDaemon::LogMark mark(daemon);
+    std::filesystem::remove(pipe("web", "in"));
     client.resume();
     EXPECT_EQ(client.outcome(), "reply 10 ");
-    mark.await("web: ended");
-    EXPECT_EQ(daemon_case::askStatus("web"), refusal(11));
+    mark.await("web: served");
+    EXPECT_EQ(daemon_case::askStatus("web"), daemon_case::payload("running"));
 }
 
 } // namespace

@@ -140,7 +140,7 @@ TEST_F(Reload, KeepsTheFormerConfigurationWhenTheNewOneIsBroken)
     for (const char* broken : {"managmentGroup no-such-group\nca yes\nmaximumCA 9\n",
                                "managmentGroup ostrel\nca yes\nmaximumCA 9\nserver yes\n"}) {
         device.addService("web", broken);
-        daemon.reload("web: the former configuration stays: ");
+        daemon.reload("web: failed to read the configuration again: ");
         const support::CapturedTrace trace;
         EXPECT_THROW(client.addCA(TestCertificate().pem()), ostrelApi::OstrelApiException);
         EXPECT_THAT(trace.text(), testing::HasSubstr("Too many CA")) << broken;
@@ -173,14 +173,14 @@ TEST_F(Reload, ServesAServiceWhoseConfigurationWasBrokenAtTheStart)
     EXPECT_EQ(askStatus("mail"), payload("running"));
 }
 
-TEST_F(Reload, ServesAgainAServiceThatEnded)
+TEST_F(Reload, ServesAgainAServiceWhoseProcessEnded)
 {
     ScriptedClient client(device, "web", "", Step::OpensCommandFifo);
-    std::filesystem::remove(pipe("web", "in"));
     const support::RunningDaemon::LogMark mark(daemon);
+    std::filesystem::remove(pipe("web", "in"));
     client.kill();
     mark.await("web: no longer served: ");
-    daemon.reload("web: served");
+    mark.await("web: served");
     EXPECT_EQ(askStatus("web"), payload("running"));
 }
 

@@ -52,7 +52,7 @@ protected:
     {
         const support::RunningDaemon::LogMark mark(daemon);
         notify();
-        mark.await("web: looked at the " + subject);
+        mark.await("web: done: check the " + subject);
     }
 
     /// Restarts the daemon with other settings.

@@ -131,7 +131,7 @@ TEST_F(ServerKeys, StayUnchangedOnAReloadWithAnUnknownKeyGroup)
     const auto pipes = server_case::treeOf(device.pipesDirectory());
     device.addService("web", "managmentGroup keys\nkeyGroup nobody-knows\nserver yes\n"
                              "cnfFile /etc/ostrel/web.cnf\nca yes\n");
-    daemon.reload("web: the former configuration stays: the key group 'nobody-knows'");
+    daemon.reload("web: failed to read the configuration again: the key group 'nobody-knows'");
     EXPECT_EQ(server_case::treeOf(device.storeDirectory()), stores);
     EXPECT_EQ(server_case::treeOf(device.pipesDirectory()), pipes);
     EXPECT_EQ(groupOf(device.storeDirectory() + "/web"), daemon_case::managersId());
@@ -140,7 +140,7 @@ TEST_F(ServerKeys, StayUnchangedOnAReloadWithAnUnknownKeyGroup)
 
 TEST_F(ServerKeys, AreNeverLogged)
 {
-    startWith("selfSignedGeneration yes\n");
+    startWith("selfSignedGeneration yes\nkeyGroup ostrel\n");
     std::string keys = web().getServerKey("");
     web().createServerCsr();
     keys += readText(paths.csrKeyPath());

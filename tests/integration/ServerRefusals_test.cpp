@@ -43,6 +43,8 @@ TEST_F(ServerRefusals, CommandsNeedAnActiveCertificate)
         {ostrel::CommandSetOverwrittenData, {"key", "value"}},
         {ostrel::CommandRevoke, {}},
     };
+    configure("keyGroup ostrel\n");
+    daemon.reload("web: configuration read again");
     web().createServerCsr();
     const auto before = everything();
     for (const auto& row : rows) {
@@ -68,6 +70,8 @@ TEST_F(ServerRefusals, CommandsNeedAPendingRequest)
 
 TEST_F(ServerRefusals, CommandsNeedTheirPrivateKey)
 {
+    configure("keyGroup ostrel\n");
+    daemon.reload("web: configuration read again");
     const std::string id = applyNew();
     web().createServerCsr();
     const std::string file = given(certificateFor(web().getServerCsr()));

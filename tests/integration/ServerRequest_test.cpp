@@ -84,7 +84,7 @@ TEST_F(ServerRequest, HasAKeyOnTheConfiguredCurve)
     EXPECT_EQ(data.signatureAlgorithmType, "ecdsa-with-SHA256");
 }
 
-TEST_F(ServerRequest, TakesMissingNameFieldsFromTheDefaultName)
+TEST_F(ServerRequest, HasExactlyTheConfiguredSubject)
 {
     const auto subject = madeWith("", "[ req ]\n"
                                       "ec_paramgen_curve = P-256\n"
@@ -96,13 +96,25 @@ TEST_F(ServerRequest, TakesMissingNameFieldsFromTheDefaultName)
                                       "1.OU = Second\n"
                                       "CN = K\xc3\xb6ln\n")
                              .subjectName;
-    using Default = ostrl::CDistinguishedName;
     EXPECT_EQ(subject.countryCode, "FR");
+    EXPECT_EQ(subject.state, "");
+    EXPECT_EQ(subject.city, "");
+    EXPECT_EQ(subject.companyName, "");
+    EXPECT_EQ(subject.divisionNames, (std::vector<std::string>{"First", "Second"}));
+    EXPECT_EQ(subject.commonName, "K\xc3\xb6ln");
+    EXPECT_EQ(subject.emailAddr, "");
+}
+
+TEST_F(ServerRequest, HasTheDefaultNameWithoutAConfiguredSubject)
+{
+    const auto subject = madeWith("", "[ req ]\nec_paramgen_curve = P-256\n").subjectName;
+    using Default = ostrl::CDistinguishedName;
+    EXPECT_EQ(subject.countryCode, Default::DEFAULT_COUNTRY_CODE);
     EXPECT_EQ(subject.state, Default::DEFAULT_STATE);
     EXPECT_EQ(subject.city, Default::DEFAULT_CITY);
     EXPECT_EQ(subject.companyName, Default::DEFAULT_COMPANY_NAME);
-    EXPECT_EQ(subject.divisionNames, (std::vector<std::string>{"First", "Second"}));
-    EXPECT_EQ(subject.commonName, "K\xc3\xb6ln");
+    EXPECT_EQ(subject.divisionNames, std::vector<std::string>{Default::DEFAULT_DIVISION_NAME});
+    EXPECT_EQ(subject.commonName, Default::DEFAULT_COMMON_NAME);
     EXPECT_EQ(subject.emailAddr, Default::DEFAULT_EMAIL_ADDR);
 }
 

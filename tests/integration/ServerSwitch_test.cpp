@@ -100,8 +100,37 @@ TEST_F(ServerSwitch, SucceedsWhenTheOldestSetCannotBeRemoved)
     const std::string id = applyNew();
     EXPECT_TRUE(support::isKeyOf(web().getServerCertificate(id), web().getServerKey(id)));
     EXPECT_FALSE(std::filesystem::exists(paths.csrPath()));
-    EXPECT_NE(daemon.log().find("web: after a change of the certificate: cannot remove"),
-              std::string::npos);
+    EXPECT_NE(daemon.log().find("web: cannot remove"), std::string::npos);
+}
+
+TEST_F(ServerSwitch, RevokesACertificateWhoseFilesCannotAllBeRemoved)
+{
+    daemon.start();
+    const std::string id = applyNew();
+    const std::string network = paths.certNetworkPath(id);
+    std::filesystem::remove(network);
+    std::filesystem::create_directory(network);
+    EXPECT_EQ(server_case::ask(ostrel::CommandRevoke), server_case::payload(id));
+    EXPECT_EQ(server_case::ask(ostrel::CommandPath), server_case::refusal(20));
+    EXPECT_FALSE(std::filesystem::exists(paths.certKeyPath(id)));
+    EXPECT_FALSE(std::filesystem::exists(paths.certPath(id)));
+    EXPECT_NE(daemon.log().find("web: cannot remove " + network), std::string::npos);
+}
+
+TEST_F(ServerSwitch, AcceptsTheCertificateOfARequestWhoseKeyCannotBeRenamed)
+{
+    daemon.start();
+    web().createServerCsr();
+    const std::string former = web().getServerCsr();
+    std::filesystem::remove(paths.csrKeyPath());
+    std::filesystem::create_directory(paths.csrKeyPath());
+    web().createServerCsr();
+    EXPECT_NE(web().getServerCsr(), former);
+    daemon.restart();
+    web().applyServerCertificate(support::certificateFor(web().getServerCsr()));
+    const std::string id = web().getServerActiveCertificateId();
+    EXPECT_TRUE(support::isKeyOf(web().getServerCertificate(id), web().getServerKey(id)));
+    EXPECT_FALSE(std::filesystem::exists(paths.csrPath()));
 }
 
 } // namespace

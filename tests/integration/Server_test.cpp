@@ -71,6 +71,8 @@ TEST_F(Server, ActivatesTheCertificateForTheRequest)
 
 TEST_F(Server, ReturnsEveryDetailOfTheActiveCertificate)
 {
+    configure("keyGroup ostrel\n");
+    daemon.reload("web: configuration read again");
     const std::string id = applyNew();
     const struct {
         const char* sentence;

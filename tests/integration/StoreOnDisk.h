@@ -82,6 +82,7 @@ private:
     {
         std::set<std::string> names = namesIn(cachedDirectoryPath());
         names.erase("list.txt");
+        names.erase(".spare");
         for (const std::string& id : ids()) {
             names.erase(id + ".overwrite");
         }

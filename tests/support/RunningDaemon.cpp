@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <exception>
 #include <iostream>
+#include <sstream>
 #include <stdexcept>
 
 #include <unistd.h>
@@ -109,6 +110,22 @@ void RunningDaemon::reload(const std::string& text)
     const LogMark mark(*this);
     ::kill(m_pid, SIGHUP);
     mark.await(text);
+}
+
+pid_t RunningDaemon::pidOf(const std::string& service) const
+{
+    const std::string children =
+        "/proc/" + std::to_string(m_pid) + "/task/" + std::to_string(m_pid) + "/children";
+    std::istringstream pids(readText(children));
+    for (pid_t pid = 0; pids >> pid;) {
+        // An emulator keeps its own arguments, so the process is known by its name, of
+        // which the kernel keeps 15 characters.
+        const std::string name = readText("/proc/" + std::to_string(pid) + "/comm");
+        if (name == ("ostreld: " + service).substr(0, 15) + '\n') {
+            return pid;
+        }
+    }
+    throw std::runtime_error("no process serves " + service);
 }
 
 RunningDaemon::LogMark::LogMark(const RunningDaemon& daemon)

@@ -67,6 +67,10 @@ public:
 
     pid_t pid() const { return m_pid; }
 
+    /// The process that serves `service`. Throws std::runtime_error when no process
+    /// does.
+    pid_t pidOf(const std::string& service) const;
+
     /// The path of the built program.
     static const char* const path;
 

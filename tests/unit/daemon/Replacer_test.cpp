@@ -17,8 +17,8 @@ namespace
 {
 
 namespace fs = std::filesystem;
+using ostreld::Directory;
 using ostreld::Durability;
-using ostreld::Replacer;
 using support::readText;
 using support::writeText;
 using testing::ElementsAre;
@@ -72,9 +72,23 @@ protected:
         writeText(m_file, "old");
     }
 
-    Replacer replacer(Durability durability) const
+    /// Replaces the file through a directory of this durability.
+    void replace(Durability durability) const
     {
-        return {m_scratch.parent_path(), ::getegid(), durability};
+        opened(m_directory.path(), durability)
+            .replace(m_file.filename(), "new", {::getegid(), mode}, scratch(durability));
+    }
+
+    Directory scratch(Durability durability) const
+    {
+        return opened(m_scratch.parent_path(), durability);
+    }
+
+    static Directory opened(const std::string& path, Durability durability)
+    {
+        Directory directory(path, durability);
+        directory.make({::getegid(), S_IRWXU});
+        return directory;
     }
 
     const support::TemporaryDirectory m_directory;
@@ -82,60 +96,57 @@ protected:
     const fs::path m_scratch = m_directory.path() + "/scratch/.new";
 };
 
-using LastingReplacement = Replacement;
+using PersistentReplacement = Replacement;
 
-TEST_F(LastingReplacement, SyncsTheTextBeforeTheRenameAndTheNameAfterIt)
+TEST_F(PersistentReplacement, SyncsTheTextBeforeTheRenameAndTheNameAfterIt)
 {
-    replacer(Durability::Lasting).replace(m_file, "new", mode);
+    replace(Durability::Persistent);
     EXPECT_THAT(syncs, ElementsAre(Sync{m_scratch, "old"}, Sync{m_directory.path(), "new"}));
 }
 
-TEST_F(LastingReplacement, KeepsTheOldTextWhenTheDiskFailsBeforeTheRename)
+TEST_F(PersistentReplacement, KeepsTheOldTextWhenTheDiskFailsBeforeTheRename)
 {
     failingPath = m_scratch;
-    EXPECT_THAT(
-        support::thrownBy([&] { replacer(Durability::Lasting).replace(m_file, "new", mode); }),
-        HasSubstr("cannot write to disk"));
+    EXPECT_THAT(support::thrownBy([&] { replace(Durability::Persistent); }),
+                HasSubstr("cannot write to disk"));
     EXPECT_EQ(readText(m_file), "old");
 }
 
-TEST_F(LastingReplacement, KeepsTheNewTextAndLogsWhenTheDiskFailsAfterTheRename)
+TEST_F(PersistentReplacement, KeepsTheNewTextAndLogsWhenTheDiskFailsAfterTheRename)
 {
     failingPath = m_directory.path();
     const support::CapturedErrors log;
-    replacer(Durability::Lasting).replace(m_file, "new", mode);
+    replace(Durability::Persistent);
     EXPECT_EQ(readText(m_file), "new");
     EXPECT_THAT(log.text(), HasSubstr(m_file.string() + ": changed, but a power cut may undo"));
 }
 
-TEST_F(LastingReplacement, LeavesNothingInAMissingDirectory)
+TEST_F(PersistentReplacement, RemovesWhatAnInterruptedOneLeft)
 {
-    const std::string path = m_directory.path() + "/missing/file";
-    EXPECT_THAT(support::thrownBy([&] { replacer(Durability::Lasting).replace(path, "", mode); }),
-                HasSubstr("cannot open"));
-    replacer(Durability::Lasting).removeScratch();
+    writeText(m_scratch, "half");
+    scratch(Durability::Persistent);
     EXPECT_FALSE(fs::exists(m_scratch));
 }
 
-TEST_F(LastingReplacement, SyncsTheDirectoryAfterARemoval)
+TEST_F(PersistentReplacement, SyncsTheDirectoryAfterARemoval)
 {
-    replacer(Durability::Lasting).remove(m_file);
+    opened(m_directory.path(), Durability::Persistent).remove("file");
     EXPECT_THAT(syncs, ElementsAre(Sync{m_directory.path(), ""}));
 }
 
 TEST_F(Replacement, DoesNotSyncVolatileFiles)
 {
-    replacer(Durability::Volatile).replace(m_file, "new", mode);
+    replace(Durability::Volatile);
     EXPECT_EQ(readText(m_file), "new");
-    replacer(Durability::Volatile).remove(m_file);
+    opened(m_directory.path(), Durability::Volatile).remove("file");
     EXPECT_FALSE(fs::exists(m_file));
     EXPECT_THAT(syncs, IsEmpty());
 }
 
-TEST_F(LastingReplacement, SyncsTheParentOfACreatedPersistentDirectory)
+TEST_F(PersistentReplacement, SyncsTheParentOfACreatedPersistentDirectory)
 {
-    for (const auto& [name, durability] :
-         {std::pair("lasting", Durability::Lasting), std::pair("volatile", Durability::Volatile)}) {
+    for (const auto& [name, durability] : {std::pair("persistent", Durability::Persistent),
+                                           std::pair("volatile", Durability::Volatile)}) {
         for (int i = 0; i < 2; ++i) {
             ostreld::makeDirectory(m_directory / name, S_IRWXU, durability);
         }
@@ -145,7 +156,7 @@ TEST_F(LastingReplacement, SyncsTheParentOfACreatedPersistentDirectory)
 
 TEST_F(Replacement, SetsTheModeOfTheFile)
 {
-    replacer(Durability::Lasting).replace(m_file, "new", mode);
+    replace(Durability::Persistent);
     EXPECT_EQ(fs::status(m_file).permissions(), fs::perms(mode));
 }
 

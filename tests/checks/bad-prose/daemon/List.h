@@ -1,1 +1,0 @@
-// Whom it may concern.
