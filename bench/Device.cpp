@@ -23,14 +23,21 @@ std::string boxDirectory()
     return directory;
 }
 
+std::string configurationOf(const std::string& service)
+{
+    return std::string(serviceDirectory) + '/' + service + ".conf";
+}
+
 } // namespace
 
 Device::Device()
     : m_storeDirectory(boxDirectory() + "/store"), m_pipesDirectory(boxDirectory() + "/run")
 {
-    std::filesystem::remove_all(serviceDirectory);
-    std::filesystem::create_directories(serviceDirectory);
-    std::filesystem::create_directories(m_storeDirectory);
+    for (const std::string& directory :
+         {std::string(serviceDirectory), m_storeDirectory, m_pipesDirectory}) {
+        std::filesystem::remove_all(directory);
+        std::filesystem::create_directories(directory);
+    }
     writeFile("/etc/ostrel/config.daemon", "ostrelDirectory " + m_storeDirectory +
                                                "\nnamePipesDirectory " + m_pipesDirectory +
                                                "\nserviceConfigDirectory " + serviceDirectory +
@@ -53,9 +60,21 @@ std::string Device::addService(const std::string& name) const
 
 std::string Device::addServiceWithoutDirectories(const std::string& name) const
 {
-    writeFile(std::string(serviceDirectory) + '/' + name + ".conf",
+    writeFile(configurationOf(name),
               "name " + name + "\nmanagmentGroup " + managementGroup + "\nca yes\n");
     return name;
+}
+
+std::string Device::addPipes(const std::string& name) const
+{
+    std::filesystem::create_directories(m_pipesDirectory + '/' + name);
+    return pipesBase(name);
+}
+
+void Device::removeService(const std::string& name) const
+{
+    std::filesystem::remove(configurationOf(name));
+    std::filesystem::remove_all(m_pipesDirectory + '/' + name);
 }
 
 std::string Device::pipesBase(const std::string& service) const

@@ -20,11 +20,19 @@ public:
     /// Configures the same service without directories.
     std::string addServiceWithoutDirectories(const std::string& name) const;
 
+    /// Makes a directory for pipes of another name, and returns the common prefix of their
+    /// paths. The daemon does not know them.
+    std::string addPipes(const std::string& name) const;
+
     /// The common prefix of the paths of a service's pipes.
     std::string pipesBase(const std::string& service) const;
 
     /// A directory for other files.
     const std::string& directory() const { return m_storeDirectory; }
+
+    /// Removes a service's configuration and what does not survive a power cut. Its store
+    /// stays.
+    void removeService(const std::string& name) const;
 
 private:
     const std::string m_storeDirectory;

@@ -1,4 +1,6 @@
+#include "bench/Daemon.h"
 #include "bench/Peer.h"
+#include "bench/RawDaemon.h"
 #include "bench/RawExchange.h"
 #include "bench/Rows.h"
 
@@ -44,6 +46,21 @@ std::vector<Row> callRows(const Device& device, std::size_t payload)
             rowOf({"exchange, caller's part", payload, 1.1, Clock::Thread}, library, raw)};
 }
 
+/// A service of ostreld, and one by hand on the other side.
+struct WholeExchange {
+    explicit WholeExchange(const Device& device)
+        : service(device.addService("whole")), daemon(device),
+          rawPipes(device.addPipes("byhand"), managementGroup),
+          rawDaemon(device.pipesBase("byhand"), "0 running", device.directory() + "/byhand.log")
+    {
+    }
+
+    ostrelApi::OstrelService service;
+    Daemon daemon;
+    RawPipes rawPipes;
+    RawDaemon rawDaemon;
+};
+
 } // namespace
 
 std::vector<Row> exchangeRows(const Device& device, Extent extent)
@@ -54,6 +71,15 @@ std::vector<Row> exchangeRows(const Device& device, Extent extent)
         rows.insert(rows.end(), both.begin(), both.end());
     }
     return rows;
+}
+
+std::vector<Row> wholeExchangeRows(const Device& device, Extent /*extent*/)
+{
+    const auto exchange = std::make_shared<WholeExchange>(device);
+    return {rowOf(
+        {"exchange with ostreld", 1, 1.25, Clock::Wall},
+        [=] { return statusOf(exchange->service); },
+        [=] { return exchangeByHand(exchange->rawPipes, "config\tstatus"); })};
 }
 
 } // namespace bench

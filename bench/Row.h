@@ -23,6 +23,8 @@ struct Subject {
     /// The maximum ratio of library time to raw time that is the aim; 0 for no aim.
     double aim;
     Clock clock = Clock::Thread;
+    /// How often to measure what takes long; 0 for as often as the command line says.
+    int repetitions = 0;
 };
 
 struct Row {
@@ -30,6 +32,9 @@ struct Row {
     std::function<bool()> isSame;
     std::function<void()> library;
     std::function<void()> raw;
+    /// What follows each measured run of a side, to be ready for the next. Not measured.
+    std::function<void()> afterLibrary = nullptr;
+    std::function<void()> afterRaw = nullptr;
 };
 
 /// A row of two functions; `same` compares their results.
@@ -38,6 +43,21 @@ Row rowOf(const Subject& subject, Library library, Raw raw, Same same = {})
 {
     return {subject, [=] { return same(library(), raw()); },
             [=] { benchmark::DoNotOptimize(library()); }, [=] { benchmark::DoNotOptimize(raw()); }};
+}
+
+/// Adds to a row what follows each run of its sides.
+inline Row withEnds(Row row, const std::function<void()>& afterLibrary,
+                    const std::function<void()>& afterRaw)
+{
+    row.isSame = [former = row.isSame, afterLibrary, afterRaw] {
+        const bool isSame = former();
+        afterLibrary();
+        afterRaw();
+        return isSame;
+    };
+    row.afterLibrary = afterLibrary;
+    row.afterRaw = afterRaw;
+    return row;
 }
 
 /// Adds the condition `isSame` to a row.

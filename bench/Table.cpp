@@ -49,7 +49,7 @@ std::map<std::string, Growth> growthsOf(const std::vector<Row>& rows, const Time
         const auto size = static_cast<double>(row.subject.size);
         for (const char* side : {librarySide, rawSide}) {
             const auto time = times.find(nameOf(row.subject, side));
-            if (time != times.end()) {
+            if (time != times.end() && row.subject.size > 0) {
                 growths[row.subject.what + ": " + side][row.subject.size] = time->second / size;
             }
         }
@@ -101,6 +101,15 @@ void printGrowth(const std::vector<Row>& rows, const Times& times)
     fmt::print(growths.empty() ? "" : "\nns per entry\n");
     for (const auto& growth : growths) {
         printGrowthOf(growth.first, growth.second);
+    }
+}
+
+void printFigures(const std::vector<Figure>& figures)
+{
+    fmt::print("\n");
+    for (const Figure& figure : figures) {
+        fmt::print("{:44} {:>9.3f} {:3}  {}\n", figure.what, figure.value, figure.unit,
+                   verdictOf(figure.value, figure.aim));
     }
 }
 

@@ -67,15 +67,31 @@ bool areSame(const std::vector<Row>& rows)
     return result;
 }
 
-void measure(const std::string& name, bench::Clock clock, const std::function<void()>& work)
+/// One side of a row.
+struct Side {
+    std::string name;
+    std::function<void()> work;
+    std::function<void()> end;
+};
+
+void measure(const bench::Subject& subject, const Side& side)
 {
-    auto* measured = benchmark::RegisterBenchmark(name.c_str(), [work](benchmark::State& state) {
-        for (auto _ : state) {
-            work();
-        }
-    });
-    if (clock == bench::Clock::Wall) {
+    auto* measured =
+        benchmark::RegisterBenchmark(side.name.c_str(), [side](benchmark::State& state) {
+            for (auto _ : state) {
+                side.work();
+                if (side.end) {
+                    state.PauseTiming();
+                    side.end();
+                    state.ResumeTiming();
+                }
+            }
+        });
+    if (subject.clock == bench::Clock::Wall) {
         measured->UseRealTime();
+    }
+    if (subject.repetitions != 0) {
+        measured->Repetitions(subject.repetitions)->Iterations(1);
     }
 }
 
@@ -84,8 +100,8 @@ std::map<std::string, double> measure(const std::vector<Row>& rows)
 {
     bench::Medians medians;
     for (const Row& row : rows) {
-        measure(bench::libraryName(row.subject), row.subject.clock, row.library);
-        measure(bench::rawName(row.subject), row.subject.clock, row.raw);
+        measure(row.subject, {bench::libraryName(row.subject), row.library, row.afterLibrary});
+        measure(row.subject, {bench::rawName(row.subject), row.raw, row.afterRaw});
         benchmark::RunSpecifiedBenchmarks(&medians);
         benchmark::ClearRegisteredBenchmarks();
     }
@@ -106,9 +122,14 @@ using Family = std::function<std::vector<Row>(const bench::Device&, bench::Exten
 
 const std::vector<Family>& families()
 {
-    static const std::vector<Family> all = {
-        bench::exchangeRows, bench::storeRows, bench::textRows, bench::listingRows,
-        [](const bench::Device&, bench::Extent) { return bench::startRows(); }};
+    static const std::vector<Family> all = {bench::exchangeRows,
+                                            bench::wholeExchangeRows,
+                                            bench::addRows,
+                                            bench::rebuildRows,
+                                            bench::storeRows,
+                                            bench::textRows,
+                                            bench::listingRows,
+                                            [](const bench::Device&, bench::Extent) { return bench::startRows(); }};
     return all;
 }
 
@@ -127,7 +148,10 @@ bool measureInto(Results& results, const Family& family, bench::Extent extent)
         return false;
     }
     results.times.merge(measure(rows));
-    results.rows.insert(results.rows.end(), rows.begin(), rows.end());
+    // What the rows hold ends with them: processes, above all.
+    for (const Row& row : rows) {
+        results.rows.push_back({row.subject, {}, {}, {}});
+    }
     return true;
 }
 
@@ -148,6 +172,7 @@ int run(char* program, std::vector<std::string> options)
     }
     bench::printRatios(results.rows, results.times);
     bench::printGrowth(results.rows, results.times);
+    bench::printFigures(bench::serviceFigures(bench::Device(), extent));
     return 0;
 }
 
