@@ -10,8 +10,6 @@
 #include <ostrel/DaemonConfiguration.h>
 #include <ostrelApi/OstrelApiException.h>
 
-#include <openssl/crypto.h>
-
 #include <algorithm>
 #include <csignal>
 #include <utility>
