@@ -10,7 +10,7 @@ namespace ostreld
 namespace
 {
 
-bool isMemoryMissing = false;
+thread_local bool isMemoryMissing = false;
 
 void* reallocate(void* memory, std::size_t size, const char* /*file*/, int /*line*/)
 {
