@@ -18,7 +18,8 @@ using ostrel::Descriptor;
 namespace
 {
 
-constexpr int patience = 30000;
+// In milliseconds: half of the time after which the test is ended.
+constexpr int patience = 500 * OSTREL_TEST_PATIENCE;
 
 void ignoreNothing(int /*signal*/) {}
 

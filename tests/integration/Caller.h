@@ -28,7 +28,7 @@ public:
     /// outcome.
     std::string giveUp();
 
-    /// Waits for its outcome. Returns "still waiting" after 30 s.
+    /// Waits for its outcome. Returns "still waiting" when half of the test's time is over.
     std::string outcome();
 
     pid_t pid() const { return m_pid; }

@@ -48,6 +48,9 @@ protected:
 TEST_F(Supervisor, ShowsItsProcessesByName)
 {
     daemon.start();
+    if (daemon_case::statusOf(daemon.pid(), "Name").rfind("qemu", 0) == 0) {
+        GTEST_SKIP() << "an emulator shows its own name and thread";
+    }
     EXPECT_THAT(support::readText(daemon_case::procOf(daemon.pid(), "cmdline")),
                 HasSubstr("ostreld"));
     EXPECT_EQ(daemon_case::statusOf(daemon.pid(), "Name"), "ostreld");
